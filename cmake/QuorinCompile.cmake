@@ -1,0 +1,62 @@
+# How everything here is compiled and linked: one place for language, warnings, hardening and
+# sanitizers.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_AUTOMOC OFF) # each room that holds a QObject asks for it
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+
+# The programs and libraries of one build stand side by side.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+
+include(CheckPIESupported)
+check_pie_supported()
+
+# Linked to by every target of ours.
+add_library(quorin_compile INTERFACE)
+target_compile_definitions(quorin_compile INTERFACE
+  QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+  QT_DISABLE_DEPRECATED_BEFORE=0x060400
+  QUORIN_VERSION="${PROJECT_VERSION}")
+
+if(MSVC)
+  target_compile_options(quorin_compile INTERFACE /W4 /WX /permissive- /utf-8 /guard:cf)
+  target_link_options(quorin_compile INTERFACE /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
+else()
+  target_compile_options(quorin_compile INTERFACE
+    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion
+    -Wnon-virtual-dtor -Woverloaded-virtual
+    -fstack-protector-strong)
+  if(NOT QUORIN_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_compile_options(quorin_compile INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  endif()
+  if(WIN32)
+    target_link_options(quorin_compile INTERFACE
+      -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
+  else()
+    target_link_options(quorin_compile INTERFACE -Wl,-z,relro -Wl,-z,now)
+    if(NOT QUORIN_SANITIZE) # clang keeps the sanitizer runtime in the program alone
+      target_link_options(quorin_compile INTERFACE -Wl,--no-undefined)
+    endif()
+  endif()
+endif()
+
+if(QUORIN_SANITIZE)
+  target_compile_options(quorin_compile INTERFACE
+    -fsanitize=${QUORIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(quorin_compile INTERFACE -fsanitize=${QUORIN_SANITIZE})
+endif()
+if(QUORIN_FUZZ)
+  # Coverage feedback for the code under test; the fuzz programs bring libFuzzer's main.
+  target_compile_options(quorin_compile INTERFACE -fsanitize=fuzzer-no-link)
+endif()
