@@ -1,0 +1,39 @@
+#include "http/method.h"
+
+#include <gtest/gtest.h>
+
+namespace quorin::http {
+namespace {
+
+TEST(Method, CodesAndNamesMapBothWays) {
+    constexpr std::string_view kNames[] = {"UNKNOWN", "GET",     "HEAD",    "POST", "PUT",
+                                           "DELETE",  "CONNECT", "OPTIONS", "TRACE"};
+    std::int32_t code = 0;
+    for (const std::string_view name : kNames) {
+        EXPECT_EQ(methodName(static_cast<Method>(code)), name);
+        EXPECT_EQ(static_cast<std::int32_t>(methodFromName(name)), code);
+        ++code;
+    }
+}
+
+TEST(Method, NameIsTakenInAnyLetterCase) {
+    EXPECT_EQ(methodFromName("get"), Method::Get);
+    EXPECT_EQ(methodFromName("dElEtE"), Method::Delete);
+}
+
+TEST(Method, OfAnyOtherNameIsUnknown) {
+    EXPECT_EQ(methodFromName("BREW"), Method::Unknown);
+    EXPECT_EQ(methodFromName(""), Method::Unknown);
+    EXPECT_EQ(methodFromName("GE"), Method::Unknown);
+    EXPECT_EQ(methodFromName("GETS"), Method::Unknown);
+    EXPECT_EQ(methodFromName("PATCH"), Method::Unknown);
+    EXPECT_EQ(methodFromName("\xE7\xC5\xD4"), Method::Unknown);
+}
+
+TEST(Method, NameOfACodeOutsideTheTableIsUnknown) {
+    EXPECT_EQ(methodName(static_cast<Method>(9)), "UNKNOWN");
+    EXPECT_EQ(methodName(static_cast<Method>(-1)), "UNKNOWN");
+}
+
+} // namespace
+} // namespace quorin::http
