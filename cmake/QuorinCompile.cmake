@@ -27,7 +27,7 @@ add_library(quorin_compile INTERFACE)
 target_compile_definitions(quorin_compile INTERFACE
   QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
   QT_DISABLE_DEPRECATED_BEFORE=0x060400
-  QUORIN_VERSION="${PROJECT_VERSION}")
+  QT_USE_QSTRINGBUILDER QUORIN_VERSION="${PROJECT_VERSION}")
 
 if(MSVC)
   target_compile_options(quorin_compile INTERFACE /W4 /WX /permissive- /utf-8 /guard:cf)

@@ -1,0 +1,48 @@
+#include "platform/folders.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace platform {
+namespace {
+
+TEST(FoldersTest, joiningPutsOneSeparatorBetweenThePartsAndDropsOneOfTheRight) {
+    const QString separator = joinPath(QString(), QString());
+    ASSERT_EQ(separator.size(), 1);
+    EXPECT_EQ(joinPath(u"a"_s, u"b"_s), u"a"_s + separator + u"b"_s);
+    EXPECT_EQ(joinPath(u"a"_s, separator + u"b"_s), u"a"_s + separator + u"b"_s);
+    EXPECT_EQ(joinPath(u"a"_s + separator, separator + separator + u"b"_s),
+              u"a"_s + separator + separator + separator + u"b"_s);
+}
+
+TEST(FoldersTest, aFolderIsMadeWithAllItsParents) {
+    const QTemporaryDir temporary;
+    const QString folder = temporary.filePath(u"one/two/dr\u00e9i"_s);
+    EXPECT_FALSE(isDirectory(folder));
+    EXPECT_TRUE(makeDirectoryPath(folder));
+    EXPECT_TRUE(isDirectory(folder));
+    EXPECT_TRUE(makeDirectoryPath(folder));
+}
+
+TEST(FoldersTest, aFileIsNoDirectoryAndNoneIsMadeInItsPlace) {
+    const QTemporaryDir temporary;
+    QFile file(temporary.filePath(u"file"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.close();
+    EXPECT_FALSE(isDirectory(file.fileName()));
+    EXPECT_FALSE(makeDirectoryPath(file.fileName()));
+}
+
+TEST(FoldersTest, theShellFoldersAreAvailableWhereTheTestsRun) {
+    EXPECT_TRUE(shellFoldersAvailable());
+    EXPECT_FALSE(commonApplicationDataFolder().isEmpty());
+    EXPECT_FALSE(commonApplicationDataFolderForLog().isEmpty());
+}
+
+} // namespace
+} // namespace platform

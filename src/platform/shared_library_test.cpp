@@ -1,0 +1,37 @@
+#include "platform/shared_library.h"
+
+#include <QString>
+
+#include <gtest/gtest.h>
+
+namespace platform {
+namespace {
+
+// The module that is built with this test; its path comes from the build.
+constexpr const char* kModule = QUORIN_TEST_MODULE;
+
+TEST(SharedLibraryTest, findsAFunctionByItsName) {
+    const SharedLibrary library = SharedLibrary::load(kModule);
+    ASSERT_TRUE(library) << SharedLibrary::lastError();
+    auto* const answer = library.function<int()>("quorin_test_module_answer");
+    ASSERT_NE(answer, nullptr);
+    EXPECT_EQ(answer(), 42);
+    EXPECT_EQ(library.function<int()>("quorin_test_module_silence"), nullptr);
+}
+
+TEST(SharedLibraryTest, aMissingLibraryGivesAnEmptyObjectAndAReason) {
+    const SharedLibrary library = SharedLibrary::load("liblumetrix2_of_nobody.so");
+    EXPECT_FALSE(library);
+    EXPECT_STRNE(SharedLibrary::lastError(), "");
+    EXPECT_EQ(library.function<void()>("anything"), nullptr);
+}
+
+TEST(SharedLibraryTest, movingHandsTheLibraryOver) {
+    SharedLibrary first = SharedLibrary::load(kModule);
+    ASSERT_TRUE(first);
+    const SharedLibrary second = std::move(first);
+    EXPECT_NE(second.function<int()>("quorin_test_module_answer"), nullptr);
+}
+
+} // namespace
+} // namespace platform

@@ -1,0 +1,54 @@
+#include "platform/socket_descriptor.h"
+
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace platform {
+namespace {
+
+// Keeps what it accepts as a bare descriptor.
+class Acceptor : public QTcpServer {
+public:
+    std::optional<SocketDescriptor> accepted;
+
+private:
+    void incomingConnection(qintptr descriptor) override { accepted.emplace(descriptor); }
+};
+
+TEST(SocketDescriptorTest, closesWhatNobodyTook) {
+    Acceptor acceptor;
+    ASSERT_TRUE(acceptor.listen(QHostAddress::LocalHost));
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, acceptor.serverPort());
+    ASSERT_TRUE(client.waitForConnected(5000));
+    ASSERT_TRUE(acceptor.waitForNewConnection(5000));
+    ASSERT_TRUE(acceptor.accepted.has_value());
+
+    acceptor.accepted.reset();
+    EXPECT_TRUE(client.waitForDisconnected(5000));
+}
+
+TEST(SocketDescriptorTest, leavesATakenOneOpen) {
+    Acceptor acceptor;
+    ASSERT_TRUE(acceptor.listen(QHostAddress::LocalHost));
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, acceptor.serverPort());
+    ASSERT_TRUE(client.waitForConnected(5000));
+    ASSERT_TRUE(acceptor.waitForNewConnection(5000));
+    ASSERT_TRUE(acceptor.accepted.has_value());
+
+    QTcpSocket taker;
+    ASSERT_TRUE(taker.setSocketDescriptor(acceptor.accepted->release()));
+    acceptor.accepted.reset();
+    taker.write("still here");
+    ASSERT_TRUE(taker.waitForBytesWritten(5000));
+    ASSERT_TRUE(client.waitForReadyRead(5000));
+    EXPECT_EQ(client.readAll(), "still here");
+}
+
+} // namespace
+} // namespace platform

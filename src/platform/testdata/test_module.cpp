@@ -1,0 +1,5 @@
+#include <QtGlobal>
+
+extern "C" Q_DECL_EXPORT int quorin_test_module_answer() {
+    return 42;
+}

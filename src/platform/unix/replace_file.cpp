@@ -1,0 +1,13 @@
+#include "platform/replace_file.h"
+
+#include <QFile>
+
+#include <cstdio>
+
+namespace platform {
+
+bool replaceFile(const QString& from, const QString& to) {
+    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
+
+} // namespace platform

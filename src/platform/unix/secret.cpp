@@ -1,0 +1,11 @@
+#include "platform/secret.h"
+
+#include <string.h> // explicit_bzero stands in no C++ header
+
+namespace platform {
+
+void wipe(void* memory, std::size_t size) noexcept {
+    explicit_bzero(memory, size);
+}
+
+} // namespace platform
