@@ -1,0 +1,80 @@
+#include "log/application_logger.h"
+
+#include "platform/folders.h"
+
+#include <QByteArray>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr const char* kLoggerName = "GW";
+constexpr const char* kLogFileBaseName = "QuorinGatewayHttp";
+constexpr QStringView kLogFolder = u"log";
+
+struct LevelWord {
+    QStringView word;
+    lumetrix::Level level;
+};
+
+constexpr std::array<LevelWord, 4> kLevelWords{{
+    {u"debug", lumetrix::Level::Debug},
+    {u"info", lumetrix::Level::Info},
+    {u"warn", lumetrix::Level::Warn},
+    {u"error", lumetrix::Level::Error},
+}};
+
+lumetrix::Level levelFromWord(const QString& word) {
+    const QString lowered = word.toLower();
+    const auto found = std::find_if(
+        kLevelWords.begin(), kLevelWords.end(),
+        [&lowered](const LevelWord& candidate) { return candidate.word == lowered; });
+    return found != kLevelWords.end() ? found->level : lumetrix::Level::Info;
+}
+
+QString logDirectory() {
+    const QString base = platform::commonApplicationDataFolderForLog();
+    return platform::joinPath(platform::joinPath(base, platform::kProductFolder.toString()),
+                              kLogFolder.toString());
+}
+
+// The number of files handed over is one more than the rotated ones: the one written to counts.
+// A generation at the type's end stays there.
+std::int32_t filesToKeep(std::int32_t generation) {
+    return static_cast<std::int32_t>(
+        std::min<std::int64_t>(std::int64_t{generation} + 1, INT32_MAX));
+}
+
+} // namespace
+
+QuorinGatewayApplicationLogger::QuorinGatewayApplicationLogger()
+    : Logger(kLoggerName, platform::loggingLibraryName()) {}
+
+QuorinGatewayApplicationLogger& QuorinGatewayApplicationLogger::instance() {
+    static QuorinGatewayApplicationLogger logger;
+    return logger;
+}
+
+void QuorinGatewayApplicationLogger::write(lumetrix::Level level, const QString& message) {
+    const QuorinGatewayApplicationLogger& logger = instance();
+    if (logger.isLogging()) {
+        logger.log(level, message.toUtf8().constData());
+    }
+}
+
+void QuorinGatewayApplicationLogger::setUpApplicationLog(const ApplicationLogSettings& settings) {
+    const QString directory = logDirectory();
+    if (!platform::isDirectory(directory)) {
+        platform::makeDirectoryPath(directory);
+    }
+    const QuorinGatewayApplicationLogger& logger = instance();
+    logger.setRotationWithDate(filesToKeep(settings.generation));
+    logger.setPoolSize(settings.queueSize);
+    logger.setOutputLevel(levelFromWord(settings.level));
+    logger.setOutputDir(directory.toUtf8().constData(), kLogFileBaseName);
+}
+
+void QuorinGatewayApplicationLogger::shutDownLog() {
+    instance().release();
+}
