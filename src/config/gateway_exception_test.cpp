@@ -1,0 +1,47 @@
+#include "config/gateway_exception.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+TEST(GatewayExceptionTest, keepsKindMessageAndSilence) {
+    const GatewayException exception(GatewayException::Request, u"[End] broken"_s, true);
+    EXPECT_EQ(exception.kind(), 2);
+    EXPECT_EQ(exception.message(), u"[End] broken"_s);
+    EXPECT_TRUE(exception.isSilent());
+}
+
+TEST(GatewayExceptionTest, aCloneRaisedAgainIsTheSame) {
+    const GatewayException original(GatewayException::DuplicateInstance, u"twice"_s, false);
+    const std::unique_ptr<GatewayException> clone(original.clone());
+    try {
+        clone->raise();
+        FAIL() << "raise() must throw";
+    } catch (const GatewayException& caught) {
+        EXPECT_NE(&caught, clone.get());
+        EXPECT_EQ(caught.kind(), 1);
+        EXPECT_EQ(caught.message(), u"twice"_s);
+        EXPECT_FALSE(caught.isSilent());
+    }
+}
+
+TEST(GatewayExceptionTest, isCaughtByThoseWhoKnowOnlyItsBases) {
+    const GatewayException exception(GatewayException::Fatal, u"fatal"_s, false);
+    EXPECT_THROW(exception.raise(), QException);
+    EXPECT_THROW(exception.raise(), std::exception);
+}
+
+TEST(GatewayExceptionTest, whatIsNotTheMessage) {
+    const GatewayException exception(GatewayException::Fatal, u"the message"_s, false);
+    EXPECT_STRNE(exception.what(), "the message");
+}
+
+TEST(GatewayExceptionTest, anEndMessageHasThePrefixOnce) {
+    EXPECT_EQ(quorin::endMessage(u"connect timeout"_s), u"[End] connect timeout"_s);
+}
+
+} // namespace

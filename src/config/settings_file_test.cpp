@@ -1,0 +1,407 @@
+#include "config/settings_file.h"
+
+#include "config/element_readers.h"
+#include "config/gateway_exception.h"
+#include "config/gateway_settings.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <tinyxml2.h>
+
+#include <ostream>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin {
+namespace {
+
+constexpr const char* kSettings = R"(<?xml version="1.0" encoding="utf-8"?>
+<QuorinGatewaySetting>
+  <PrimaryGatewaySetting>
+    <Http>
+      <Log>
+        <QueueSize>8192</QueueSize>
+        <ApplicationLog>
+          <LogLevel>info</LogLevel>
+          <Generation>30</Generation>
+        </ApplicationLog>
+      </Log>
+      <Port>8080</Port>
+      <MaxUserSession>10</MaxUserSession>
+      <MaxTCPConnection>100</MaxTCPConnection>
+      <ConnectionTimeout>20</ConnectionTimeout>
+      <HTTPRequestTimeout>600</HTTPRequestTimeout>
+      <ThreadReadBufferSize>65536</ThreadReadBufferSize>
+      <IsMadeClientRequestWaited>false</IsMadeClientRequestWaited>
+      <MaxLargeFileRequest>9</MaxLargeFileRequest>
+      <HttpsEnabled>TRUE</HttpsEnabled>
+    </Http>
+    <Proxy>
+      <IsEnabledHttpInFacility>False</IsEnabledHttpInFacility>
+    </Proxy>
+  </PrimaryGatewaySetting>
+  <SecondaryGatewaySetting>
+    <Http>
+      <Log>
+        <QueueSize>1</QueueSize>
+        <ApplicationLog><LogLevel>error</LogLevel><Generation>2</Generation></ApplicationLog>
+      </Log>
+      <Port>8081</Port>
+      <MaxUserSession>20</MaxUserSession>
+      <MaxTCPConnection>3</MaxTCPConnection>
+      <ConnectionTimeout>4</ConnectionTimeout>
+      <HTTPRequestTimeout>5</HTTPRequestTimeout>
+      <ThreadReadBufferSize>6</ThreadReadBufferSize>
+      <HttpsEnabled>false</HttpsEnabled>
+    </Http>
+    <Proxy><IsEnabledHttpInFacility>true</IsEnabledHttpInFacility></Proxy>
+  </SecondaryGatewaySetting>
+  <General>
+    <GatewayConnectSetting><GatewayAddress>gateway-1.example</GatewayAddress></GatewayConnectSetting>
+    <GatewayConnectSetting><GatewayAddress>gateway-2.example</GatewayAddress></GatewayConnectSetting>
+    <OrganizationId>0a1b</OrganizationId>
+    <QuorinCloud><RootUrl>https://cloud.example/QuorinCloud5</RootUrl></QuorinCloud>
+  </General>
+</QuorinGatewaySetting>
+)";
+
+class SettingsFileTest : public testing::Test {
+protected:
+    SettingsFileTest() {
+        // The log directory is made on the way; not in this machine's real place.
+        qputenv("QUORIN_COMMON_APPDATA", folder_.path().toUtf8());
+    }
+    ~SettingsFileTest() override { qunsetenv("QUORIN_COMMON_APPDATA"); }
+
+    // The message of the failure to load `content`; empty when it loads.
+    QString failureOf(const QString& content, bool primary = true) {
+        QFile file(path_);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content.toUtf8());
+        file.close();
+        return failureOfPath(path_, primary);
+    }
+
+    static QString failureOfPath(const QString& path, bool primary = true) {
+        try {
+            loadSettings(path, primary);
+        } catch (const GatewayException& exception) {
+            EXPECT_EQ(exception.kind(), GatewayException::Fatal);
+            EXPECT_FALSE(exception.isSilent());
+            return exception.message();
+        }
+        return {};
+    }
+
+    // The sample with the first `from` become `to`.
+    static QString changed(const char* from, const char* to) {
+        QString content = QString::fromUtf8(kSettings);
+        const qsizetype place = content.indexOf(QLatin1String(from));
+        EXPECT_GE(place, 0) << from;
+        return content.replace(place, qsizetype(qstrlen(from)), QString::fromUtf8(to));
+    }
+
+    static const GatewaySettings& settings() { return GatewaySettings::instance(); }
+
+    QTemporaryDir folder_;
+    QString path_ = folder_.filePath(u"settings \u00fc.xml"_s);
+};
+
+TEST_F(SettingsFileTest, everyElementOfThePrimaryGroupReachesItsField) {
+    ASSERT_EQ(failureOf(QString::fromUtf8(kSettings)), QString());
+    EXPECT_EQ(settings().QueueSize, 8192);
+    EXPECT_EQ(settings().LogLevel, u"info"_s);
+    EXPECT_EQ(settings().Generation, 30);
+    EXPECT_EQ(settings().Port, 8080);
+    EXPECT_EQ(settings().MaxUserSession, 10);
+    EXPECT_EQ(settings().MaxTCPConnection, 100);
+    EXPECT_EQ(settings().ConnectionTimeout, 20);
+    EXPECT_EQ(settings().HTTPRequestTimeout, 600);
+    EXPECT_EQ(settings().ThreadReadBufferSize, 65536);
+    EXPECT_FALSE(settings().IsMadeClientRequestWaited);
+    EXPECT_EQ(settings().MaxLargeFileRequest, 9);
+    EXPECT_TRUE(settings().HttpsEnabled);
+    EXPECT_FALSE(settings().IsEnabledHttpInFacility);
+    EXPECT_EQ(settings().GatewayAddress, u"gateway-1.example"_s);
+    EXPECT_EQ(settings().OrganizationId, u"0a1b"_s);
+    EXPECT_EQ(settings().RootUrl, u"https://cloud.example/QuorinCloud5"_s);
+}
+
+TEST_F(SettingsFileTest, theSecondaryGroupAndItsAddressAreReadWhenAskedFor) {
+    ASSERT_EQ(failureOf(QString::fromUtf8(kSettings), false), QString());
+    EXPECT_EQ(settings().QueueSize, 1);
+    EXPECT_EQ(settings().LogLevel, u"error"_s);
+    EXPECT_EQ(settings().Generation, 2);
+    EXPECT_EQ(settings().Port, 8081);
+    EXPECT_EQ(settings().MaxUserSession, 20);
+    EXPECT_TRUE(settings().IsMadeClientRequestWaited);
+    EXPECT_EQ(settings().MaxLargeFileRequest, 4);
+    EXPECT_FALSE(settings().HttpsEnabled);
+    EXPECT_TRUE(settings().IsEnabledHttpInFacility);
+    EXPECT_EQ(settings().GatewayAddress, u"gateway-2.example"_s);
+    EXPECT_EQ(settings().OrganizationId, u"0a1b"_s);
+}
+
+TEST_F(SettingsFileTest, aFileThatCannotBeOpened) {
+    EXPECT_EQ(failureOfPath(folder_.filePath(u"missing.xml"_s)),
+              u"[End] failed to open config file"_s);
+    EXPECT_EQ(failureOfPath(folder_.path()), u"[End] failed to open config file"_s);
+}
+
+TEST_F(SettingsFileTest, aFileThatIsNoXml) {
+    const QString message = u"[End] config file format error(failed to parse as xml)"_s;
+    EXPECT_EQ(failureOf(QString()), message);
+    EXPECT_EQ(failureOf(u"Port=8080"_s), message);
+    EXPECT_EQ(failureOf(u"<QuorinGatewaySetting><General></QuorinGatewaySetting>"_s), message);
+}
+
+TEST_F(SettingsFileTest, theLogDirectoryIsMadeOnceTheLogSettingsAreKnown) {
+    const QString directory = folder_.filePath(u"Vemo/Quorin5/log"_s);
+    failureOf(changed("<Generation>30", "<Generation>x"));
+    EXPECT_FALSE(QFile::exists(directory));
+    failureOf(changed("<Port>8080", "<Port>x"));
+    EXPECT_TRUE(QFile::exists(directory));
+}
+
+TEST_F(SettingsFileTest, whatEarlierStepsReadStaysWhenALaterOneFails) {
+    EXPECT_EQ(failureOf(changed("<MaxUserSession>10<", "<MaxUserSession>-3<")),
+              u"[End] MaxUserSession must be grater equal than 0"_s);
+    EXPECT_EQ(settings().Port, 8080);
+    EXPECT_EQ(settings().MaxUserSession, -3);
+    EXPECT_EQ(settings().ConnectionTimeout, 0);
+}
+
+// One change to the sample, and what loading it says; an empty message is success.
+struct Fault {
+    const char* name;
+    const char* from;
+    const char* to;
+    const char* message;
+};
+
+std::ostream& operator<<(std::ostream& out, const Fault& fault) {
+    return out << fault.name;
+}
+
+class SettingsFaultTest : public SettingsFileTest, public testing::WithParamInterface<Fault> {};
+
+TEST_P(SettingsFaultTest, isReportedToTheLetter) {
+    const Fault& fault = GetParam();
+    EXPECT_EQ(failureOf(changed(fault.from, fault.to)), QString::fromUtf8(fault.message));
+}
+
+constexpr Fault kFaults[] = {
+    {"OtherElements", "<Log>", "<Unknown>1</Unknown><Log>", ""},
+    {"QueueSizeMissing", "<QueueSize>8192</QueueSize>", "", "[End] QueueSize is not found"},
+    {"QueueSizeNegative", "<QueueSize>8192", "<QueueSize>-1",
+     "[End] QueueSize must be grater equal than 0"},
+    {"LogLevelMissing", "<LogLevel>info</LogLevel>", "", "[End] LogLevel is not found"},
+    {"LogLevelEmpty", "<LogLevel>info</LogLevel>", "<LogLevel/>", "[End] LogLevel is not defined"},
+    {"LogLevelInCapitals", "<LogLevel>info", "<LogLevel>Info",
+     "[End] application log level format error (should be setted 'info','warn' or 'error')"},
+    {"LogLevelWithBlank", "<LogLevel>info", "<LogLevel>info ",
+     "[End] application log level format error (should be setted 'info','warn' or 'error')"},
+    {"LogLevelDebug", "<LogLevel>info", "<LogLevel>debug", ""},
+    {"LogLevelWarn", "<LogLevel>info", "<LogLevel>warn", ""},
+    {"GenerationMissing", "<Generation>30</Generation>", "", "[End] Generation is not found"},
+    {"PortWithLetter", "<Port>8080", "<Port>8O80", "[End] Port is not number"},
+    {"PortNegative", "<Port>8080", "<Port>-1", "[End] Port must be grater equal than 0"},
+    {"PortEmpty", "<Port>8080</Port>", "<Port></Port>", "[End] Port is not defined"},
+    {"PortClosed", "<Port>8080</Port>", "<Port/>", "[End] Port is not defined"},
+    {"PortMissing", "<Port>8080</Port>", "", "[End] Port is not found"},
+    {"PortTooLarge", "<Port>8080", "<Port>2147483648", "[End] Port is not number"},
+    {"PortLargest", "<Port>8080", "<Port>2147483647", ""},
+    {"PortWithBlanks", "<Port>8080<", "<Port> 8080 <", ""},
+    {"PortHexadecimal", "<Port>8080", "<Port>0x50", "[End] Port is not number"},
+    {"MaxUserSessionMissing", "<MaxUserSession>10</MaxUserSession>", "",
+     "[End] MaxUserSession is not found"},
+    {"MaxTCPConnectionMissing", "<MaxTCPConnection>100</MaxTCPConnection>", "",
+     "[End] MaxTCPConnection is not found"},
+    {"ConnectionTimeoutMissing", "<ConnectionTimeout>20</ConnectionTimeout>", "",
+     "[End] ConnectionTimeout is not found"},
+    {"HTTPRequestTimeoutMissing", "<HTTPRequestTimeout>600</HTTPRequestTimeout>", "",
+     "[End] HTTPRequestTimeout is not found"},
+    {"ThreadReadBufferSizeMissing", "<ThreadReadBufferSize>65536</ThreadReadBufferSize>", "",
+     "[End] ThreadReadBufferSize is not found"},
+    {"HttpsEnabledMissing", "<HttpsEnabled>TRUE</HttpsEnabled>", "",
+     "[End] HttpsEnabled is not found"},
+    {"HttpsEnabledNoBoolean", "<HttpsEnabled>TRUE", "<HttpsEnabled>yes",
+     "[End] HttpsEnabled is not boolean value"},
+    {"HttpsEnabledEmpty", "<HttpsEnabled>TRUE", "<HttpsEnabled>",
+     "[End] HttpsEnabled is not defined"},
+    {"IsEnabledHttpInFacilityMissing", "<IsEnabledHttpInFacility>False</IsEnabledHttpInFacility>",
+     "", "[End] IsEnabledHttpInFacility tag is not found"},
+    {"IsEnabledHttpInFacilityNoBoolean", "<IsEnabledHttpInFacility>False",
+     "<IsEnabledHttpInFacility>0", "[End] IsEnabledHttpInFacility is not boolean value"},
+    {"GatewayAddressEmpty", "<GatewayAddress>gateway-1.example</GatewayAddress>",
+     "<GatewayAddress/>", "[End] GatewayAddress is not defined"},
+    {"GatewayAddressMissing", "<GatewayAddress>gateway-1.example</GatewayAddress>", "",
+     "[End] GatewayAddress is not defined"},
+    {"OrganizationIdMissing", "<OrganizationId>0a1b</OrganizationId>", "",
+     "[End] OrganizationId tag is not found"},
+    {"OrganizationIdEmpty", "<OrganizationId>0a1b", "<OrganizationId>",
+     "[End] OrganizationId is not defined"},
+    {"OrganizationIdBehindElement", "<OrganizationId>0a1b", "<OrganizationId><x/>abc",
+     "[End] OrganizationId is not defined"},
+    {"RootUrlMissing", "<RootUrl>https://cloud.example/QuorinCloud5</RootUrl>", "",
+     "[End] RootUrl tag is not found"},
+    {"RootUrlEmpty", "<RootUrl>https://cloud.example/QuorinCloud5", "<RootUrl>",
+     "[End] RootUrl is not defined"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Values, SettingsFaultTest, testing::ValuesIn(kFaults),
+                         [](const auto& fault) { return fault.param.name; });
+
+// A structural element that goes by another name is missing.
+class SettingsStructureTest : public SettingsFileTest,
+                              public testing::WithParamInterface<const char*> {};
+
+TEST_P(SettingsStructureTest, isRequired) {
+    const QString name = QString::fromUtf8(GetParam());
+    QString content = QString::fromUtf8(kSettings);
+    content.replace(u'<' + name + u'>', u"<Other>"_s);
+    content.replace(u"</" + name + u'>', u"</Other>"_s);
+    EXPECT_EQ(failureOf(content), u"[End] " + name + u" tag is not found");
+}
+
+INSTANTIATE_TEST_SUITE_P(Elements, SettingsStructureTest,
+                         testing::Values("QuorinGatewaySetting", "PrimaryGatewaySetting", "Http",
+                                         "Log", "ApplicationLog", "Proxy", "General",
+                                         "GatewayConnectSetting", "QuorinCloud"),
+                         [](const auto& fault) { return fault.param; });
+
+TEST_F(SettingsFileTest, theGroupAskedForIsRequired) {
+    QString content = QString::fromUtf8(kSettings);
+    content.replace(u"SecondaryGatewaySetting>"_s, u"ThirdGatewaySetting>"_s);
+    EXPECT_EQ(failureOf(content, false), u"[End] SecondaryGatewaySetting tag is not found"_s);
+    EXPECT_EQ(failureOf(content, true), QString());
+}
+
+TEST_F(SettingsFileTest, aProxyBelowHttpIsNotFound) {
+    QString content = QString::fromUtf8(kSettings);
+    const qsizetype begin = content.indexOf(u"<Proxy>"_s);
+    const qsizetype end = content.indexOf(u"</Proxy>"_s) + 8;
+    const QString proxy = content.mid(begin, end - begin);
+    content.remove(begin, end - begin);
+    content.insert(content.indexOf(u"</Http>"_s), proxy);
+    EXPECT_EQ(failureOf(content), u"[End] Proxy tag is not found"_s);
+}
+
+TEST_F(SettingsFileTest, aSecondaryGatewayMayHaveNoAddress) {
+    ASSERT_EQ(failureOf(changed("<GatewayConnectSetting><GatewayAddress>gateway-2.example"
+                                "</GatewayAddress></GatewayConnectSetting>",
+                                ""),
+                        false),
+              QString());
+    EXPECT_EQ(settings().GatewayAddress, QString());
+}
+
+TEST_F(SettingsFileTest, theTextBehindACommentCountsAndIsTakenAsItStands) {
+    ASSERT_EQ(failureOf(changed("<OrganizationId>0a1b",
+                                "<OrganizationId><!-- facility -->abc &amp; d\u00e9 ")),
+              QString());
+    EXPECT_EQ(settings().OrganizationId, u"abc & d\u00e9 "_s);
+}
+
+TEST_F(SettingsFileTest, theFirstOfARepeatedElementCountsAndAttributesDoNot) {
+    ASSERT_EQ(failureOf(changed("<Port>8080", "<Port unit=\"none\">81</Port><Port>8080")),
+              QString());
+    EXPECT_EQ(settings().Port, 81);
+}
+
+TEST_F(SettingsFileTest, whetherRequestsWaitFallsBackToTrue) {
+    const char* const element = "<IsMadeClientRequestWaited>false</IsMadeClientRequestWaited>";
+    for (const char* const replacement :
+         {"", "<IsMadeClientRequestWaited/>",
+          "<IsMadeClientRequestWaited>yes</IsMadeClientRequestWaited>"}) {
+        ASSERT_EQ(failureOf(changed(element, replacement)), QString());
+        EXPECT_TRUE(settings().IsMadeClientRequestWaited) << replacement;
+    }
+    ASSERT_EQ(failureOf(changed(element, element)), QString());
+    EXPECT_FALSE(settings().IsMadeClientRequestWaited);
+}
+
+struct LargeFileLimit {
+    const char* name;
+    const char* maxUserSession;
+    const char* configured;
+    int expected;
+};
+
+std::ostream& operator<<(std::ostream& out, const LargeFileLimit& limit) {
+    return out << limit.name;
+}
+
+class LargeFileLimitTest : public SettingsFileTest,
+                           public testing::WithParamInterface<LargeFileLimit> {};
+
+TEST_P(LargeFileLimitTest, isKeptWithinThePoolOrBecomesFour) {
+    const LargeFileLimit& limit = GetParam();
+    QString content = QString::fromUtf8(kSettings);
+    content.replace(u"<MaxUserSession>10"_s,
+                    u"<MaxUserSession>" + QString::fromUtf8(limit.maxUserSession));
+    content.replace(u"<MaxLargeFileRequest>9</MaxLargeFileRequest>"_s,
+                    QString::fromUtf8(limit.configured));
+    ASSERT_EQ(failureOf(content), QString());
+    EXPECT_EQ(settings().MaxLargeFileRequest, limit.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Limits, LargeFileLimitTest,
+    testing::Values(
+        LargeFileLimit{"OneBelowThePool", "10", "<MaxLargeFileRequest>9</MaxLargeFileRequest>", 9},
+        LargeFileLimit{"AsManyAsThePool", "10", "<MaxLargeFileRequest>10</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"One", "10", "<MaxLargeFileRequest>1</MaxLargeFileRequest>", 1},
+        LargeFileLimit{"None", "10", "<MaxLargeFileRequest>0</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"Negative", "10", "<MaxLargeFileRequest>-5</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"NoNumber", "10", "<MaxLargeFileRequest>abc</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"Missing", "10", "", 4},
+        LargeFileLimit{"SmallPoolBelow", "4", "<MaxLargeFileRequest>3</MaxLargeFileRequest>", 3},
+        LargeFileLimit{"SmallPoolEqual", "4", "<MaxLargeFileRequest>4</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"NoPool", "0", "<MaxLargeFileRequest>1</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"PoolBelowFour", "2", "<MaxLargeFileRequest>2</MaxLargeFileRequest>", 4}),
+    [](const auto& limit) { return limit.param.name; });
+
+class ElementReadersTest : public testing::Test {
+protected:
+    const tinyxml2::XMLElement& parse(const char* xml) {
+        EXPECT_EQ(document_.Parse(xml), tinyxml2::XML_SUCCESS);
+        return *document_.RootElement();
+    }
+
+private:
+    tinyxml2::XMLDocument document_{true, tinyxml2::PRESERVE_WHITESPACE};
+};
+
+TEST_F(ElementReadersTest, aNumberIsStoredBeforeItIsJudged) {
+    const tinyxml2::XMLElement& parent = parse("<a><n>-7</n><w>seven</w></a>");
+    std::int32_t number = 5;
+    EXPECT_THROW(readNonNegativeInt(parent, "n", number), GatewayException);
+    EXPECT_EQ(number, -7);
+    EXPECT_THROW(readNonNegativeInt(parent, "w", number), GatewayException);
+    EXPECT_EQ(number, 0);
+}
+
+TEST_F(ElementReadersTest, aTruthValueThatIsNoneLeavesTheOldOne) {
+    const tinyxml2::XMLElement& parent = parse("<a><b>maybe</b><t>tRuE</t><f>FALSE</f></a>");
+    bool value = true;
+    EXPECT_THROW(readBool(parent, "b", value), GatewayException);
+    EXPECT_TRUE(value);
+    readBool(parent, "f", value);
+    EXPECT_FALSE(value);
+    readBool(parent, "t", value);
+    EXPECT_TRUE(value);
+}
+
+TEST_F(ElementReadersTest, aTextOfBlanksAloneIsNoneAndOthersKeepTheirBlanks) {
+    const tinyxml2::XMLElement& parent = parse("<a><b>  </b><t> x </t></a>");
+    QString text;
+    EXPECT_THROW(readText(parent, "b", text), GatewayException);
+    readText(parent, "t", text);
+    EXPECT_EQ(text, u" x "_s);
+}
+
+} // namespace
+} // namespace quorin
