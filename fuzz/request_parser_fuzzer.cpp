@@ -7,8 +7,8 @@
 #include "http/response.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +19,7 @@ using namespace quorin::http;
 
 void require(bool holds, const char* what) {
     if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what);
+        std::cerr << "does not hold: " << what << '\n';
         std::abort();
     }
 }

@@ -21,8 +21,8 @@ namespace quorin::http::parser {
 // name that occurs twice the later value is kept.
 bool parse(Request& request, std::string_view input);
 
-// The steps of parse(). Each reads from position, an index into input, and moves it past what it
-// has read; each failure is Error::kMalformed without a message.
+// The steps of parse(). Each reads from position, an index into input or its size, and moves it
+// past what it has read; each failure is Error::kMalformed without a message.
 
 // The bytes up to the delimiter, which is passed over; an empty delimiter stands for CR LF. Fails,
 // and leaves position alone, when the line or the input ends before a delimiter.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <type_traits>
 #include <utility>
 
 namespace zmk {
@@ -8,15 +9,18 @@ namespace zmk {
 // flag beside them: a result has failed exactly when its error's code is not 0.
 template<typename T, typename E>
 class ResultBase {
+    static constexpr bool kMovesWithoutThrowing =
+        std::is_nothrow_move_constructible_v<T> && std::is_nothrow_move_assignable_v<T>;
+
 public:
     // Both are implicit, so that a function returns its value or its error as it stands.
     ResultBase(T value) : value_(std::move(value)) {}
     ResultBase(const E& error) : error_(error) {}
 
     ResultBase(const ResultBase&) = default;
-    ResultBase(ResultBase&&) = default;
+    ResultBase(ResultBase&&) noexcept(kMovesWithoutThrowing) = default;
     ResultBase& operator=(const ResultBase&) = default;
-    ResultBase& operator=(ResultBase&&) = default;
+    ResultBase& operator=(ResultBase&&) noexcept(kMovesWithoutThrowing) = default;
     virtual ~ResultBase() = default;
 
     bool isError() const noexcept { return error_.code != 0; }
