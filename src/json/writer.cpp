@@ -1,0 +1,224 @@
+#include "json/writer.h"
+
+#include "json/byte_scan.h"
+#include "json/number_text.h"
+
+#include <array>
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+namespace ravenjson {
+namespace {
+
+constexpr const char* kNotFinite = "Floating point is nan or inf.";
+
+/// What a byte becomes in a string: 0, it is copied; else the letter behind the backslash, where
+/// 'u' means the form of six characters.
+constexpr std::array<char, 256> makeEscapes() {
+    constexpr std::string_view kControls = "uuuuuuuubtnufruuuuuuuuuuuuuuuuuu";
+    std::array<char, 256> escapes{};
+    for (std::size_t i = 0; i < kControls.size(); ++i) {
+        escapes[i] = kControls[i];
+    }
+    escapes['"'] = '"';
+    escapes['\\'] = '\\';
+    escapes[0x7F] = 'u'; // prints as nothing, so it is shown
+    return escapes;
+}
+
+constexpr std::array<char, 256> kEscapes = makeEscapes();
+constexpr std::string_view kHexDigits = "0123456789abcdef";
+
+/// Writes one value with all that is in it.
+class Writer {
+public:
+    Writer(WriterOptions options, std::string& output) : options_(options), output_(output) {}
+
+    bool write(const Value& value) {
+        const Value* next = &value;
+        do {
+            if (!writeScalarOrOpening(*next)) {
+                return false;
+            }
+            next = advance();
+        } while (next != nullptr);
+        return true;
+    }
+
+private:
+    /// A container that is open, and how far it is written.
+    struct Scope {
+        const Value::Object* object = nullptr; ///< or nullptr, and it is an array
+        Value::Object::const_iterator member;
+        const Value::Array* array = nullptr;
+        std::size_t element = 0;
+    };
+
+    bool writeScalarOrOpening(const Value& value) {
+        switch (value.kind()) {
+        case Kind::Null:
+            output_ += "null";
+            return true;
+        case Kind::Boolean:
+            output_ += value.boolean() ? "true" : "false";
+            return true;
+        case Kind::Integer:
+            appendInteger(value.integer(), output_);
+            return true;
+        case Kind::Double:
+            return writeDouble(value.floating());
+        case Kind::String:
+            writeString(value.string());
+            return true;
+        case Kind::Object:
+            output_ += '{';
+            scopes_.push_back({&value.object(), value.object().begin()});
+            return true;
+        case Kind::Array:
+            output_ += '[';
+            scopes_.push_back({nullptr, {}, &value.array()});
+            return true;
+        }
+        return true; // no kind, no text
+    }
+
+    /// Writes what stands between the value just written and the next one, closing containers as
+    /// they end. The next value, or nullptr at the end of all.
+    const Value* advance() {
+        while (!scopes_.empty()) {
+            Scope& scope = scopes_.back();
+            if (scope.object != nullptr) {
+                if (scope.member != scope.object->end()) {
+                    separate(scope.member != scope.object->begin());
+                    const auto& [key, value] = *scope.member++;
+                    writeString(key);
+                    output_ += isPretty() ? ": " : ":";
+                    return &value;
+                }
+                close(!scope.object->empty(), '}');
+            } else {
+                if (scope.element != scope.array->size()) {
+                    separate(scope.element != 0);
+                    return &(*scope.array)[scope.element++];
+                }
+                close(!scope.array->empty(), ']');
+            }
+        }
+        return nullptr;
+    }
+
+    void separate(bool comma) {
+        if (comma) {
+            output_ += ',';
+        }
+        breakLine();
+    }
+
+    void close(bool hasValues, char bracket) {
+        scopes_.pop_back();
+        if (hasValues) {
+            breakLine();
+        }
+        output_ += bracket;
+    }
+
+    [[nodiscard]] bool isPretty() const { return (options_ & kPretty) != 0; }
+
+    /// With kPretty: a new line, indented to the depth of the scopes that are open.
+    void breakLine() {
+        if (!isPretty()) {
+            return;
+        }
+        output_ += (options_ & kCrLf) != 0 ? "\r\n" : "\n";
+        switch (options_ & (kIndentFourSpaces | kIndentTab)) {
+        case kIndentFourSpaces:
+            output_.append(scopes_.size() * 4, ' ');
+            break;
+        case kIndentTab:
+            output_.append(scopes_.size(), '\t');
+            break;
+        default:
+            output_.append(scopes_.size() * 2, ' ');
+            break;
+        }
+    }
+
+    bool writeDouble(double value) {
+        if (std::isnan(value)) {
+            output_ += "nan";
+            return false;
+        }
+        if (std::isinf(value)) {
+            output_ += value < 0 ? "-inf" : "inf";
+            return false;
+        }
+        if (value == 0.0) {
+            output_ += "0.0"; // a negative zero too
+        } else {
+            appendDouble(value, output_);
+        }
+        return true;
+    }
+
+    void writeString(std::string_view text) {
+        output_ += '"';
+        const char* position = text.data();
+        const char* const end = position + text.size();
+        for (;;) {
+            const char* const special = findSpecial(position, end);
+            output_.append(position, special);
+            if (special == end) {
+                break;
+            }
+            writeEscaped(static_cast<unsigned char>(*special));
+            position = special + 1;
+        }
+        output_ += '"';
+    }
+
+    /// The first byte that must be escaped.
+    static const char* findSpecial(const char* position, const char* end) {
+        return bytescan::find(
+            position, end,
+            [](std::uint64_t bytes) {
+                return bytescan::below(bytes, 0x20) | bytescan::equal(bytes, '"') |
+                       bytescan::equal(bytes, '\\') | bytescan::equal(bytes, 0x7F);
+            },
+            [](std::uint8_t byte) { return kEscapes[byte] != 0; });
+    }
+
+    void writeEscaped(unsigned char byte) {
+        const char letter = kEscapes[byte];
+        output_ += '\\';
+        output_ += letter;
+        if (letter == 'u') {
+            output_ += "00";
+            output_ += kHexDigits[byte >> 4];
+            output_ += kHexDigits[byte & 0x0F];
+        }
+    }
+
+    const WriterOptions options_;
+    std::string& output_;
+    std::vector<Scope> scopes_; ///< the innermost is the last
+};
+
+} // namespace
+
+bool write(const Value& value, WriterOptions options, std::string& output, std::string& error) {
+    if (!Writer(options, output).write(value)) {
+        error = kNotFinite;
+        return false;
+    }
+    return true;
+}
+
+std::string toString(const Value& value, WriterOptions options) {
+    std::string output;
+    std::string error;
+    static_cast<void>(write(value, options, output, error));
+    return output;
+}
+
+} // namespace ravenjson
