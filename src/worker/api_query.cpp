@@ -1,0 +1,51 @@
+#include "worker/api_query.h"
+
+#include "config/gateway_settings.h"
+#include "http/header_names.h"
+#include "http/response.h"
+#include "worker/reply.h"
+#include "worker/worker_context.h"
+#include "json/value.h"
+#include "json/writer.h"
+
+#include <QUrl>
+
+namespace quorin {
+
+namespace {
+
+// Lower case, as names are compared.
+constexpr QStringView kCommunicationSchemeQuery = u"webapicommscheme";
+constexpr QStringView kOrganizationIdQuery = u"webapiorganizationid";
+
+constexpr const char* kCommunicationSchemeKey = "CommunicationScheme";
+constexpr const char* kOrganizationIdKey = "OrganizationId";
+constexpr const char* kJsonContentType = "application/json";
+
+void replyMember(QSslSocket& socket, const char* key, QStringView value) {
+    ravenjson::Value document(ravenjson::Kind::Object);
+    document[key] = value.toUtf8().toStdString();
+    const std::string text = ravenjson::toString(document);
+
+    http::Response response(200);
+    response.headers.set(http::kContentLength, std::to_string(text.size()));
+    response.headers.set(http::kContentType, kJsonContentType);
+    response.appendBody(text);
+    writeSocket(socket, serialized(response));
+}
+
+} // namespace
+
+void serveApi(WorkerContext& worker, const QString& target) {
+    const QString name = QUrl(target).fileName(QUrl::FullyDecoded).toLower();
+    if (name == kCommunicationSchemeQuery) {
+        replyMember(*worker.socket, kCommunicationSchemeKey,
+                    schemeText(worker.communicationScheme));
+    } else if (name == kOrganizationIdQuery) {
+        replyMember(*worker.socket, kOrganizationIdKey, GatewaySettings::instance().OrganizationId);
+    } else {
+        writeSocket(*worker.socket, makeResponse("500", {}));
+    }
+}
+
+} // namespace quorin

@@ -1,0 +1,164 @@
+#include "worker/download.h"
+
+#include "config/gateway_settings.h"
+#include "http/header_names.h"
+#include "http/response.h"
+#include "log/application_logger.h"
+#include "worker/access_line.h"
+#include "worker/notification_lock.h"
+#include "worker/reply.h"
+#include "worker/request_failure.h"
+#include "worker/worker_context.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMimeDatabase>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin {
+
+namespace {
+
+using Logger = QuorinGatewayApplicationLogger;
+
+constexpr QStringView kServed = u"200";
+
+QByteArray contentTypeOf(const QString& path) {
+    return QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchDefault).name().toUtf8();
+}
+
+QByteArrayView view(std::string_view text) {
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+// No reason phrase, and no other header.
+QByteArray streamHeader(qint64 size, const QByteArray& contentType) {
+    QByteArray header("HTTP/1.1 200\r\n");
+    header.append(view(http::kContentLength)).append(": ").append(QByteArray::number(size));
+    header.append("\r\n").append(view(http::kContentType)).append(": ").append(contentType);
+    return header.append("\r\n\r\n");
+}
+
+bool isExpired(const WorkerContext& worker) {
+    const std::chrono::milliseconds allowed =
+        std::chrono::seconds(GatewaySettings::instance().HTTPRequestTimeout);
+    return worker.requestStart.msecsTo(QDateTime::currentDateTimeUtc()) >= allowed.count();
+}
+
+[[noreturn]] void refuseUnreadable(WorkerContext& worker, const QString& text) {
+    replyStatus(*worker.socket, "500", {});
+    failRequest(text);
+}
+
+void finish(WorkerContext& worker) {
+    worker.requestEnd = QDateTime::currentDateTime();
+    Logger::logDebug([&worker] { return accessLine(worker, kServed); });
+}
+
+// Fills `chunk`. Behind the end of a file that has become shorter since its size was announced
+// come zeros.
+void readChunk(QFile& file, char* chunk, qint64 size) {
+    qint64 filled = 0;
+    while (filled < size) {
+        const qint64 count = file.read(chunk + filled, size - filled);
+        if (count <= 0) {
+            break;
+        }
+        filled += count;
+    }
+    std::memset(chunk + filled, 0, static_cast<std::size_t>(size - filled));
+}
+
+void sendBody(WorkerContext& worker, QFile& file, qint64 size) {
+    const qint64 configured = GatewaySettings::instance().ThreadReadBufferSize;
+    const qint64 chunkSize = configured > 0 ? std::min(configured, size) : size;
+    const auto buffer = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(chunkSize));
+    for (qint64 remaining = size; remaining > 0;) {
+        if (worker.disconnected) {
+            failRequest(u"socket disconnected"_s);
+        }
+        if (isExpired(worker)) {
+            failRequest(u"requet expired"_s);
+        }
+        const qint64 chunk = std::min(remaining, chunkSize);
+        readChunk(file, buffer.get(), chunk);
+        worker.socket->write(buffer.get(), chunk);
+        waitUntilSent(*worker.socket);
+        remaining -= chunk;
+    }
+}
+
+// The content, or nothing when the file cannot be read under its lock; then a reply was sent and
+// an exception tells why.
+QByteArray readLocked(WorkerContext& worker, const QString& filePath, const QFileInfo& fileInfo) {
+    NotificationLock lock(fileInfo);
+    bool locked = false;
+    for (int attempt = 1; !locked && attempt <= NotificationLock::kAttempts; ++attempt) {
+        locked = lock.attempt();
+        if (!locked) {
+            Logger::logDebug([attempt] {
+                return u"Failed to Lock (%1/%2)"_s.arg(attempt).arg(NotificationLock::kAttempts);
+            });
+        }
+    }
+    if (!locked) {
+        lock.logFailure();
+        refuseUnreadable(worker, u"failed to open " + filePath + u" for read (lock failed).");
+    }
+    QFile file(filePath);
+    if (!file.open(QIODevice::ReadOnly)) {
+        lock.unlockIfLocked();
+        refuseUnreadable(worker, u"failed to open " + filePath + u" for read.");
+    }
+    QByteArray content = file.readAll();
+    file.close();
+    lock.unlockIfLocked();
+    return content;
+}
+
+} // namespace
+
+void sendFile(WorkerContext& worker, const QFileInfo& fileInfo) {
+    const QString filePath = fileInfo.filePath();
+    QFile file(filePath);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        refuseUnreadable(worker, u"failed to open " + filePath + u" for read.");
+    }
+    const qint64 size = fileInfo.size();
+    worker.socket->write(streamHeader(size, contentTypeOf(fileInfo.path())));
+    waitUntilSent(*worker.socket);
+    worker.responseStarted = true;
+    sendBody(worker, file, size);
+    finish(worker);
+}
+
+void sendNotificationFile(WorkerContext& worker, const QFileInfo& fileInfo) {
+    const QString filePath = fileInfo.filePath();
+    Logger::logDebug([&filePath]() -> QString { return u"notification file " + filePath; });
+    const QByteArray content = readLocked(worker, filePath, fileInfo);
+    Logger::logDebug([&filePath]() -> QString { return u"Close file. (" + filePath + u')'; });
+    if (worker.disconnected) {
+        failRequest(u"socket disconnected"_s);
+    }
+    if (isExpired(worker)) {
+        failRequest(u"request expired"_s);
+    }
+    if (content.size() < fileInfo.size()) {
+        refuseUnreadable(worker, u"failed to read " + filePath + u" for read.");
+    }
+    http::Response response(200);
+    response.headers.set(http::kContentLength, std::to_string(content.size()));
+    response.headers.set(http::kContentType, contentTypeOf(filePath).toStdString());
+    response.appendBody({content.constData(), static_cast<std::size_t>(content.size())});
+    writeSocket(*worker.socket, serialized(response));
+    worker.responseStarted = true;
+    finish(worker);
+}
+
+} // namespace quorin

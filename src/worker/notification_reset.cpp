@@ -1,0 +1,126 @@
+#include "worker/notification_reset.h"
+
+#include "log/application_logger.h"
+#include "platform/replace_file.h"
+#include "worker/notification_lock.h"
+#include "json/reader.h"
+#include "json/value.h"
+#include "json/writer.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace quorin {
+
+namespace {
+
+constexpr std::array<const char*, 3> kItems{"RemoteExecution", "RemoteExecutionCancel",
+                                            "RemoteSetting"};
+constexpr const char* kIsExist = "IsExist";
+constexpr const char* kLastUpdated = "LastUpdated";
+
+// What became of an item of the document.
+enum class ItemReset { Done, Newer, Malformed };
+
+QDateTime dateFromText(const QString& text) {
+    return QDateTime::fromString(text, Qt::ISODate);
+}
+
+// Marks a pending item as gone unless it is newer than the date. One that is missing, or not
+// pending, is done with.
+ItemReset resetItem(ravenjson::Value* item, const QString& resetDate) {
+    if (item == nullptr || !item->isObject()) {
+        return ItemReset::Done;
+    }
+    ravenjson::Value* const isExist = item->find(kIsExist);
+    if (isExist == nullptr || !isExist->isBoolean()) {
+        return ItemReset::Malformed;
+    }
+    if (!isExist->boolean()) {
+        return ItemReset::Done;
+    }
+    ravenjson::Value* const lastUpdated = item->find(kLastUpdated);
+    if (lastUpdated == nullptr || !lastUpdated->isString()) {
+        return ItemReset::Malformed;
+    }
+    if (dateFromText(resetDate) < dateFromText(QString::fromStdString(lastUpdated->string()))) {
+        return ItemReset::Newer;
+    }
+    *isExist = false;
+    *lastUpdated = resetDate.toStdString();
+    return ItemReset::Done;
+}
+
+// Resets all items; a document without a newer one is emptied. False when an item is malformed.
+bool resetDocument(ravenjson::Value& document, const QString& resetDate) {
+    bool isNewerSeen = false;
+    for (const char* const name : kItems) {
+        switch (resetItem(document.find(name), resetDate)) {
+        case ItemReset::Malformed:
+            return false;
+        case ItemReset::Newer:
+            isNewerSeen = true;
+            break;
+        case ItemReset::Done:
+            break;
+        }
+    }
+    if (!isNewerSeen) {
+        document.clear();
+    }
+    return true;
+}
+
+std::optional<ravenjson::Value> readDocument(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    const QByteArray text = file.readAll();
+    ravenjson::Value document;
+    std::string error;
+    if (!ravenjson::parse({text.constData(), static_cast<std::size_t>(text.size())}, document,
+                          error)) {
+        return std::nullopt;
+    }
+    return document;
+}
+
+// The whole document or false: what cannot be written down must not take a file's place.
+bool writeDocument(const ravenjson::Value& document, const QString& path) {
+    std::string text;
+    std::string error;
+    if (!ravenjson::write(document, ravenjson::kCompact, text, error)) {
+        return false;
+    }
+    QFile file(path);
+    const auto size = static_cast<qint64>(text.size());
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+           file.write(text.data(), size) == size && file.flush();
+}
+
+bool moveOver(const QString& from, const QString& to) {
+    return QFile::exists(to) ? platform::replaceFile(from, to) : QFile::rename(from, to);
+}
+
+} // namespace
+
+bool resetNotification(const QString& filePath, const QString& resetDate) {
+    QuorinGatewayApplicationLogger::logInfo(u"Reset " + filePath + u" [date - " + resetDate +
+                                            u"].");
+    NotificationLock lock{QFileInfo(filePath)};
+    if (!lock.acquire()) {
+        lock.logFailure();
+        return false;
+    }
+    std::optional<ravenjson::Value> document = readDocument(filePath);
+    return document && resetDocument(*document, resetDate) &&
+           writeDocument(*document, lock.stagingPath()) && moveOver(lock.stagingPath(), filePath);
+}
+
+} // namespace quorin

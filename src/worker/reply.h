@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+
+#include <chrono>
+
+class QAbstractSocket;
+class QSslSocket;
+
+namespace quorin::http {
+struct Response;
+}
+
+// The way of every reply to the client. A reply counts as sent when the system has all its bytes,
+// encrypted ones included: what the system has, it delivers also after the worker is gone.
+namespace quorin {
+
+// How long a reply, or a chunk of a file, may take to leave.
+inline constexpr std::chrono::seconds kSendTimeout{30};
+
+// The bytes of a reply with the status `statusText`, which is a number, and the UTF-8 text `body`.
+// Statuses from 400 to 499 announce that the connection closes; others do not.
+[[nodiscard]] QByteArray makeResponse(QByteArrayView statusText, QByteArrayView body);
+
+// The bytes of `response`.
+[[nodiscard]] QByteArray serialized(const http::Response& response);
+
+// Sends `bytes`, looking every 10 ms whether they have left. Throws a GatewayException of kind
+// Request when they have not after `timeout`, or the socket is of no use.
+void writeSocket(QSslSocket& socket, QByteArrayView bytes,
+                 std::chrono::milliseconds timeout = kSendTimeout);
+
+// Sends the reply that makeResponse() makes; throws as writeSocket() does.
+void replyStatus(QSslSocket& socket, QByteArrayView statusText, QByteArrayView body);
+
+// Bytes written to `socket` that the system does not have yet.
+[[nodiscard]] qint64 unsentBytes(const QSslSocket& socket);
+
+// Waits until the system has all that was written to `socket`, until `timeout` is over or until
+// the peer has gone, which the caller learns from the socket's disconnected().
+void waitUntilSent(QSslSocket& socket, std::chrono::milliseconds timeout = kSendTimeout);
+
+} // namespace quorin

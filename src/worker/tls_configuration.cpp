@@ -1,0 +1,18 @@
+#include "worker/tls_configuration.h"
+
+#include <QSslCertificate>
+#include <QSslKey>
+
+namespace quorin {
+
+QSslConfiguration tlsConfiguration(const QSslCertificate& certificate, const QSslKey& privateKey) {
+    QSslConfiguration configuration;
+    configuration.setLocalCertificate(certificate);
+    configuration.setPrivateKey(privateKey);
+    configuration.setCaCertificates({});
+    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
+    configuration.setProtocol(QSsl::TlsV1_2OrLater);
+    return configuration;
+}
+
+} // namespace quorin

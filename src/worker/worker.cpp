@@ -1,0 +1,203 @@
+#include "worker/worker.h"
+
+#include "config/gateway_exception.h"
+#include "config/gateway_settings.h"
+#include "http/request.h"
+#include "http/request_parser.h"
+#include "log/application_logger.h"
+#include "worker/large_file.h"
+#include "worker/reply.h"
+#include "worker/request_failure.h"
+#include "worker/routing.h"
+
+#include <QHostAddress>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+using namespace quorin;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Logger = QuorinGatewayApplicationLogger;
+
+// Bytes of one request, and of what the client may send ahead while it is served. A request that
+// fills this is refused like a malformed one.
+constexpr qint64 kRequestLimit = 1024 * 1024;
+
+// The functions as the trace lines of the log name them.
+constexpr QStringView kRun = u"void __cdecl Worker::run(void)";
+constexpr QStringView kReadyRead = u"void __cdecl Worker::SslSocketReadyRead(void)";
+constexpr QStringView kDisconnected = u"void __cdecl Worker::SslSocketDisconnected(void)";
+
+void traceStart(QStringView function) {
+    Logger::logDebug([function]() -> QString { return u"[Start] " + function; });
+}
+
+void traceEnd(QStringView function) {
+    Logger::logDebug([function] { return endMessage(function.toString()); });
+}
+
+std::chrono::milliseconds connectionTimeout() {
+    constexpr std::chrono::milliseconds longest{std::numeric_limits<int>::max()};
+    const std::chrono::milliseconds configured =
+        std::chrono::seconds(GatewaySettings::instance().ConnectionTimeout);
+    return std::min(configured, longest); // a timer counts in an int
+}
+
+// Takes in what the client has sent and nobody will read. To close over unread bytes would reset
+// the connection, and the client could lose the end of its reply.
+void discardUnread(QSslSocket& socket) {
+    qint64 discarded = socket.skip(socket.bytesAvailable());
+    while (discarded < kRequestLimit && socket.waitForReadyRead(0)) {
+        discarded += socket.skip(socket.bytesAvailable());
+    }
+}
+
+bool isRefusedAsLarge(std::string_view target) {
+    const GatewaySettings& settings = GatewaySettings::instance();
+    return settings.IsMadeClientRequestWaited &&
+           QThreadPool::globalInstance()->activeThreadCount() > settings.MaxLargeFileRequest &&
+           isLargeFile(target);
+}
+
+} // namespace
+
+Worker::Worker(qintptr socketDescriptor, const WorkerSurroundings& surroundings)
+    : descriptor_(socketDescriptor), surroundings_(surroundings) {
+    context_.documentRoot = surroundings.documentRoot;
+    context_.communicationScheme = surroundings.communicationScheme;
+}
+
+Worker::~Worker() {
+    if (context_.socket && context_.socket->isOpen()) {
+        discardUnread(*context_.socket);
+        context_.socket->close();
+    }
+}
+
+void Worker::run() {
+    traceStart(kRun);
+    try {
+        eventLoop_.emplace();
+        openSocket();
+        startConnectionTimer();
+        eventLoop_->exec(QEventLoop::WaitForMoreEvents);
+        if (escaped_) {
+            std::rethrow_exception(escaped_);
+        }
+        traceEnd(kRun);
+    } catch (const GatewayException& exception) {
+        Logger::logError(exception.message());
+    }
+}
+
+void Worker::openSocket() {
+    context_.socket = std::make_unique<QSslSocket>();
+    QSslSocket& socket = *context_.socket;
+    socket.setReadBufferSize(kRequestLimit);
+    if (socket.setSocketDescriptor(descriptor_.get(), QAbstractSocket::ConnectedState,
+                                   QIODevice::ReadWrite)) {
+        static_cast<void>(descriptor_.release()); // the socket closes it
+    }
+    connect(&socket, &QSslSocket::readyRead, this, &Worker::SslSocketReadyRead,
+            Qt::DirectConnection);
+    connect(&socket, &QSslSocket::disconnected, this, &Worker::SslSocketDisconnected,
+            Qt::DirectConnection);
+    if (GatewaySettings::instance().HttpsEnabled) {
+        socket.setSslConfiguration(surroundings_.tls);
+        socket.startServerEncryption();
+    }
+}
+
+void Worker::startConnectionTimer() {
+    connectionTimer_ = std::make_unique<QTimer>();
+    connectionTimer_->setInterval(connectionTimeout());
+    connect(connectionTimer_.get(), &QTimer::timeout, this, &Worker::ConnectionTimeout,
+            Qt::DirectConnection);
+    connectionTimer_->start();
+}
+
+void Worker::SslSocketReadyRead() {
+    if (requestTaken_) {
+        return; // sent ahead, while its only request is served
+    }
+    traceStart(kReadyRead);
+    if (!surroundings_.quitRequested) {
+        requestTaken_ = true;
+        try {
+            serveRequest();
+            endLoop();
+        } catch (const GatewayException& exception) {
+            if (!exception.isSilent()) {
+                Logger::logError(exception.message());
+            }
+            replyToFailure();
+        } catch (const std::exception& exception) {
+            Logger::logError(endMessage(QString::fromUtf8(exception.what())));
+            replyToFailure();
+        }
+        if (escaped_) {
+            return;
+        }
+    }
+    traceEnd(kReadyRead);
+}
+
+void Worker::serveRequest() {
+    QSslSocket& socket = *context_.socket;
+    const QByteArray input = socket.readAll();
+    http::Request request;
+    if (input.size() >= kRequestLimit ||
+        !http::parser::parse(request,
+                             {input.constData(), static_cast<std::size_t>(input.size())})) {
+        replyStatus(socket, "500", {});
+        failRequest(u"Failed to parse http request. (" + socket.peerAddress().toString() + u')');
+    }
+    if (isRefusedAsLarge(request.line.target)) {
+        replyStatus(socket, "503", {});
+        Logger::logDebug([&]() -> QString {
+            return u"Large file limitation. Requested [" +
+                   QString::fromStdString(request.line.target) + u"] from [" +
+                   socket.peerAddress().toString() + u']';
+        });
+        failRequest(u"Large file limitation."_s, FailureLog::Suppress);
+    }
+    connectionTimer_->stop();
+    route(context_, request);
+}
+
+// Every failure ends in this reply, also when a status told of it before; only a reply that has
+// begun with success stays alone.
+void Worker::replyToFailure() {
+    try {
+        if (!context_.responseStarted) {
+            writeSocket(*context_.socket, makeResponse("500", {}));
+        }
+    } catch (...) {
+        escaped_ = std::current_exception();
+    }
+    endLoop();
+}
+
+void Worker::SslSocketDisconnected() {
+    traceStart(kDisconnected);
+    context_.disconnected = true;
+    traceEnd(kDisconnected);
+    endLoop();
+}
+
+void Worker::ConnectionTimeout() {
+    connectionTimer_->stop();
+    Logger::logError(endMessage(u"connect timeout"_s));
+    endLoop();
+}
+
+void Worker::endLoop() {
+    if (eventLoop_ && eventLoop_->isRunning()) {
+        eventLoop_->exit(0);
+    }
+}

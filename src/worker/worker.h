@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/socket_descriptor.h"
+#include "worker/worker_context.h"
+
+#include <QEventLoop>
+#include <QObject>
+#include <QRunnable>
+#include <QSslConfiguration>
+#include <QTimer>
+
+#include <atomic>
+#include <exception>
+#include <memory>
+#include <optional>
+
+// What all workers of one server share. Belongs to the server and outlives its workers, which only
+// read it.
+struct WorkerSurroundings {
+    QString documentRoot;
+    quorin::CommunicationScheme communicationScheme = quorin::CommunicationScheme::None;
+    QSslConfiguration tls; // used when HTTPS is enabled
+    std::atomic<bool> quitRequested = false;
+};
+
+// Serves one accepted connection: waits for the request in an event loop of its own, has it
+// answered, and ends. Made by the server on the main thread; run, and deleted, by the thread pool
+// on one of its threads. One that never runs closes its connection when it is deleted.
+class Worker : public QObject, public QRunnable {
+    Q_OBJECT
+
+public:
+    // Takes the descriptor over. `surroundings` outlives the worker.
+    Worker(qintptr socketDescriptor, const WorkerSurroundings& surroundings);
+    ~Worker() override;
+
+    // The whole life of the connection.
+    void run() override;
+
+    // Hands the connection of a worker that never runs to the caller.
+    [[nodiscard]] qintptr releaseDescriptor() noexcept { return descriptor_.release(); }
+
+public Q_SLOTS:
+    // One call serves the one request: what has arrived by now is the request.
+    void SslSocketReadyRead();
+    void SslSocketDisconnected();
+    // No request came in time.
+    void ConnectionTimeout();
+
+private:
+    void openSocket();
+    void startConnectionTimer();
+    void serveRequest();
+    void replyToFailure();
+    void endLoop();
+
+    platform::SocketDescriptor descriptor_;
+    const WorkerSurroundings& surroundings_;
+    quorin::WorkerContext context_;
+
+    // Made in run(), so that they belong to the pool's thread.
+    std::optional<QEventLoop> eventLoop_;
+    std::unique_ptr<QTimer> connectionTimer_;
+
+    bool requestTaken_ = false;
+    // A failure no slot may let out into the event loop; run() throws it again.
+    std::exception_ptr escaped_;
+};
