@@ -1,0 +1,100 @@
+// quorin-gateway: starts and stops the gateway.
+
+#include "platform/shared_library.h"
+#include "server/control_channel.h"
+
+#include <QCoreApplication>
+#include <QLocalSocket>
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+enum ExitCode : int { kOk = 0, kNotDone = 1, kWrongUsage = 2 };
+
+constexpr const char* kUsage = "usage: quorin-gateway run SETTINGS primary|secondary\n"
+                               "       quorin-gateway stop\n"
+                               "       quorin-gateway --help | --version\n";
+
+constexpr const char* kHelp =
+    "\n"
+    "run    serves files as the settings file SETTINGS says, with its group for the\n"
+    "       primary or the secondary gateway, until it is stopped; exit code 0 then,\n"
+    "       1 after a fatal error, 2 when another gateway runs on this machine\n"
+    "stop   tells the gateway that runs on this machine to finish what it serves and\n"
+    "       to stop; exit code 0 when it was told, 1 when no gateway listens\n"
+    "\n"
+    "Errors of the run are in the gateway's log.\n";
+
+int complainOfUsage(const std::string& what) {
+    std::fprintf(stderr, "quorin-gateway: %s; try 'quorin-gateway --help'\n", what.c_str());
+    return kWrongUsage;
+}
+
+int run(char* program, char* settings, char* group) {
+    using MainFunc = int(int, char**);
+    const auto library = platform::SharedLibrary::load(platform::gatewayLibraryName());
+    auto* const mainFunc = library.function<MainFunc>("QuorinGatewayHttpMainFunc");
+    if (mainFunc == nullptr) {
+        std::fprintf(stderr, "quorin-gateway: cannot load the gateway library %s: %s\n",
+                     platform::gatewayLibraryName(), platform::SharedLibrary::lastError());
+        return kNotDone;
+    }
+    std::vector<char*> arguments{program, settings, group, nullptr};
+    return mainFunc(static_cast<int>(arguments.size() - 1), arguments.data());
+}
+
+int stop(int argc, char** argv) {
+    constexpr std::chrono::milliseconds patience = std::chrono::seconds(5);
+    const QCoreApplication application(argc, argv);
+    QLocalSocket pipe;
+    pipe.connectToServer(quorin::kControlPipeName.toString(), QIODevice::WriteOnly);
+    if (!pipe.waitForConnected(patience.count())) {
+        std::fprintf(stderr, "quorin-gateway: no gateway listens for commands on this machine\n");
+        return kNotDone;
+    }
+    pipe.write(quorin::kQuitCommand.data(), quorin::kQuitCommand.size());
+    if (!pipe.waitForBytesWritten(patience.count())) {
+        std::fprintf(stderr, "quorin-gateway: the gateway did not take the command\n");
+        return kNotDone;
+    }
+    pipe.disconnectFromServer();
+    return kOk;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+    if (arguments.empty()) {
+        return complainOfUsage("a command is missing");
+    }
+    const std::string_view command = arguments.front();
+    if (command == "--help" || command == "-h") {
+        std::printf("%s%s", kUsage, kHelp);
+        return kOk;
+    }
+    if (command == "--version") {
+        std::printf("quorin-gateway %s\n", QUORIN_VERSION);
+        return kOk;
+    }
+    if (command == "run") {
+        if (arguments.size() != 3) {
+            return complainOfUsage("'run' takes a settings file and 'primary' or 'secondary'");
+        }
+        if (arguments[2] != "primary" && arguments[2] != "secondary") {
+            return complainOfUsage("'" + std::string(arguments[2]) +
+                                   "' is neither 'primary' nor 'secondary'");
+        }
+        return run(argv[0], argv[2], argv[3]);
+    }
+    if (command == "stop") {
+        return arguments.size() == 1 ? stop(argc, argv)
+                                     : complainOfUsage("'stop' takes no arguments");
+    }
+    return complainOfUsage("'" + std::string(command) + "' is no command");
+}

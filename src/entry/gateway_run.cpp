@@ -1,0 +1,132 @@
+#include "entry/gateway_run.h"
+
+#include "config/gateway_exception.h"
+#include "config/gateway_settings.h"
+#include "config/settings_file.h"
+#include "log/application_logger.h"
+#include "platform/folders.h"
+#include "platform/instance_guard.h"
+#include "server/polling.h"
+#include "server/tcp_server.h"
+
+#include <QCoreApplication>
+#include <QSharedMemory>
+#include <QThreadPool>
+
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin {
+
+namespace {
+
+using Logger = QuorinGatewayApplicationLogger;
+
+constexpr int kArguments = 3;
+constexpr QStringView kInstanceGuardKey = u"Global\\VEMO_QUORIN_GATEWAY_HTTP";
+constexpr QStringView kDocumentRoot = u"/QuorinGatewayHttp/wwwroot";
+constexpr QStringView kSuccess = u"Success";
+constexpr QStringView kFailure = u"Failure";
+
+[[noreturn]] void failStart(const QString& text,
+                            GatewayException::Kind kind = GatewayException::Fatal) {
+    throw GatewayException(kind, endMessage(text), false);
+}
+
+// The settings file and the group, as they were given; empty when they were not.
+QString argumentText(int argc, char** argv) {
+    if (argc < kArguments) {
+        return {};
+    }
+    return QString::fromUtf8(argv[1]) + u' ' + QString::fromUtf8(argv[2]);
+}
+
+void logEnd(const QString& arguments, QStringView status) {
+    Logger::logInfo(u"Quorin Gateway Http Server End [Argument] " + arguments + u" : [Status] " +
+                    status);
+}
+
+void takeGuard(QSharedMemory& guard) {
+    guard.setKey(kInstanceGuardKey.toString());
+    if (!attemptPatiently([&guard] { return platform::takeInstanceGuard(guard); })) {
+        failStart(u"Duplicate execution of applications"_s, GatewayException::DuplicateInstance);
+    }
+}
+
+bool isPrimary(const char* group) {
+    if (std::strcmp(group, "primary") == 0) {
+        return true;
+    }
+    if (std::strcmp(group, "secondary") != 0) {
+        failStart(u"the second argument (" + QString::fromUtf8(group) + u") is not parsable.");
+    }
+    return false;
+}
+
+QString settingsPath(const char* argument) {
+    return QString::fromUtf8(argument).replace(u'\\', u'/');
+}
+
+void logStart(const QString& arguments) {
+    const GatewaySettings& settings = GatewaySettings::instance();
+    const bool isQueueUsed = settings.IsMadeClientRequestWaited;
+    Logger::logInfo(u"Quorin Gateway Http Server Start [Argument] " + arguments);
+    Logger::logInfo(u"Reply mode - " + (isQueueUsed ? QStringView(u"Uses request queue.")
+                                                    : QStringView(u"Legacy (~v5.0.8)")));
+    if (isQueueUsed) {
+        Logger::logInfo(u"MaxLargeFileRequest/MaxUserSession - " +
+                        QString::number(settings.MaxLargeFileRequest) + u'/' +
+                        QString::number(settings.MaxUserSession));
+    }
+}
+
+void serve(QCoreApplication& application, const QString& baseDirectory) {
+    const GatewaySettings& settings = GatewaySettings::instance();
+    QThreadPool::globalInstance()->setMaxThreadCount(settings.MaxUserSession);
+    TcpServer server(&application, baseDirectory + kDocumentRoot);
+    if (!server.listen(QHostAddress::AnyIPv4, static_cast<quint16>(settings.Port))) {
+        failStart(u"failed to tcp server listening:" + server.errorString());
+    }
+    QCoreApplication::exec();
+}
+
+} // namespace
+
+Outcome runGateway(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    QSharedMemory guard;
+    try {
+        takeGuard(guard);
+        if (argc != kArguments) {
+            failStart(u"The arguments must be three"_s);
+        }
+        if (!platform::shellFoldersAvailable()) {
+            return Outcome::Failed; // without a word: there is no log yet
+        }
+        const QString baseDirectory =
+            platform::commonApplicationDataFolder() + u'/' + platform::kProductFolder;
+        const bool primary = isPrimary(argv[2]);
+        loadSettings(settingsPath(argv[1]), primary);
+        logStart(argumentText(argc, argv));
+        serve(application, baseDirectory);
+        logEnd(argumentText(argc, argv), kSuccess);
+        Logger::shutDownLog();
+        return Outcome::Stopped;
+    } catch (const GatewayException& exception) {
+        Logger::logError(exception.message());
+        switch (exception.kind()) {
+        case GatewayException::Fatal:
+            logEnd(argumentText(argc, argv), kFailure);
+            Logger::shutDownLog();
+            return Outcome::Failed;
+        case GatewayException::DuplicateInstance:
+            Logger::shutDownLog();
+            return Outcome::DuplicateInstance;
+        default:
+            return Outcome::Stopped;
+        }
+    }
+}
+
+} // namespace quorin

@@ -1,0 +1,41 @@
+#include "server/queue_watcher.h"
+
+#include "config/gateway_exception.h"
+#include "config/gateway_settings.h"
+#include "log/application_logger.h"
+#include "server/polling.h"
+#include "server/request_queue.h"
+#include "worker/worker.h"
+
+#include <QThreadPool>
+
+using namespace Qt::StringLiterals;
+
+QueueWatcher::QueueWatcher(QThreadPool* pool, quorin::RequestQueue* queue)
+    : pool_(pool), queue_(queue) {}
+
+QueueWatcher::~QueueWatcher() {
+    Stop();
+    wait();
+}
+
+void QueueWatcher::run() {
+    stopRequested_ = false;
+    do {
+        startWaitingWorkers();
+        quorin::pause(queue_->isEmpty() ? quorin::kIdlePoll : quorin::kBusyPoll);
+    } while (!stopRequested_);
+}
+
+void QueueWatcher::startWaitingWorkers() {
+    const int limit = GatewaySettings::instance().MaxUserSession;
+    while (!queue_->isEmpty() && pool_->activeThreadCount() < limit) {
+        std::unique_ptr<Worker> worker = queue_->takeFirst();
+        if (pool_->tryStart(worker.get())) {
+            static_cast<void>(worker.release()); // the pool deletes it
+        } else {
+            QuorinGatewayApplicationLogger::logError(
+                quorin::endMessage(u"fail to start worker thread"_s));
+        }
+    }
+}

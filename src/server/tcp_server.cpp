@@ -1,0 +1,155 @@
+#include "server/tcp_server.h"
+
+#include "config/gateway_exception.h"
+#include "config/gateway_settings.h"
+#include "log/application_logger.h"
+#include "platform/control_pipe.h"
+#include "server/control_channel.h"
+#include "server/polling.h"
+#include "server/queue_watcher.h"
+#include "server/refusal.h"
+#include "server/thread_pool_watcher.h"
+#include "worker/tls_configuration.h"
+
+#include <QCoreApplication>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QThreadPool>
+
+#include <chrono>
+#include <cstddef>
+
+using namespace quorin;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Logger = QuorinGatewayApplicationLogger;
+
+// Passes of kIdlePoll after which a watcher that does not end is terminated.
+constexpr int kStopPasses = 11;
+
+} // namespace
+
+TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
+    : application_(application) {
+    const GatewaySettings& settings = GatewaySettings::instance();
+    surroundings_.documentRoot = documentRoot;
+    surroundings_.communicationScheme =
+        communicationSchemeOf(settings.RootUrl, settings.IsEnabledHttpInFacility);
+    logReplyScheme();
+    logListeningMode();
+    if (settings.HttpsEnabled) {
+        loadCertificate();
+    }
+
+    const QString pipe = kControlPipeName.toString();
+    localServer_ = std::make_unique<QLocalServer>();
+    platform::prepareControlPipe(*localServer_, pipe);
+    connect(localServer_.get(), &QLocalServer::newConnection, this,
+            &TcpServer::LocalServerNewConnection);
+    queueWatcher_ = std::make_unique<QueueWatcher>(QThreadPool::globalInstance(), &requestQueue_);
+    queueWatcher_->start(QThread::InheritPriority);
+    openControlChannel();
+}
+
+TcpServer::~TcpServer() {
+    cleanUp();
+    // A worker started at the last moment still reads what the server shares.
+    QThreadPool::globalInstance()->waitForDone();
+}
+
+void TcpServer::logReplyScheme() const {
+    Logger::logInfo(u"Replying communication scheme for WebAPI - " +
+                    schemeText(surroundings_.communicationScheme));
+}
+
+void TcpServer::logListeningMode() const {
+    const QStringView mode =
+        GatewaySettings::instance().HttpsEnabled ? u"SSL(https)" : u"Non-SSL(http)";
+    Logger::logInfo(u"Listens - " + mode + u" requests.");
+}
+
+void TcpServer::loadCertificate() {
+    surroundings_.tls = tlsConfiguration(QSslCertificate(), QSslKey());
+}
+
+void TcpServer::openControlChannel() {
+    const QString pipe = kControlPipeName.toString();
+    if (!attemptPatiently([&] { return localServer_->listen(pipe); })) {
+        throw GatewayException(GatewayException::Fatal,
+                               endMessage(QString(u"failed to local socket server listening:" +
+                                                  localServer_->errorString())),
+                               false);
+    }
+    threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&surroundings_.quitRequested,
+                                                             QThreadPool::globalInstance());
+    connect(threadPoolWatcher_.get(), &ThreadPoolWatcher::Satisfied, this,
+            &TcpServer::QuitWatcherSatisfied);
+    threadPoolWatcher_->start(QThread::InheritPriority);
+}
+
+void TcpServer::incomingConnection(qintptr socketDescriptor) {
+    auto worker = std::make_unique<Worker>(socketDescriptor, surroundings_);
+    const GatewaySettings& settings = GatewaySettings::instance();
+    const std::size_t load =
+        static_cast<std::size_t>(QThreadPool::globalInstance()->activeThreadCount()) +
+        requestQueue_.size();
+    if (!settings.IsMadeClientRequestWaited &&
+        load >= static_cast<std::size_t>(settings.MaxUserSession)) {
+        refuseConnection(worker->releaseDescriptor());
+        Logger::logError(endMessage(QString(u"too many tcp connection arrived MaxUserSession:" +
+                                            QString::number(settings.MaxUserSession))));
+        return;
+    }
+    requestQueue_.append(std::move(worker));
+}
+
+void TcpServer::LocalServerNewConnection() {
+    const std::unique_ptr<QLocalSocket> controller(localServer_->nextPendingConnection());
+    if (!controller) {
+        return;
+    }
+    controller->waitForReadyRead(
+        static_cast<int>(std::chrono::milliseconds(kCommandTimeout).count()));
+    const QByteArray received = controller->readAll();
+    const QByteArrayView command(received.constData()); // up to the first NUL
+    if (command == kQuitCommand) {
+        Logger::logInfo(u"quit command recieved"_s);
+        close();
+        surroundings_.quitRequested = true;
+    }
+}
+
+void TcpServer::QuitWatcherSatisfied() {
+    cleanUp();
+    application_->exit(0);
+}
+
+// A watcher must not be deleted while its thread runs; one that does not end in time is
+// terminated.
+void TcpServer::stopWatchers() {
+    const auto isRunning = [](const QThread& watcher) { return watcher.isRunning(); };
+    for (int pass = 0; isRunning(*threadPoolWatcher_) || isRunning(*queueWatcher_); ++pass) {
+        if (pass == kStopPasses) {
+            threadPoolWatcher_->terminate();
+            queueWatcher_->terminate();
+            break;
+        }
+        pause(kIdlePoll);
+        threadPoolWatcher_->Stop();
+        queueWatcher_->Stop();
+    }
+}
+
+void TcpServer::cleanUp() {
+    if (threadPoolWatcher_ && queueWatcher_) {
+        stopWatchers();
+    }
+    threadPoolWatcher_.reset();
+    queueWatcher_.reset();
+    requestQueue_.clear();
+    localServer_.reset();
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QThread>
+
+#include <atomic>
+
+class QThreadPool;
+
+// The thread that waits, once quitting was requested, until the pool has no active thread. It
+// looks every 100 ms.
+class ThreadPoolWatcher : public QThread {
+    Q_OBJECT
+
+public:
+    // Both outlive the watcher.
+    ThreadPoolWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool);
+    // Stops the thread and waits for it.
+    ~ThreadPoolWatcher() override;
+
+    void run() override;
+
+    // Asks the thread to end after its current sleep; returns at once. From any thread.
+    void Stop() { stopRequested_ = true; }
+
+Q_SIGNALS:
+    // Emitted once, on the watcher's thread, when it ends: the pool is idle after a quit, or
+    // somebody asked it to stop.
+    void Satisfied();
+
+private:
+    [[nodiscard]] bool isQuitComplete() const;
+
+    const std::atomic<bool>* quitFlag_;
+    QThreadPool* pool_;
+    std::atomic<bool> stopRequested_ = false;
+};
