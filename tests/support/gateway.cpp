@@ -1,0 +1,110 @@
+#include "support/gateway.h"
+
+#include "server/control_channel.h"
+#include "support/deadline.h"
+
+#include <QLocalSocket>
+#include <QProcessEnvironment>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+
+namespace {
+
+constexpr int kPatienceMs = int(std::chrono::milliseconds(kPatience).count());
+
+QString folderOf(LogLibrary log) {
+    switch (log) {
+    case LogLibrary::Stub:
+        return QStringLiteral(QUORIN_STUB_FOLDER);
+    case LogLibrary::StubWithoutLog:
+        return QStringLiteral(QUORIN_STUB_WITHOUT_LOG_FOLDER);
+    case LogLibrary::StubWithoutSetUp:
+        return QStringLiteral(QUORIN_STUB_WITHOUT_SET_UP_FOLDER);
+    case LogLibrary::None:
+        break;
+    }
+    return QStringLiteral(QUORIN_EMPTY_FOLDER);
+}
+
+} // namespace
+
+Gateway::Gateway(const Site& site, LogLibrary log) : site_(site) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"QUORIN_COMMON_APPDATA"_s, site.appDataPath(QString()).chopped(1));
+    environment.insert(u"QUORIN_STUB_LOG"_s, site.recordPath());
+    environment.insert(u"TMPDIR"_s, site.temporaryPath());
+    environment.insert(u"LD_LIBRARY_PATH"_s,
+                       folderOf(log) + u':' + QStringLiteral(QUORIN_BARE_FOLDER));
+    process_.setProcessEnvironment(environment);
+}
+
+Gateway::~Gateway() {
+    kill();
+    const QByteArray errors = errorOutput();
+    if (!errors.isEmpty()) {
+        std::fprintf(stderr, "gateway: %s\n", errors.constData());
+    }
+}
+
+void Gateway::setEnvironment(const QString& name, const QString& value) {
+    QProcessEnvironment environment = process_.processEnvironment();
+    environment.insert(name, value);
+    process_.setProcessEnvironment(environment);
+}
+
+void Gateway::start() {
+    startWith({site_.settingsPath(), u"primary"_s});
+}
+
+void Gateway::startWith(const QStringList& arguments) {
+    startProcess(QStringLiteral(QUORIN_TEST_HOST), arguments);
+}
+
+void Gateway::startProgram(const QStringList& arguments) {
+    startProcess(QStringLiteral(QUORIN_PROGRAM), arguments);
+}
+
+void Gateway::startProcess(const QString& program, const QStringList& arguments) {
+    process_.start(program, arguments);
+    ASSERT_TRUE(process_.waitForStarted(kPatienceMs)) << process_.errorString().toStdString();
+}
+
+std::optional<int> Gateway::stop() {
+    command("quit");
+    return waitForExit();
+}
+
+void Gateway::command(const QByteArray& command) {
+    QLocalSocket pipe;
+    // Where a pipe is a file, its place hangs on the process's own temporary folder.
+    const QString name = QStringLiteral(QUORIN_PIPE_IS_FILE) == u"1" ? site_.pipePath()
+                                                                     : kControlPipeName.toString();
+    ASSERT_TRUE(waitUntil([&] {
+        pipe.connectToServer(name);
+        return pipe.waitForConnected(kPatienceMs);
+    })) << pipe.errorString().toStdString();
+    pipe.write(command);
+    ASSERT_TRUE(pipe.waitForBytesWritten(kPatienceMs));
+    pipe.disconnectFromServer();
+}
+
+std::optional<int> Gateway::waitForExit() {
+    if (process_.state() != QProcess::NotRunning && !process_.waitForFinished(kPatienceMs)) {
+        return std::nullopt;
+    }
+    return process_.exitStatus() == QProcess::NormalExit ? std::optional(process_.exitCode())
+                                                         : std::nullopt;
+}
+
+void Gateway::kill() {
+    if (process_.state() != QProcess::NotRunning) {
+        process_.kill();
+        process_.waitForFinished(kPatienceMs);
+    }
+}
+
+} // namespace quorin::test

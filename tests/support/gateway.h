@@ -1,0 +1,53 @@
+#pragma once
+
+#include "support/site.h"
+
+#include <QProcess>
+#include <QStringList>
+
+#include <optional>
+
+namespace quorin::test {
+
+// Which logging library the gateway finds.
+enum class LogLibrary { Stub, StubWithoutLog, StubWithoutSetUp, None };
+
+// The gateway library in a process of its own, on a site's data. Killed with the object.
+class Gateway {
+public:
+    explicit Gateway(const Site& site, LogLibrary log = LogLibrary::Stub);
+    ~Gateway();
+
+    // Calls the library's entry function with the arguments a host would pass; the plain form is
+    // the site's settings file and "primary".
+    void start();
+    void startWith(const QStringList& arguments);
+    // Starts the program quorin-gateway instead.
+    void startProgram(const QStringList& arguments);
+
+    // Tells the gateway to stop, waits for its end and returns its exit code.
+    [[nodiscard]] std::optional<int> stop();
+
+    // Writes `command` to the control pipe, once somebody listens there.
+    void command(const QByteArray& command);
+
+    // Waits for the end; no code when it does not come, or came by a signal.
+    [[nodiscard]] std::optional<int> waitForExit();
+
+    [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
+    void kill();
+    [[nodiscard]] qint64 processId() const { return process_.processId(); }
+    [[nodiscard]] QByteArray errorOutput() { return process_.readAllStandardError(); }
+    [[nodiscard]] QByteArray output() { return process_.readAllStandardOutput(); }
+
+    // For the environment beyond what the site sets; before the start.
+    void setEnvironment(const QString& name, const QString& value);
+
+private:
+    void startProcess(const QString& program, const QStringList& arguments);
+
+    const Site& site_;
+    QProcess process_;
+};
+
+} // namespace quorin::test

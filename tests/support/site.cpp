@@ -1,0 +1,119 @@
+#include "support/site.h"
+
+#include "platform/folders.h"
+#include "server/control_channel.h"
+#include "support/deadline.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QTcpServer>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+
+namespace {
+
+// The stub's escapes taken back.
+QString unescaped(const QString& field) {
+    QString text;
+    for (qsizetype i = 0; i < field.size(); ++i) {
+        if (field.at(i) != u'\\') {
+            text += field.at(i);
+            continue;
+        }
+        const QChar letter = field.at(++i);
+        text += letter == u'n' ? QChar(u'\n') : letter == u't' ? QChar(u'\t') : letter;
+    }
+    return text;
+}
+
+QByteArray contentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void store(const QString& path, const QByteArray& content) {
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    ASSERT_EQ(file.write(content), content.size());
+}
+
+} // namespace
+
+quint16 freePort() {
+    // Below the range that systems hand out by themselves, so that nobody comes in between.
+    for (;;) {
+        const auto port = quint16(QRandomGenerator::global()->bounded(15000, 32000));
+        QTcpServer probe;
+        if (probe.listen(QHostAddress::AnyIPv4, port)) {
+            return port;
+        }
+    }
+}
+
+Site::Site() {
+    QDir().mkpath(temporaryPath());
+    QDir().mkpath(stagingPath(QString()));
+    QDir().mkpath(rootPath(u"fwfiles"_s));
+}
+
+void Site::writeSettings(Settings settings) {
+    if (settings.Port == "0") {
+        port_ = freePort();
+        settings.Port = QByteArray::number(port_);
+    }
+    store(settingsPath(), settings.toXml());
+}
+
+QString Site::appDataPath(const QString& relative) const {
+    return path(u"appdata/"_s + relative);
+}
+
+QString Site::rootPath(const QString& relative) const {
+    return appDataPath(u"Vemo/Quorin5/QuorinGatewayHttp/wwwroot/"_s + relative);
+}
+
+QString Site::stagingPath(const QString& fileName) const {
+    return appDataPath(u"Vemo/Quorin5/QuorinGatewayApp/NotificationTmp/"_s + fileName);
+}
+
+void Site::writeFile(const QString& relative, const QByteArray& content) const {
+    store(rootPath(relative), content);
+}
+
+QByteArray Site::readFile(const QString& relative) const {
+    return contentOf(rootPath(relative));
+}
+
+QString Site::pipePath() const {
+    return temporaryPath() + u'/' + kControlPipeName;
+}
+
+QStringList Site::record() const {
+    QStringList lines = QString::fromUtf8(contentOf(recordPath())).split(u'\n');
+    lines.removeLast(); // behind the last line feed
+    return lines;
+}
+
+QStringList Site::logged() const {
+    const QString call = u"log\thandle\tGW\t"_s;
+    QStringList lines;
+    for (const QString& line : record()) {
+        if (line.startsWith(call)) {
+            lines.append(unescaped(line.mid(call.size()).replace(1, 1, u" "_s)));
+        }
+    }
+    return lines;
+}
+
+bool Site::waitUntilLogged(const QString& line, int times) const {
+    return waitUntil([&] { return logged().count(line) >= times; });
+}
+
+} // namespace quorin::test
