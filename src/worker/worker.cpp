@@ -51,9 +51,12 @@ std::chrono::milliseconds connectionTimeout() {
 // Takes in what the client has sent and nobody will read. To close over unread bytes would reset
 // the connection, and the client could lose the end of its reply.
 void discardUnread(QSslSocket& socket) {
-    qint64 discarded = socket.skip(socket.bytesAvailable());
-    while (discarded < kRequestLimit && socket.waitForReadyRead(0)) {
+    qint64 discarded = 0;
+    while (socket.state() == QAbstractSocket::ConnectedState && discarded < kRequestLimit) {
         discarded += socket.skip(socket.bytesAvailable());
+        if (!socket.waitForReadyRead(0)) {
+            break;
+        }
     }
 }
 

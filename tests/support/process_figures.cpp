@@ -1,0 +1,43 @@
+#include "support/process_figures.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace quorin::test {
+
+namespace {
+
+// The number behind `field` in a status file of the process; 0 when it is not there.
+qint64 statusNumber(const QByteArray& status, const QByteArray& field) {
+    const QByteArray label = "\n" + field + ":";
+    const qsizetype place = status.indexOf(label);
+    if (place < 0) {
+        return 0;
+    }
+    const qsizetype begin = place + label.size();
+    return status.mid(begin, status.indexOf('\n', begin) - begin)
+        .simplified()
+        .split(' ')
+        .constFirst()
+        .toLongLong();
+}
+
+} // namespace
+
+std::optional<ProcessFigures> processFigures(qint64 processId) {
+    const QString folder = QStringLiteral("/proc/") + QString::number(processId);
+    QFile file(folder + QStringLiteral("/status"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    const QByteArray status = file.readAll();
+    ProcessFigures figures;
+    figures.residentBytes = statusNumber(status, "RssAnon") * 1024;
+    figures.threads = int(statusNumber(status, "Threads"));
+    figures.descriptors = int(QDir(folder + QStringLiteral("/fd"))
+                                  .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+                                  .size());
+    return figures;
+}
+
+} // namespace quorin::test
