@@ -1,13 +1,14 @@
 // quorin-gateway: starts and stops the gateway.
 
+#include "control.h"
 #include "platform/shared_library.h"
-#include "server/control_channel.h"
+#include "platform/termination.h"
 
 #include <QCoreApplication>
-#include <QLocalSocket>
+#include <QThread>
 
-#include <chrono>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,11 +29,28 @@ constexpr const char* kHelp =
     "stop   tells the gateway that runs on this machine to finish what it serves and\n"
     "       to stop; exit code 0 when it was told, 1 when no gateway listens\n"
     "\n"
+    "A gateway that is interrupted (Ctrl-C, SIGTERM) stops as if it was told to; when\n"
+    "it is interrupted again it ends at once.\n"
+    "\n"
     "Errors of the run are in the gateway's log.\n";
 
 int complainOfUsage(const std::string& what) {
     std::fprintf(stderr, "quorin-gateway: %s; try 'quorin-gateway --help'\n", what.c_str());
     return kWrongUsage;
+}
+
+// The first request to end the process stops its gateway, which first finishes what it serves. A
+// second one, or one that comes before the gateway listens for commands, ends the process at once.
+bool stopOnTermination() {
+    static bool isStopping = false;
+    if (isStopping) {
+        return false;
+    }
+    const std::unique_ptr<QThread> thread(
+        QThread::create([] { isStopping = quorin::tellToStop(quorin::Gateway::OfThisProcess); }));
+    thread->start();
+    thread->wait();
+    return isStopping;
 }
 
 int run(char* program, char* settings, char* group) {
@@ -44,25 +62,17 @@ int run(char* program, char* settings, char* group) {
                      platform::gatewayLibraryName(), platform::SharedLibrary::lastError());
         return kNotDone;
     }
+    const platform::TerminationWatch watch(stopOnTermination);
     std::vector<char*> arguments{program, settings, group, nullptr};
     return mainFunc(static_cast<int>(arguments.size() - 1), arguments.data());
 }
 
 int stop(int argc, char** argv) {
-    constexpr std::chrono::milliseconds patience = std::chrono::seconds(5);
     const QCoreApplication application(argc, argv);
-    QLocalSocket pipe;
-    pipe.connectToServer(quorin::kControlPipeName.toString(), QIODevice::WriteOnly);
-    if (!pipe.waitForConnected(patience.count())) {
+    if (!quorin::tellToStop(quorin::Gateway::Any)) {
         std::fprintf(stderr, "quorin-gateway: no gateway listens for commands on this machine\n");
         return kNotDone;
     }
-    pipe.write(quorin::kQuitCommand.data(), quorin::kQuitCommand.size());
-    if (!pipe.waitForBytesWritten(patience.count())) {
-        std::fprintf(stderr, "quorin-gateway: the gateway did not take the command\n");
-        return kNotDone;
-    }
-    pipe.disconnectFromServer();
     return kOk;
 }
 

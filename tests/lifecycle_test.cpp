@@ -442,6 +442,48 @@ TEST_F(ProgramTest, runsTheGatewayUntilStopTellsItToEnd) {
     EXPECT_EQ(site_.logged().last(), endLine(arguments(u"secondary"_s), u"Success"_s));
 }
 
+TEST_F(ProgramTest, anInterruptedGatewayFinishesWhatItServesAndStops) {
+    site_.writeFile(u"fwfiles/large.bin"_s, QByteArray(16 * 1024 * 1024, 'x'));
+    Gateway gateway(site_);
+    gateway.startProgram({u"run"_s, site_.settingsPath(), u"primary"_s});
+    Client client(site_.port());
+    client.limitReadAhead(4096);
+    client.send(get("/fwfiles/large.bin"));
+    const QByteArray begin = client.read(4096);
+    gateway.interrupt();
+    ASSERT_TRUE(site_.waitUntilLogged(u"3 quit command recieved"_s));
+    client.limitReadAhead(0);
+    EXPECT_GT(begin.size() + client.readToEnd().size(), 16 * 1024 * 1024);
+    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_EQ(site_.logged().last(), endLine(arguments(), u"Success"_s));
+}
+
+TEST_F(ProgramTest, aGatewayInterruptedTwiceEndsAtOnce) {
+    site_.writeFile(u"fwfiles/large.bin"_s, QByteArray(16 * 1024 * 1024, 'x'));
+    Gateway gateway(site_);
+    gateway.startProgram({u"run"_s, site_.settingsPath(), u"primary"_s});
+    Client client(site_.port());
+    client.limitReadAhead(4096);
+    client.send(get("/fwfiles/large.bin"));
+    EXPECT_EQ(client.read(4096).size(), 4096);
+    gateway.interrupt();
+    ASSERT_TRUE(site_.waitUntilLogged(u"3 quit command recieved"_s));
+    gateway.interrupt();
+    EXPECT_EQ(gateway.waitForExit(), std::nullopt) << "ended by the signal";
+}
+
+TEST_F(ProgramTest, oneInterruptedWhileItWaitsForAnotherLeavesThatOneAlone) {
+    Gateway first(site_);
+    first.start();
+    EXPECT_TRUE(Client(site_.port()).isConnected());
+    Gateway second(site_);
+    second.startProgram({u"run"_s, site_.settingsPath(), u"primary"_s});
+    second.interrupt();
+    EXPECT_EQ(second.waitForExit(), std::nullopt);
+    EXPECT_EQ(exchange(site_.port(), get("/api/x")), "HTTP/1.1 500 Internal Server Error\r\n\r\n");
+    EXPECT_EQ(first.stop(), 0);
+}
+
 TEST_F(ProgramTest, exitsAsTheGatewayDoes) {
     QFile::remove(site_.settingsPath());
     EXPECT_EQ(run({u"run"_s, site_.settingsPath(), u"primary"_s}), 1);

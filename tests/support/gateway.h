@@ -36,6 +36,8 @@ public:
 
     [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
     void kill();
+    // Asks the process to end, as the system's shutdown does.
+    void interrupt() { process_.terminate(); }
     [[nodiscard]] qint64 processId() const { return process_.processId(); }
     [[nodiscard]] QByteArray errorOutput() { return process_.readAllStandardError(); }
     [[nodiscard]] QByteArray output() { return process_.readAllStandardOutput(); }

@@ -1,0 +1,29 @@
+#include "control.h"
+
+#include "platform/control_pipe.h"
+#include "server/control_channel.h"
+
+#include <QLocalSocket>
+
+#include <chrono>
+
+namespace quorin {
+
+bool tellToStop(Gateway gateway) {
+    constexpr std::chrono::milliseconds patience = std::chrono::seconds(5);
+    constexpr int patienceMs = static_cast<int>(patience.count());
+    QLocalSocket pipe;
+    pipe.connectToServer(kControlPipeName.toString(), QIODevice::WriteOnly);
+    if (!pipe.waitForConnected(patienceMs)) {
+        return false;
+    }
+    if (gateway == Gateway::OfThisProcess && !platform::isServedByThisProcess(pipe)) {
+        return false;
+    }
+    pipe.write(kQuitCommand.data(), kQuitCommand.size());
+    const bool written = pipe.waitForBytesWritten(patienceMs);
+    pipe.disconnectFromServer();
+    return written;
+}
+
+} // namespace quorin

@@ -1,0 +1,32 @@
+#include "platform/control_pipe.h"
+
+#include <QCoreApplication>
+#include <QLocalServer>
+#include <QLocalSocket>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace platform {
+namespace {
+
+TEST(ControlPipeTest, aServerOfThisProcessIsKnownAsSuch) {
+    const QString name =
+        u"\\\\.\\pipe\\QUORIN_PIPE_TEST_%1"_s.arg(QCoreApplication::applicationPid());
+    QLocalServer server;
+    prepareControlPipe(server, name);
+    ASSERT_TRUE(server.listen(name)) << server.errorString().toStdString();
+    QLocalSocket client;
+    client.connectToServer(name);
+    ASSERT_TRUE(client.waitForConnected(5000)) << client.errorString().toStdString();
+    EXPECT_TRUE(isServedByThisProcess(client));
+}
+
+TEST(ControlPipeTest, withoutAConnectionNobodyServes) {
+    const QLocalSocket client;
+    EXPECT_FALSE(isServedByThisProcess(client));
+}
+
+} // namespace
+} // namespace platform
