@@ -1,10 +1,71 @@
 #pragma once
 
+#include <QByteArrayView>
+
+#include <algorithm>
 #include <cstddef>
+#include <initializer_list>
+#include <memory>
+#include <utility>
 
 namespace platform {
 
 // Overwrites `size` bytes at `memory` with zeros in a way that no optimiser leaves out.
 void wipe(void* memory, std::size_t size) noexcept;
+
+// Bytes that nobody may find in memory later: wiped before they are freed. Never copied by itself
+// and never grown, since both would leave copies behind.
+class SecretBytes {
+public:
+    SecretBytes() = default;
+    // `size` zero bytes, for somebody to write into.
+    explicit SecretBytes(std::size_t size)
+        : bytes_(size != 0 ? std::make_unique<char[]>(size) : nullptr), size_(size) {}
+    ~SecretBytes() { truncate(0); }
+
+    SecretBytes(SecretBytes&& other) noexcept
+        : bytes_(std::move(other.bytes_)), size_(std::exchange(other.size_, 0)) {}
+    SecretBytes& operator=(SecretBytes&& other) noexcept {
+        std::swap(bytes_, other.bytes_);
+        std::swap(size_, other.size_);
+        return *this;
+    }
+    SecretBytes(const SecretBytes&) = delete;
+    SecretBytes& operator=(const SecretBytes&) = delete;
+
+    // A copy of `parts`, one behind the other.
+    [[nodiscard]] static SecretBytes joined(std::initializer_list<QByteArrayView> parts) {
+        std::size_t size = 0;
+        for (const QByteArrayView part : parts) {
+            size += static_cast<std::size_t>(part.size());
+        }
+        SecretBytes whole(size);
+        char* end = whole.data();
+        for (const QByteArrayView part : parts) {
+            end = std::copy(part.begin(), part.end(), end);
+        }
+        return whole;
+    }
+
+    [[nodiscard]] char* data() noexcept { return bytes_.get(); }
+    [[nodiscard]] std::size_t size() const noexcept { return size_; }
+    [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
+    // Valid as long as the bytes are neither truncated, moved nor gone.
+    [[nodiscard]] QByteArrayView view() const noexcept {
+        return {bytes_.get(), static_cast<qsizetype>(size_)};
+    }
+
+    // Keeps the first `size` bytes, of which there are at least as many; wipes the others.
+    void truncate(std::size_t size) noexcept {
+        if (size < size_) {
+            wipe(bytes_.get() + size, size_ - size);
+            size_ = size;
+        }
+    }
+
+private:
+    std::unique_ptr<char[]> bytes_;
+    std::size_t size_ = 0;
+};
 
 } // namespace platform
