@@ -1,0 +1,49 @@
+#include "cert/pem.h"
+
+#include "log/application_logger.h"
+
+#include <QLatin1StringView>
+#include <QString>
+
+namespace quorin {
+
+namespace {
+
+using Logger = QuorinGatewayApplicationLogger;
+
+// Empty for a type that has none.
+QLatin1StringView labelOf(PemType type) {
+    switch (type) {
+    case PemType::Certificate:
+        return QLatin1StringView("CERTIFICATE");
+    case PemType::PrivateKey:
+        return QLatin1StringView("PRIVATE KEY");
+    }
+    return {};
+}
+
+} // namespace
+
+platform::SecretBytes toPem(QByteArrayView bytes, PemType type,
+                            const platform::CertificateSystem& system) {
+    const QLatin1StringView label = labelOf(type);
+    if (label.isEmpty()) {
+        return {};
+    }
+    const auto base64 = system.toBase64(bytes);
+    switch (base64.outcome) {
+    case platform::Outcome::NoSize:
+        Logger::logError(u"Failed to get base64 string size for " + label + u'.');
+        return {};
+    case platform::Outcome::NoData:
+        Logger::logError(u"Failed to get base64 string data for " + label + u'.');
+        return {};
+    case platform::Outcome::Complete:
+        break;
+    }
+    const QByteArrayView labelBytes(label.data(), label.size());
+    return platform::SecretBytes::joined({"-----BEGIN ", labelBytes, "-----\n", base64.value.view(),
+                                          "-----END ", labelBytes, "-----\n"});
+}
+
+} // namespace quorin

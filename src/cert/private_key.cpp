@@ -1,0 +1,73 @@
+#include "cert/private_key.h"
+
+#include "log/application_logger.h"
+
+#include <QString>
+#include <QStringView>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin {
+
+namespace {
+
+using Logger = QuorinGatewayApplicationLogger;
+
+struct AlgorithmGroup {
+    QStringView name;
+    QSsl::KeyAlgorithm algorithm;
+};
+
+constexpr std::array<AlgorithmGroup, 5> kAlgorithmGroups{{
+    {u"RSA", QSsl::Rsa},
+    {u"DH", QSsl::Dh},
+    {u"DSA", QSsl::Dsa},
+    {u"ECDH", QSsl::Ec},
+    {u"ECDSA", QSsl::Ec},
+}};
+
+QSsl::KeyAlgorithm algorithmOfGroup(const QString& name) {
+    const auto found =
+        std::find_if(kAlgorithmGroups.begin(), kAlgorithmGroups.end(),
+                     [&name](const AlgorithmGroup& group) { return group.name == name; });
+    return found != kAlgorithmGroups.end() ? found->algorithm : QSsl::Opaque;
+}
+
+} // namespace
+
+ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
+    const auto handle = certificate.acquirePrivateKey();
+    if (!handle) {
+        Logger::logWarn(u"Failed to get crypt provider handle."_s);
+        return {};
+    }
+    ExportedKey key;
+    key.keyBytes = handle->exportPkcs8();
+    if (key.ok()) {
+        key.algorithm = keyAlgorithm(*handle);
+    } else {
+        Logger::logWarn(u"Failed to export private key."_s);
+    }
+    return key;
+}
+
+QSsl::KeyAlgorithm keyAlgorithm(const platform::KeyHandle& key) {
+    const auto group = key.algorithmGroup();
+    switch (group.outcome) {
+    case platform::Outcome::NoSize:
+        Logger::logError(u"Failed to get property size. Set key Algorithm to OPAQUE"_s);
+        return QSsl::Opaque;
+    case platform::Outcome::NoData:
+        Logger::logError(u"Failed to get property data. Set key Algorithm to OPAQUE"_s);
+        return QSsl::Opaque;
+    case platform::Outcome::Complete:
+        break;
+    }
+    Logger::logInfo(u"Key Algorithm is " + group.value + u'.');
+    return algorithmOfGroup(group.value);
+}
+
+} // namespace quorin

@@ -1,0 +1,69 @@
+#include "platform/unix/file_content.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace platform {
+
+namespace {
+
+class FileDescriptor {
+public:
+    // Without waiting for the writer of a pipe that stands under that name.
+    explicit FileDescriptor(const std::string& path)
+        : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    ~FileDescriptor() {
+        if (descriptor_ != -1) {
+            ::close(descriptor_);
+        }
+    }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    [[nodiscard]] int get() const noexcept { return descriptor_; }
+
+private:
+    int descriptor_;
+};
+
+// Reads until `bytes` is full or the file ends; false when the system fails.
+bool readInto(SecretBytes& bytes, int descriptor) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t got = ::read(descriptor, bytes.data() + done, bytes.size() - done);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            return false;
+        }
+        if (got == 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(got);
+    }
+    bytes.truncate(done);
+    return true;
+}
+
+} // namespace
+
+std::optional<FileContent> readFile(const std::string& path, std::size_t largestSize) {
+    const FileDescriptor file(path);
+    struct stat status {};
+    if (file.get() == -1 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        static_cast<std::size_t>(status.st_size) > largestSize) {
+        return std::nullopt;
+    }
+    FileContent content{SecretBytes(static_cast<std::size_t>(status.st_size)),
+                        (status.st_mode & S_IROTH) != 0};
+    if (!readInto(content.bytes, file.get())) {
+        return std::nullopt;
+    }
+    return content;
+}
+
+} // namespace platform

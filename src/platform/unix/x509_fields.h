@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+
+#include <openssl/x509.h>
+
+#include <string>
+#include <vector>
+
+// What a certificate says, in the words of platform/certificate_store.h. Names are UTF-8.
+namespace platform {
+
+[[nodiscard]] std::vector<std::string> dnsNamesOf(const X509& certificate);
+[[nodiscard]] std::string displayNameOf(const X509& certificate);
+[[nodiscard]] QDateTime notBeforeOf(const X509& certificate);
+[[nodiscard]] QDateTime notAfterOf(const X509& certificate);
+[[nodiscard]] QByteArray serialNumberOf(const X509& certificate);
+[[nodiscard]] QByteArray derOf(const X509& certificate);
+
+} // namespace platform
