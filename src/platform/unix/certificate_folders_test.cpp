@@ -1,0 +1,283 @@
+#include "platform/unix/certificate_folders.h"
+
+#include "certificates/test_certificate.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <stdexcept>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace platform {
+namespace {
+
+using quorin::test::CertificateText;
+using quorin::test::KeyKind;
+using quorin::test::selfSigned;
+using quorin::test::TestKey;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr mode_t kForOwnerAndGroup = 0640;
+constexpr mode_t kForAll = 0644;
+
+// One key for those tests that need any.
+const TestKey& anyKey() {
+    static const TestKey key;
+    return key;
+}
+
+QByteArray certificateNamed(const std::string& name, const TestKey& key = anyKey()) {
+    CertificateText text;
+    text.subject = {{"CN", name}};
+    return selfSigned(key, text);
+}
+
+class CertificateFoldersTest : public testing::Test {
+protected:
+    CertificateFoldersTest() {
+        if (!QDir(folder_.path()).mkdir(u"My"_s)) {
+            throw std::runtime_error("no folder for the store");
+        }
+    }
+
+    // The bytes of the path of `name` in the store "My".
+    QByteArray path(const char* name) const {
+        return QFile::encodeName(folder_.filePath(u"My/"_s)) + name;
+    }
+
+    void write(const char* name, const QByteArray& bytes, mode_t mode = kForOwnerAndGroup) {
+        std::ofstream file(path(name).constData(), std::ios::binary | std::ios::trunc);
+        file.write(bytes.data(), bytes.size());
+        file.close();
+        ASSERT_TRUE(file.good());
+        ASSERT_EQ(chmod(path(name).constData(), mode), 0);
+    }
+
+    std::unique_ptr<CertificateStore> openStore() const { return folders_.openStore(u"My"); }
+
+    std::vector<std::string> namesInStore() const {
+        std::vector<std::string> names;
+        const auto store = openStore();
+        while (const auto certificate = store->next()) {
+            names.push_back(certificate->displayName());
+        }
+        return names;
+    }
+
+    // Of the first certificate in the store.
+    std::unique_ptr<Certificate> certificate() const { return openStore()->next(); }
+    QByteArray exportedKey() const {
+        const auto owner = certificate();
+        const auto key = owner->acquirePrivateKey();
+        return key ? key->exportPkcs8().view().toByteArray() : QByteArray();
+    }
+    bool hasKey() const { return certificate()->acquirePrivateKey() != nullptr; }
+
+    QTemporaryDir folder_;
+    CertificateFolders folders_{folder_.path()};
+};
+
+TEST_F(CertificateFoldersTest, aStoreWithoutItsFolderCannotBeOpened) {
+    EXPECT_FALSE(folders_.openStore(u"WebHosting"));
+    QFile file(folder_.filePath(u"WebHosting"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_FALSE(folders_.openStore(u"WebHosting"));
+    EXPECT_TRUE(folders_.openStore(u"My"));
+}
+
+TEST_F(CertificateFoldersTest, anEmptyFolderIsAnEmptyStore) {
+    EXPECT_THAT(namesInStore(), IsEmpty());
+}
+
+TEST_F(CertificateFoldersTest, aStoreAtItsEndStaysThere) {
+    write("one.pem", certificateNamed("one"));
+    const auto store = openStore();
+    EXPECT_TRUE(store->next());
+    EXPECT_FALSE(store->next());
+    EXPECT_FALSE(store->next());
+}
+
+TEST_F(CertificateFoldersTest, certificatesComeInTheByteOrderOfTheFileNames) {
+    write("a.b.pem", certificateNamed("5"));
+    write("\xff.pem", certificateNamed("9"));
+    write("b.pem", certificateNamed("7"));
+    write("9.pem", certificateNamed("2"));
+    write("a.pem", certificateNamed("6"));
+    write("B.pem", certificateNamed("3"));
+    write("\xc3\xa4.pem", certificateNamed("8"));
+    write("10.pem", certificateNamed("1"));
+    write("a-b.pem", certificateNamed("4"));
+    EXPECT_THAT(namesInStore(), ElementsAre("1", "2", "3", "4", "5", "6", "7", "8", "9"));
+}
+
+TEST_F(CertificateFoldersTest, onlyFilesNamedSoAreCertificates) {
+    write("no.crt", certificateNamed("crt"));
+    write("no.PEM", certificateNamed("PEM"));
+    write("no.pem.old", certificateNamed("old"));
+    write("pem", certificateNamed("pem"));
+    write(".pem", certificateNamed("without a name"));
+    write("yes.pem", certificateNamed("yes"));
+    EXPECT_THAT(namesInStore(), ElementsAre("yes"));
+}
+
+TEST_F(CertificateFoldersTest, whatHoldsNoCertificateIsPassedOver) {
+    write("a.pem", "");
+    write("b.pem", "garbage");
+    write("c.pem", certificateNamed("cut off").chopped(50));
+    write("d.pem", anyKey().pkcs8Pem());
+    write("e.pem", QByteArray(kLargestPemFile, '\n') + certificateNamed("in a huge file"));
+    ASSERT_EQ(mkdir(path("f.pem").constData(), 0700), 0);
+    ASSERT_EQ(mkfifo(path("g.pem").constData(), 0600), 0);
+    ASSERT_EQ(symlink("nowhere", path("h.pem").constData()), 0);
+    write("z.pem", certificateNamed("the one"));
+    EXPECT_THAT(namesInStore(), ElementsAre("the one"));
+}
+
+TEST_F(CertificateFoldersTest, aFileThatGoesWhileTheStoreIsReadIsPassedOver) {
+    write("a.pem", certificateNamed("a"));
+    write("b.pem", certificateNamed("b"));
+    const auto store = openStore();
+    ASSERT_EQ(unlink(path("a.pem").constData()), 0);
+    EXPECT_EQ(store->next()->displayName(), "b");
+}
+
+TEST_F(CertificateFoldersTest, linksAreFollowed) {
+    write("elsewhere", certificateNamed("linked"));
+    ASSERT_EQ(symlink("elsewhere", path("link.pem").constData()), 0);
+    EXPECT_THAT(namesInStore(), ElementsAre("linked"));
+}
+
+TEST_F(CertificateFoldersTest, aCertificateMayBeReadableByAll) {
+    write("one.pem", certificateNamed("one"), kForAll);
+    write("one.key", anyKey().pkcs8Pem());
+    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+}
+
+TEST_F(CertificateFoldersTest, aCertificateOutlivesItsStore) {
+    CertificateText text;
+    text.alternativeNames = "DNS:one.example";
+    text.serialNumber = "AB0001";
+    const QByteArray pem = selfSigned(anyKey(), text);
+    write("one.pem", pem + anyKey().pkcs8Pem());
+    const auto one = certificate();
+    EXPECT_THAT(one->dnsNames(), ElementsAre("one.example"));
+    EXPECT_EQ(one->displayName(), "localhost");
+    EXPECT_EQ(one->notBefore().toSecsSinceEpoch(), text.notBefore.time_since_epoch().count());
+    EXPECT_EQ(one->notAfter().toSecsSinceEpoch(), text.notAfter.time_since_epoch().count());
+    EXPECT_EQ(one->serialNumber(), QByteArray::fromHex("0100ab"));
+    EXPECT_EQ(one->der(), quorin::test::decoded(pem));
+    EXPECT_TRUE(one->acquirePrivateKey());
+}
+
+TEST_F(CertificateFoldersTest, theKeyStandsInTheSameFile) {
+    write("one.pem", anyKey().pkcs8Pem() + certificateNamed("one"));
+    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+}
+
+TEST_F(CertificateFoldersTest, theKeyStandsInTheFileBeside) {
+    for (const KeyKind kind : {KeyKind::Rsa, KeyKind::EcP256, KeyKind::EcP384, KeyKind::Ed25519}) {
+        const TestKey key(kind);
+        write("one.pem", certificateNamed("one", key));
+        write("one.key", key.pkcs8Pem());
+        EXPECT_EQ(exportedKey(), key.pkcs8Der());
+        if (kind != KeyKind::Ed25519) { // which has no traditional form
+            write("one.key", key.traditionalPem());
+            EXPECT_EQ(exportedKey(), key.pkcs8Der());
+        }
+    }
+}
+
+TEST_F(CertificateFoldersTest, aKeyTellsItsGroupOfAlgorithms) {
+    write("one.pem", certificateNamed("one"));
+    write("one.key", anyKey().pkcs8Pem());
+    const auto owner = certificate();
+    const auto group = owner->acquirePrivateKey()->algorithmGroup();
+    EXPECT_EQ(group.outcome, Outcome::Complete);
+    EXPECT_EQ(group.value, u"ECDSA"_s);
+}
+
+TEST_F(CertificateFoldersTest, aCertificateMayBeWithoutAKey) {
+    write("one.pem", certificateNamed("one"));
+    EXPECT_FALSE(hasKey());
+    write("two.key", anyKey().pkcs8Pem());
+    EXPECT_FALSE(hasKey());
+    write("one.key", "garbage");
+    EXPECT_FALSE(hasKey());
+    write("one.key", QByteArray(kLargestPemFile, '\n') + anyKey().pkcs8Pem());
+    EXPECT_FALSE(hasKey());
+}
+
+TEST_F(CertificateFoldersTest, aKeyOfAnotherCertificateIsNone) {
+    const TestKey other;
+    write("one.pem", certificateNamed("one"));
+    write("one.key", other.pkcs8Pem());
+    EXPECT_FALSE(hasKey());
+    write("one.pem", other.pkcs8Pem() + certificateNamed("one"));
+    EXPECT_FALSE(hasKey());
+    write("one.key", anyKey().pkcs8Pem());
+    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+}
+
+TEST_F(CertificateFoldersTest, aKeyThatAllMayReadIsNotLetOut) {
+    write("one.pem", certificateNamed("one"));
+    write("one.key", anyKey().pkcs8Pem(), kForAll);
+    EXPECT_TRUE(hasKey());
+    EXPECT_TRUE(exportedKey().isEmpty());
+    write("one.key", anyKey().pkcs8Pem(), kForOwnerAndGroup);
+    ASSERT_EQ(chmod(path("one.key").constData(), kForOwnerAndGroup), 0);
+    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+}
+
+TEST_F(CertificateFoldersTest, aKeyInACertificatesFileThatAllMayReadIsNotLetOut) {
+    write("one.pem", certificateNamed("one") + anyKey().pkcs8Pem(), kForAll);
+    EXPECT_TRUE(hasKey());
+    EXPECT_TRUE(exportedKey().isEmpty());
+}
+
+TEST_F(CertificateFoldersTest, anEncryptedKeyIsNotLetOutAndHasNoGroup) {
+    write("one.pem", certificateNamed("one"));
+    for (const QByteArray& pem :
+         {anyKey().encryptedPkcs8Pem(), anyKey().encryptedTraditionalPem()}) {
+        write("one.key", pem);
+        const auto owner = certificate();
+        const auto key = owner->acquirePrivateKey();
+        ASSERT_TRUE(key);
+        EXPECT_TRUE(key->exportPkcs8().empty());
+        EXPECT_EQ(key->algorithmGroup().outcome, Outcome::NoSize);
+    }
+}
+
+TEST_F(CertificateFoldersTest, nowIsInUtc) {
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    const QDateTime now = folders_.currentTime();
+    EXPECT_EQ(now.timeSpec(), Qt::UTC);
+    EXPECT_LE(before, now);
+    EXPECT_LE(now, QDateTime::currentDateTimeUtc());
+}
+
+TEST_F(CertificateFoldersTest, bytesAreEncodedInBase64) {
+    const auto text = folders_.toBase64("abc");
+    EXPECT_EQ(text.outcome, Outcome::Complete);
+    EXPECT_EQ(text.value.view(), "YWJj\r\n");
+}
+
+TEST_F(CertificateFoldersTest, theMachinesStoresLieBelowTheProductsFolder) {
+    qputenv("QUORIN_COMMON_APPDATA", folder_.path().toUtf8());
+    EXPECT_FALSE(localMachineCertificates().openStore(u"WebHosting"));
+    ASSERT_TRUE(QDir(folder_.path()).mkpath(u"Vemo/Quorin5/certificates/WebHosting"_s));
+    EXPECT_TRUE(localMachineCertificates().openStore(u"WebHosting"));
+    EXPECT_FALSE(localMachineCertificates().openStore(u"My"));
+    qunsetenv("QUORIN_COMMON_APPDATA");
+}
+
+} // namespace
+} // namespace platform

@@ -1,0 +1,78 @@
+#include "platform/unix/file_content.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace platform {
+namespace {
+
+class FileContentTest : public testing::Test {
+protected:
+    std::string path() const { return folder_.filePath(u"file"_s).toStdString(); }
+
+    void write(const QByteArray& bytes, mode_t mode = 0600) {
+        QFile file(QString::fromStdString(path()));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+        file.close();
+        ASSERT_EQ(chmod(path().c_str(), mode), 0);
+    }
+
+private:
+    QTemporaryDir folder_;
+};
+
+TEST_F(FileContentTest, aFileIsReadAsItIs) {
+    const QByteArray bytes("one\r\ntwo\0three", 14);
+    write(bytes);
+    const auto file = readFile(path(), 100);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->bytes.view(), bytes);
+}
+
+TEST_F(FileContentTest, anEmptyFileHoldsNothing) {
+    write("");
+    const auto file = readFile(path(), 0);
+    ASSERT_TRUE(file);
+    EXPECT_TRUE(file->bytes.empty());
+}
+
+TEST_F(FileContentTest, aFileAboveTheLargestSizeIsNotRead) {
+    write(QByteArray(100, 'x'));
+    EXPECT_TRUE(readFile(path(), 100));
+    EXPECT_FALSE(readFile(path(), 99));
+}
+
+TEST_F(FileContentTest, onlyTheRightOfOthersToReadMakesAFileOpenToAll) {
+    for (const mode_t mode : {0600u, 0640u, 0660u, 0400u, 0662u}) {
+        write("x", mode);
+        EXPECT_FALSE(readFile(path(), 1)->isOpenToAll) << std::oct << mode;
+        ASSERT_EQ(chmod(path().c_str(), 0600), 0);
+    }
+    for (const mode_t mode : {0604u, 0644u, 0666u, 0404u}) {
+        write("x", mode);
+        EXPECT_TRUE(readFile(path(), 1)->isOpenToAll) << std::oct << mode;
+        ASSERT_EQ(chmod(path().c_str(), 0600), 0);
+    }
+}
+
+TEST_F(FileContentTest, whatIsNoRegularFileIsNotRead) {
+    EXPECT_FALSE(readFile(path(), 100));
+    ASSERT_EQ(mkdir(path().c_str(), 0700), 0);
+    EXPECT_FALSE(readFile(path(), 100));
+    EXPECT_FALSE(readFile("/dev/null", 100));
+}
+
+TEST_F(FileContentTest, aPipeWithoutAWriterIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
+    EXPECT_FALSE(readFile(path(), 100));
+}
+
+} // namespace
+} // namespace platform

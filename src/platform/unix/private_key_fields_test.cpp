@@ -1,0 +1,47 @@
+#include "platform/unix/private_key_fields.h"
+
+#include "certificates/test_certificate.h"
+#include "platform/unix/pem_text.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace platform {
+namespace {
+
+using quorin::test::KeyKind;
+using quorin::test::selfSigned;
+using quorin::test::TestKey;
+
+TEST(PrivateKeyFieldsTest, theGroupOfAlgorithmsHasTheNameThatWindowsGivesIt) {
+    EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::Rsa).get()), u"RSA"_s);
+    EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::Dsa).get()), u"DSA"_s);
+    EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::EcP256).get()), u"ECDSA"_s);
+    EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::EcP384).get()), u"ECDSA"_s);
+}
+
+TEST(PrivateKeyFieldsTest, aKeyOfAnyOtherGroupHasTheNameOfItsKind) {
+    EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::Ed25519).get()), u"ED25519"_s);
+}
+
+TEST(PrivateKeyFieldsTest, everyKindOfKeyIsExported) {
+    for (const KeyKind kind :
+         {KeyKind::Rsa, KeyKind::Dsa, KeyKind::EcP256, KeyKind::EcP384, KeyKind::Ed25519}) {
+        const TestKey key(kind);
+        EXPECT_EQ(pkcs8Of(*key.get()).view(), key.pkcs8Der());
+    }
+}
+
+TEST(PrivateKeyFieldsTest, aKeyBelongsToTheCertificateThatHoldsItsPublicHalf) {
+    const TestKey key(KeyKind::EcP256);
+    const X509Pointer certificate = firstCertificate(selfSigned(key));
+    EXPECT_TRUE(isKeyOf(*certificate, *key.get()));
+    ERR_clear_error();
+    EXPECT_FALSE(isKeyOf(*certificate, *TestKey(KeyKind::EcP256).get()));
+    EXPECT_FALSE(isKeyOf(*certificate, *TestKey(KeyKind::Rsa).get()));
+    EXPECT_EQ(ERR_peek_error(), 0u);
+}
+
+} // namespace
+} // namespace platform

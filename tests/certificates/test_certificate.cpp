@@ -1,0 +1,167 @@
+#include "certificates/test_certificate.h"
+
+#include <openssl/bio.h>
+#include <openssl/bn.h>
+#include <openssl/dsa.h>
+#include <openssl/ec.h>
+#include <openssl/err.h>
+#include <openssl/pem.h>
+#include <openssl/x509.h>
+#include <openssl/x509v3.h>
+
+#include <ctime>
+#include <stdexcept>
+
+namespace quorin::test {
+
+namespace {
+
+template<auto Free>
+struct Deleter {
+    template<typename Object>
+    void operator()(Object* object) const {
+        Free(object);
+    }
+};
+
+template<typename Object, auto Free>
+using Owned = std::unique_ptr<Object, Deleter<Free>>;
+
+// A test cannot go on without what it asked for.
+void require(bool done) {
+    if (!done) {
+        throw std::runtime_error(ERR_error_string(ERR_get_error(), nullptr));
+    }
+}
+
+EVP_PKEY* dsaKey() {
+    const Owned<EVP_PKEY_CTX, EVP_PKEY_CTX_free> parameters(
+        EVP_PKEY_CTX_new_id(EVP_PKEY_DSA, nullptr));
+    EVP_PKEY* made = nullptr;
+    require(EVP_PKEY_paramgen_init(parameters.get()) == 1 &&
+            EVP_PKEY_CTX_set_dsa_paramgen_bits(parameters.get(), 1024) == 1 &&
+            EVP_PKEY_paramgen(parameters.get(), &made) == 1);
+    const Owned<EVP_PKEY, EVP_PKEY_free> domain(made);
+    const Owned<EVP_PKEY_CTX, EVP_PKEY_CTX_free> generator(EVP_PKEY_CTX_new(domain.get(), nullptr));
+    made = nullptr;
+    require(EVP_PKEY_keygen_init(generator.get()) == 1 &&
+            EVP_PKEY_keygen(generator.get(), &made) == 1);
+    return made;
+}
+
+EVP_PKEY* newKey(KeyKind kind) {
+    switch (kind) {
+    case KeyKind::Rsa:
+        return EVP_RSA_gen(2048);
+    case KeyKind::Dsa:
+        return dsaKey();
+    case KeyKind::EcP256:
+        return EVP_EC_gen("P-256");
+    case KeyKind::EcP384:
+        return EVP_EC_gen("P-384");
+    case KeyKind::Ed25519:
+        return EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519");
+    }
+    return nullptr;
+}
+
+// What `write` puts into a memory BIO.
+template<typename Write>
+QByteArray written(Write write) {
+    const Owned<BIO, BIO_free_all> bio(BIO_new(BIO_s_mem()));
+    require(write(bio.get()) == 1);
+    char* data = nullptr;
+    const long size = BIO_get_mem_data(bio.get(), &data);
+    return {data, size};
+}
+
+std::time_t secondsOf(std::chrono::sys_seconds time) {
+    return time.time_since_epoch().count();
+}
+
+constexpr char kPassPhrase[] = "a pass phrase";
+
+} // namespace
+
+TestKey::TestKey(KeyKind kind) : key_(newKey(kind)) {
+    require(key_ != nullptr);
+}
+
+QByteArray TestKey::pkcs8Der() const {
+    return written([this](BIO* bio) {
+        return i2d_PKCS8PrivateKey_bio(bio, get(), nullptr, nullptr, 0, nullptr, nullptr);
+    });
+}
+
+QByteArray TestKey::pkcs8Pem() const {
+    return written([this](BIO* bio) {
+        return PEM_write_bio_PKCS8PrivateKey(bio, get(), nullptr, nullptr, 0, nullptr, nullptr);
+    });
+}
+
+QByteArray TestKey::traditionalPem() const {
+    return written([this](BIO* bio) {
+        return PEM_write_bio_PrivateKey_traditional(bio, get(), nullptr, nullptr, 0, nullptr,
+                                                    nullptr);
+    });
+}
+
+QByteArray TestKey::encryptedPkcs8Pem() const {
+    return written([this](BIO* bio) {
+        return PEM_write_bio_PKCS8PrivateKey(bio, get(), EVP_aes_128_cbc(), kPassPhrase,
+                                             sizeof kPassPhrase - 1, nullptr, nullptr);
+    });
+}
+
+QByteArray TestKey::encryptedTraditionalPem() const {
+    return written([this](BIO* bio) {
+        return PEM_write_bio_PrivateKey_traditional(
+            bio, get(), EVP_aes_128_cbc(), reinterpret_cast<const unsigned char*>(kPassPhrase),
+            sizeof kPassPhrase - 1, nullptr, nullptr);
+    });
+}
+
+std::chrono::sys_seconds CertificateText::thisSecond() {
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+}
+
+QByteArray selfSigned(const TestKey& key, const CertificateText& text) {
+    const Owned<X509, X509_free> certificate(X509_new());
+    X509* const made = certificate.get();
+    require(X509_set_version(made, X509_VERSION_3) == 1);
+
+    BIGNUM* number = nullptr;
+    require(BN_hex2bn(&number, text.serialNumber.c_str()) != 0);
+    const Owned<BIGNUM, BN_free> serialNumber(number);
+    require(BN_to_ASN1_INTEGER(number, X509_get_serialNumber(made)) != nullptr);
+
+    require(ASN1_TIME_set(X509_getm_notBefore(made), secondsOf(text.notBefore)) != nullptr);
+    require(ASN1_TIME_set(X509_getm_notAfter(made), secondsOf(text.notAfter)) != nullptr);
+
+    X509_NAME* const subject = X509_get_subject_name(made);
+    for (const auto& [name, value] : text.subject) {
+        require(X509_NAME_add_entry_by_txt(subject, name.c_str(), MBSTRING_UTF8,
+                                           reinterpret_cast<const unsigned char*>(value.data()),
+                                           static_cast<int>(value.size()), -1, 0) == 1);
+    }
+    require(X509_set_issuer_name(made, subject) == 1);
+    require(X509_set_pubkey(made, key.get()) == 1);
+
+    if (!text.alternativeNames.empty()) {
+        const Owned<X509_EXTENSION, X509_EXTENSION_free> extension(X509V3_EXT_conf_nid(
+            nullptr, nullptr, NID_subject_alt_name, text.alternativeNames.c_str()));
+        require(extension != nullptr && X509_add_ext(made, extension.get(), -1) == 1);
+    }
+
+    const bool hashesItself = EVP_PKEY_get_base_id(key.get()) == EVP_PKEY_ED25519;
+    require(X509_sign(made, key.get(), hashesItself ? nullptr : EVP_sha256()) > 0);
+    return written([made](BIO* bio) { return PEM_write_bio_X509(bio, made); });
+}
+
+QByteArray decoded(const QByteArray& pem) {
+    const qsizetype begin = pem.indexOf('\n') + 1;
+    const qsizetype end = pem.lastIndexOf("-----END");
+    return QByteArray::fromBase64(pem.mid(begin, end - begin));
+}
+
+} // namespace quorin::test
