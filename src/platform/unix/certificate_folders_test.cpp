@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -48,6 +49,9 @@ protected:
             throw std::runtime_error("no folder for the store");
         }
     }
+
+    // QTemporaryDir stumbles over file names that are not UTF-8.
+    ~CertificateFoldersTest() override { std::filesystem::remove_all(path("").toStdString()); }
 
     // The bytes of the path of `name` in the store "My".
     QByteArray path(const char* name) const {

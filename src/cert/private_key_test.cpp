@@ -1,0 +1,121 @@
+#include "cert/private_key.h"
+
+#include "cert/certificate_doubles.h"
+#include "stub_lumetrix/recorded_log.h"
+
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin {
+namespace {
+
+using platform::Outcome;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PrivateKeyTest : public testing::Test {
+protected:
+    ExportedKey exported(const std::optional<test::KeyPlan>& plan) {
+        test::CertificatePlan certificate;
+        certificate.key = plan;
+        return exportPrivateKey(test::CertificateDouble(certificate, borrowed_));
+    }
+
+    QSsl::KeyAlgorithm algorithmOf(const platform::TwoStepAnswer<QString>& group) {
+        return keyAlgorithm(test::KeyDouble({"key", group}, borrowed_));
+    }
+    QSsl::KeyAlgorithm algorithmOf(const QString& group) {
+        return algorithmOf({Outcome::Complete, group});
+    }
+
+    test::Borrowed borrowed_;
+    test::RecordedLog log_;
+};
+
+TEST_F(PrivateKeyTest, aKeyIsExportedWithItsAlgorithm) {
+    const ExportedKey key = exported(test::KeyPlan());
+    EXPECT_TRUE(key.ok());
+    EXPECT_EQ(key.keyBytes.view(), "key");
+    EXPECT_EQ(key.algorithm, QSsl::Rsa);
+    EXPECT_THAT(log_.lines(), ElementsAre("info: Key Algorithm is RSA."));
+    EXPECT_EQ(borrowed_.keys, 0);
+}
+
+TEST_F(PrivateKeyTest, withoutAHandleThereIsNoKey) {
+    const ExportedKey key = exported(std::nullopt);
+    EXPECT_FALSE(key.ok());
+    EXPECT_TRUE(key.keyBytes.empty());
+    EXPECT_EQ(key.algorithm, QSsl::Opaque);
+    EXPECT_THAT(log_.lines(), ElementsAre("warn: Failed to get crypt provider handle."));
+}
+
+TEST_F(PrivateKeyTest, aKeyThatTheSystemRefusesToExportIsNone) {
+    test::KeyPlan refused;
+    refused.pkcs8.clear();
+    const ExportedKey key = exported(refused);
+    EXPECT_FALSE(key.ok());
+    EXPECT_TRUE(key.keyBytes.empty());
+    EXPECT_EQ(key.algorithm, QSsl::Opaque);
+    EXPECT_THAT(log_.lines(), ElementsAre("warn: Failed to export private key."));
+    EXPECT_EQ(borrowed_.keys, 0);
+}
+
+TEST_F(PrivateKeyTest, aKeyOfAnUnknownAlgorithmIsExportedAllTheSame) {
+    test::KeyPlan plan;
+    plan.group = {};
+    const ExportedKey key = exported(plan);
+    EXPECT_TRUE(key.ok());
+    EXPECT_EQ(key.keyBytes.view(), "key");
+    EXPECT_EQ(key.algorithm, QSsl::Opaque);
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("error: Failed to get property size. Set key Algorithm to OPAQUE"));
+}
+
+TEST_F(PrivateKeyTest, withoutTheSizeOfTheGroupTheAlgorithmIsOpaque) {
+    EXPECT_EQ(algorithmOf({Outcome::NoSize, {}}), QSsl::Opaque);
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("error: Failed to get property size. Set key Algorithm to OPAQUE"));
+}
+
+TEST_F(PrivateKeyTest, withoutTheDataOfTheGroupTheAlgorithmIsOpaque) {
+    EXPECT_EQ(algorithmOf({Outcome::NoData, {}}), QSsl::Opaque);
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("error: Failed to get property data. Set key Algorithm to OPAQUE"));
+}
+
+TEST_F(PrivateKeyTest, everyGroupIsLoggedAndHasItsAlgorithm) {
+    EXPECT_EQ(algorithmOf(u"RSA"_s), QSsl::Rsa);
+    EXPECT_EQ(algorithmOf(u"DH"_s), QSsl::Dh);
+    EXPECT_EQ(algorithmOf(u"DSA"_s), QSsl::Dsa);
+    EXPECT_EQ(algorithmOf(u"ECDH"_s), QSsl::Ec);
+    EXPECT_EQ(algorithmOf(u"ECDSA"_s), QSsl::Ec);
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("info: Key Algorithm is RSA.", "info: Key Algorithm is DH.",
+                            "info: Key Algorithm is DSA.", "info: Key Algorithm is ECDH.",
+                            "info: Key Algorithm is ECDSA."));
+}
+
+TEST_F(PrivateKeyTest, aGroupIsComparedAsAWholeAndToTheLetter) {
+    for (const QString& group :
+         {u"rsa"_s, u"RSA "_s, u"ECDSA_P256"_s, u"EC"_s, u"ED25519"_s, QString(), u"%1"_s}) {
+        EXPECT_EQ(algorithmOf(group), QSsl::Opaque) << group.toStdString();
+    }
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("info: Key Algorithm is rsa.", "info: Key Algorithm is RSA .",
+                            "info: Key Algorithm is ECDSA_P256.", "info: Key Algorithm is EC.",
+                            "info: Key Algorithm is ED25519.", "info: Key Algorithm is .",
+                            "info: Key Algorithm is %1."));
+}
+
+TEST_F(PrivateKeyTest, theAlgorithmsHaveTheirNumbers) {
+    EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Opaque), 0u);
+    EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Rsa), 1u);
+    EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Dsa), 2u);
+    EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Ec), 3u);
+    EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Dh), 4u);
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+} // namespace
+} // namespace quorin

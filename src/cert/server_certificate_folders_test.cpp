@@ -1,0 +1,111 @@
+#include "cert/server_certificate.h"
+
+#include "certificates/test_certificate.h"
+#include "platform/unix/certificate_folders.h"
+#include "stub_lumetrix/recorded_log.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSslSocket>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin {
+namespace {
+
+using test::CertificateText;
+using test::KeyKind;
+using test::selfSigned;
+using test::TestKey;
+using testing::Contains;
+using testing::ElementsAre;
+
+// Real certificates in real folders, found and handed to the TLS layer.
+class ServerCertificateFoldersTest : public testing::Test {
+protected:
+    void write(const QString& name, const QByteArray& bytes) {
+        const QString path = folder_.filePath(name);
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+        ASSERT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    }
+
+    ServerCertificate find(const QByteArray& name) const {
+        return findServerCertificate(name, platform::CertificateFolders(folder_.path()));
+    }
+
+    QTemporaryDir folder_;
+    test::RecordedLog log_;
+};
+
+TEST_F(ServerCertificateFoldersTest, whatIsFoundIsWhatTlsUses) {
+    const struct {
+        KeyKind kind;
+        QSsl::KeyAlgorithm algorithm;
+        const char* line;
+    } cases[] = {{KeyKind::Rsa, QSsl::Rsa, "info: Key Algorithm is RSA."},
+                 {KeyKind::EcP256, QSsl::Ec, "info: Key Algorithm is ECDSA."},
+                 {KeyKind::EcP384, QSsl::Ec, "info: Key Algorithm is ECDSA."},
+                 {KeyKind::Dsa, QSsl::Dsa, "info: Key Algorithm is DSA."}};
+    for (const auto& [kind, algorithm, line] : cases) {
+        const TestKey key(kind);
+        const QByteArray pem = selfSigned(key);
+        write(u"My/server.pem"_s, pem);
+        write(u"My/server.key"_s, key.traditionalPem());
+        const ServerCertificate pair = find("LOCALHOST");
+        EXPECT_EQ(pair.first, QSslCertificate(pem));
+        EXPECT_FALSE(pair.first.isNull());
+        EXPECT_EQ(pair.second, QSslKey(key.pkcs8Pem(), algorithm));
+        EXPECT_FALSE(pair.second.isNull());
+        EXPECT_EQ(pair.second.algorithm(), algorithm);
+        EXPECT_THAT(log_.lines(), Contains(line));
+    }
+}
+
+TEST_F(ServerCertificateFoldersTest, aKeyOfAKindThatTlsCannotNameIsNull) {
+    const TestKey key(KeyKind::Ed25519);
+    write(u"My/server.pem"_s, selfSigned(key) + key.pkcs8Pem());
+    const ServerCertificate pair = find("localhost");
+    EXPECT_FALSE(pair.first.isNull());
+    EXPECT_TRUE(pair.second.isNull());
+    EXPECT_THAT(log_.lines(), Contains("info: Key Algorithm is ED25519."));
+}
+
+TEST_F(ServerCertificateFoldersTest, theWholeSearchIsLogged) {
+    const TestKey key;
+    CertificateText expired;
+    expired.notAfter = CertificateText::thisSecond() - std::chrono::seconds(2);
+    expired.serialNumber = "80";
+    CertificateText good;
+    good.alternativeNames = "DNS:gateway.example,DNS:localhost";
+    good.serialNumber = "AB0001";
+    write(u"My/1.pem"_s, "garbage");
+    write(u"My/2.pem"_s, selfSigned(key, expired) + key.pkcs8Pem());
+    write(u"My/3.pem"_s, selfSigned(key));
+    write(u"My/4.pem"_s, selfSigned(key) + key.encryptedPkcs8Pem());
+    write(u"My/5.pem"_s, selfSigned(key, good) + key.pkcs8Pem());
+    EXPECT_FALSE(find("localhost").second.isNull());
+    const char* const foundOne =
+        "info: Found certificate with a matching subject name (Serial Number - 01)";
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("info: Try to search server certificate that have this name as "
+                            "subject alternative names or common name. [localhost]",
+                            "error: Failed to open store (WebHosting).",
+                            "info: Found certificate with a matching subject name "
+                            "(Serial Number - 80)",
+                            "warn: This certificate expired.", foundOne,
+                            "warn: Failed to get crypt provider handle.", foundOne,
+                            "warn: Failed to export private key.",
+                            "info: Found certificate with a matching subject name "
+                            "(Serial Number - ab0001)",
+                            "info: Key Algorithm is ECDSA.",
+                            "info: Detect certificate for HTTPS server"));
+}
+
+} // namespace
+} // namespace quorin
