@@ -2,8 +2,8 @@
 
 #include "support/client.h"
 #include "support/deadline.h"
-#include "support/gateway.h"
-#include "support/site.h"
+#include "support/serving_test.h"
+#include "support/store.h"
 
 #include <QFile>
 #include <QLocalServer>
@@ -18,37 +18,17 @@ using namespace Qt::StringLiterals;
 namespace quorin::test {
 namespace {
 
-const QByteArray kPlain500 = "HTTP/1.1 500 Internal Server Error\r\n\r\n";
-
-class DownloadTest : public testing::Test {
+class DownloadTest : public ServingTest {
 protected:
-    void startGateway(const Settings& settings = {}) {
-        site_.writeSettings(settings);
-        gateway_.start();
-    }
-
-    QByteArray ask(const QByteArray& request) { return exchange(site_.port(), request); }
-
     // Header and body of a streamed file.
     static QByteArray streamed(const QByteArray& content) {
         return "HTTP/1.1 200\r\nContent-Length: " + QByteArray::number(content.size()) +
                "\r\nContent-Type: inode/directory\r\n\r\n" + content;
     }
-
-    QStringList stopAndReadHandlerLog() {
-        EXPECT_EQ(gateway_.stop(), 0);
-        QStringList logged = site_.logged();
-        logged.removeIf([](const QString& line) {
-            return line.contains(u"Worker::"_s) || line.startsWith(u"3 Quorin"_s) ||
-                   line.startsWith(u"3 Re"_s) || line.startsWith(u"3 Listens"_s) ||
-                   line.startsWith(u"3 MaxLarge"_s) || line.startsWith(u"3 quit"_s);
-        });
-        return logged;
-    }
-
-    Site site_;
-    Gateway gateway_{site_};
 };
+
+INSTANTIATE_TEST_SUITE_P(Transports, DownloadTest, testing::ValuesIn(transports()),
+                         TransportName());
 
 QByteArray patternOf(qsizetype size) {
     QByteArray bytes(size, Qt::Uninitialized);
@@ -58,7 +38,7 @@ QByteArray patternOf(qsizetype size) {
     return bytes;
 }
 
-TEST_F(DownloadTest, aFileIsStreamedBehindABareHeader) {
+TEST_P(DownloadTest, aFileIsStreamedBehindABareHeader) {
     site_.writeFile(u"fwfiles/a.zip"_s, "zip content");
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/a.zip")), streamed("zip content"));
@@ -66,7 +46,7 @@ TEST_F(DownloadTest, aFileIsStreamedBehindABareHeader) {
               (QStringList{u"2 Target file : a.zip"_s, u"2 GET fwfiles/a.zip - -  200 0"_s}));
 }
 
-TEST_F(DownloadTest, everyFolderBelowTheRootIsServed) {
+TEST_P(DownloadTest, everyFolderBelowTheRootIsServed) {
     site_.writeFile(u"patterns/p.xml"_s, "<p/>");
     site_.writeFile(u"plugins/deep/er/d.bin"_s, QByteArray("\0\1\2", 3));
     site_.writeFile(u"top.txt"_s, "top");
@@ -77,27 +57,33 @@ TEST_F(DownloadTest, everyFolderBelowTheRootIsServed) {
     EXPECT_EQ(ask("get //patterns//p.xml http/1.0\r\nHost: x\r\n\r\n"), streamed("<p/>"));
 }
 
-TEST_F(DownloadTest, anEmptyFileHasAHeaderAndNoBody) {
+TEST_P(DownloadTest, anEmptyFileHasAHeaderAndNoBody) {
     site_.writeFile(u"fwfiles/empty"_s, "");
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/empty")), streamed(""));
 }
 
-class ChunkTest : public DownloadTest, public testing::WithParamInterface<const char*> {};
-
-TEST_P(ChunkTest, theFileArrivesWholeWhateverTheChunk) {
+TEST_P(DownloadTest, theFileArrivesWholeWhateverTheChunk) {
     const QByteArray content = patternOf(1'000'003);
-    site_.writeFile(u"fwfiles/pattern"_s, content);
-    Settings settings;
-    settings.ThreadReadBufferSize = GetParam();
-    startGateway(settings);
-    EXPECT_TRUE(ask(get("/fwfiles/pattern")) == streamed(content));
+    for (const char* const chunk : {"0", "1000", "65536", "1000003", "1000004", "2147483647"}) {
+        Site site;
+        site.writeFile(u"fwfiles/pattern"_s, content);
+        Settings settings;
+        settings.ThreadReadBufferSize = chunk;
+        if (GetParam() == Transport::Tls) {
+            settings.HttpsEnabled = "true";
+            installCertificate(site, settings.GatewayAddress);
+        }
+        site.writeSettings(settings);
+        Gateway gateway(site);
+        gateway.start();
+        EXPECT_TRUE(exchange(site.port(), get("/fwfiles/pattern"), GetParam()) == streamed(content))
+            << chunk;
+        EXPECT_EQ(gateway.stop(), 0);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, ChunkTest,
-                         testing::Values("0", "1000", "65536", "1000003", "1000004", "2147483647"));
-
-TEST_F(DownloadTest, aTransferThatMayTakeNoTimeExpiresAtItsFirstChunk) {
+TEST_P(DownloadTest, aTransferThatMayTakeNoTimeExpiresAtItsFirstChunk) {
     site_.writeFile(u"fwfiles/a"_s, "content");
     Settings settings;
     settings.HTTPRequestTimeout = "0";
@@ -108,10 +94,10 @@ TEST_F(DownloadTest, aTransferThatMayTakeNoTimeExpiresAtItsFirstChunk) {
               (QStringList{u"2 Target file : a"_s, u"5 [End] requet expired"_s}));
 }
 
-TEST_F(DownloadTest, aPeerThatLeavesInMidStreamEndsTheTransfer) {
+TEST_P(DownloadTest, aPeerThatLeavesInMidStreamEndsTheTransfer) {
     site_.writeFile(u"fwfiles/large"_s, QByteArray(32 * 1024 * 1024, 'x'));
     startGateway();
-    Client client(site_.port());
+    Client client(site_.port(), GetParam());
     client.limitReadAhead(4096);
     client.send(get("/fwfiles/large"));
     EXPECT_EQ(client.read(4096).size(), 4096);
@@ -121,24 +107,24 @@ TEST_F(DownloadTest, aPeerThatLeavesInMidStreamEndsTheTransfer) {
               (QStringList{u"2 Target file : large"_s, u"5 [End] socket disconnected"_s}));
 }
 
-TEST_F(DownloadTest, aFileThatCannotBeOpenedGets500Twice) {
+TEST_P(DownloadTest, aFileThatCannotBeOpenedGets500Twice) {
     // A local socket exists, is no folder, and cannot be opened by anybody, whatever his rights.
     const QString path = site_.rootPath(u"fwfiles/socket"_s);
     QLocalServer socket;
     ASSERT_TRUE(socket.listen(path)) << socket.errorString().toStdString();
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/socket")), kPlain500 + kPlain500);
+    EXPECT_EQ(ask(get("/fwfiles/socket")), kReply500 + kReply500);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"2 Target file : socket"_s,
                            u"5 [End] failed to open " + path + u" for read."}));
 }
 
-TEST_F(DownloadTest, aReaderThatPausesBeforeTheEndStillGetsEveryByte) {
+TEST_P(DownloadTest, aReaderThatPausesBeforeTheEndStillGetsEveryByte) {
     const QByteArray content = patternOf(4 * 1024 * 1024);
     site_.writeFile(u"fwfiles/pattern"_s, content);
     startGateway();
-    Client client(site_.port());
-    client.limitReadAhead(1);
+    Client client(site_.port(), GetParam());
+    client.limitReadAhead(4096);
     client.send(get("/fwfiles/pattern"));
     const QByteArray expected = streamed(content);
     QByteArray received = client.read(expected.size() - 10);
@@ -148,11 +134,11 @@ TEST_F(DownloadTest, aReaderThatPausesBeforeTheEndStillGetsEveryByte) {
     EXPECT_TRUE(received == expected) << received.size();
 }
 
-TEST_F(DownloadTest, whatTheClientSendsMeanwhileTakesNothingFromItsReply) {
+TEST_P(DownloadTest, whatTheClientSendsMeanwhileTakesNothingFromItsReply) {
     const QByteArray content = patternOf(8 * 1024 * 1024);
     site_.writeFile(u"fwfiles/pattern"_s, content);
     startGateway();
-    Client client(site_.port());
+    Client client(site_.port(), GetParam());
     client.limitReadAhead(4096);
     client.send(get("/fwfiles/pattern"));
     QByteArray received = client.read(4096);
@@ -168,7 +154,7 @@ QByteArray wholeReply(const QByteArray& content, const QByteArray& type) {
            "\r\nContent-Type: " + type + "\r\n\r\n" + content;
 }
 
-TEST_F(DownloadTest, aNotificationIsSentWholeUnderItsLock) {
+TEST_P(DownloadTest, aNotificationIsSentWholeUnderItsLock) {
     site_.writeFile(u"notifications/n.json"_s, "{\"a\":1}");
     startGateway();
     EXPECT_EQ(ask(get("/notifications/n.json")), wholeReply("{\"a\":1}", "application/json"));
@@ -180,7 +166,7 @@ TEST_F(DownloadTest, aNotificationIsSentWholeUnderItsLock) {
     EXPECT_FALSE(QFile::exists(site_.stagingPath(u"n.json.lock"_s)));
 }
 
-TEST_F(DownloadTest, anyFolderOfThatNameHoldsNotificationsInItsExactSpelling) {
+TEST_P(DownloadTest, anyFolderOfThatNameHoldsNotificationsInItsExactSpelling) {
     site_.writeFile(u"fwfiles/notifications/n.txt"_s, "deep");
     site_.writeFile(u"Notifications/n.txt"_s, "capital");
     startGateway();
@@ -188,18 +174,18 @@ TEST_F(DownloadTest, anyFolderOfThatNameHoldsNotificationsInItsExactSpelling) {
     EXPECT_EQ(ask(get("/Notifications/n.txt")), streamed("capital"));
 }
 
-TEST_F(DownloadTest, anEmptyNotificationIsSent) {
+TEST_P(DownloadTest, anEmptyNotificationIsSent) {
     site_.writeFile(u"notifications/n.json"_s, "");
     startGateway();
     EXPECT_EQ(ask(get("/notifications/n.json")), wholeReply("", "application/json"));
 }
 
-TEST_F(DownloadTest, aLockHeldElsewhereIsWaitedForFiveTimes) {
+TEST_P(DownloadTest, aLockHeldElsewhereIsWaitedForFiveTimes) {
     site_.writeFile(u"notifications/n.json"_s, "{}");
     QLockFile lock(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(lock.tryLock());
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/n.json")), kPlain500 + kPlain500);
+    EXPECT_EQ(ask(get("/notifications/n.json")), kReply500 + kReply500);
     const QString path = site_.rootPath(u"notifications/n.json"_s);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"2 Target file : n.json"_s, u"2 notification file " + path,
@@ -211,42 +197,42 @@ TEST_F(DownloadTest, aLockHeldElsewhereIsWaitedForFiveTimes) {
     EXPECT_TRUE(QFile::exists(site_.stagingPath(u"n.json.lock"_s))) << "the holder keeps its lock";
 }
 
-TEST_F(DownloadTest, aLockReleasedMeanwhileIsTaken) {
+TEST_P(DownloadTest, aLockReleasedMeanwhileIsTaken) {
     site_.writeFile(u"notifications/n.json"_s, "{}");
     QLockFile lock(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(lock.tryLock());
     startGateway();
-    Client client(site_.port());
+    Client client(site_.port(), GetParam());
     client.send(get("/notifications/n.json"));
     ASSERT_TRUE(site_.waitUntilLogged(u"2 Failed to Lock (2/5)"_s));
     lock.unlock();
     EXPECT_EQ(client.readToEnd(), wholeReply("{}", "application/json"));
 }
 
-TEST_F(DownloadTest, withoutTheStagingFolderTheLockFails) {
+TEST_P(DownloadTest, withoutTheStagingFolderTheLockFails) {
     site_.writeFile(u"notifications/n.json"_s, "{}");
     ASSERT_TRUE(QDir(site_.stagingPath(QString())).removeRecursively());
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/n.json")), kPlain500 + kPlain500);
+    EXPECT_EQ(ask(get("/notifications/n.json")), kReply500 + kReply500);
     EXPECT_THAT(stopAndReadHandlerLog(), testing::Contains(u"5 Failed to Lock for \"" +
                                                            site_.stagingPath(u"n.json"_s) + u'"'));
 }
 
-TEST_F(DownloadTest, anExpiredNotificationGets500Once) {
+TEST_P(DownloadTest, anExpiredNotificationGets500Once) {
     site_.writeFile(u"notifications/n.json"_s, "{}");
     Settings settings;
     settings.HTTPRequestTimeout = "0";
     startGateway(settings);
-    EXPECT_EQ(ask(get("/notifications/n.json")), kPlain500);
+    EXPECT_EQ(ask(get("/notifications/n.json")), kReply500);
     EXPECT_THAT(stopAndReadHandlerLog(), testing::Contains(u"5 [End] request expired"_s));
 }
 
-TEST_F(DownloadTest, theManifestOfTheAddressAskedIsChosen) {
+TEST_P(DownloadTest, theManifestOfTheAddressAskedIsChosen) {
     site_.writeFile(u"update.json"_s, "general");
     site_.writeFile(u"update_127.0.0.2.json"_s, "of 127.0.0.2");
     startGateway();
     EXPECT_EQ(ask(get("/update.json")), streamed("general"));
-    Client client(site_.port(), Transport::Plain, QHostAddress(u"127.0.0.2"_s));
+    Client client(site_.port(), GetParam(), QHostAddress(u"127.0.0.2"_s));
     client.send(get("/update.json"));
     EXPECT_EQ(client.readToEnd(), streamed("of 127.0.0.2"));
     EXPECT_EQ(stopAndReadHandlerLog(),
@@ -258,12 +244,12 @@ TEST_F(DownloadTest, theManifestOfTheAddressAskedIsChosen) {
                   u"2 Target file : update_127.0.0.2.json"_s, u"2 GET update.json - -  200 0"_s}));
 }
 
-TEST_F(DownloadTest, aManifestMayExistForItsAddressAloneAndInAnyFolder) {
+TEST_P(DownloadTest, aManifestMayExistForItsAddressAloneAndInAnyFolder) {
     site_.writeFile(u"fwfiles/update_127.0.0.1.json"_s, "variant");
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/update.json")), streamed("variant"));
     EXPECT_EQ(ask(get("/patterns/update.json")),
-              "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n" + kPlain500);
+              "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n" + kReply500);
 }
 
 } // namespace

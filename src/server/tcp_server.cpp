@@ -1,5 +1,7 @@
 #include "server/tcp_server.h"
 
+#include "cert/certificate_name.h"
+#include "cert/server_certificate.h"
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
 #include "log/application_logger.h"
@@ -14,8 +16,6 @@
 #include <QCoreApplication>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QSslCertificate>
-#include <QSslKey>
 #include <QThreadPool>
 
 #include <chrono>
@@ -73,7 +73,11 @@ void TcpServer::logListeningMode() const {
 }
 
 void TcpServer::loadCertificate() {
-    surroundings_.tls = tlsConfiguration(QSslCertificate(), QSslKey());
+    const GatewaySettings& settings = GatewaySettings::instance();
+    const QByteArray name = chooseCertificateName(settings.OrganizationId, settings.RootUrl,
+                                                  settings.GatewayAddress);
+    const auto [certificate, privateKey] = findServerCertificate(name);
+    surroundings_.tls = tlsConfiguration(certificate, privateKey);
 }
 
 void TcpServer::openControlChannel() {

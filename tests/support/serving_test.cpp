@@ -1,0 +1,49 @@
+#include "support/serving_test.h"
+
+#include "support/store.h"
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+
+std::vector<Transport> transports() {
+    return canMakeCertificates() ? std::vector{Transport::Plain, Transport::Tls}
+                                 : std::vector{Transport::Plain};
+}
+
+void ServingTest::startGateway(Settings settings) {
+    if (GetParam() == Transport::Tls) {
+        settings.HttpsEnabled = "true";
+        installCertificate(site_, settings.GatewayAddress);
+    }
+    site_.writeSettings(settings);
+    gateway_.start();
+}
+
+QStringList ServingTest::stopAndReadLog() {
+    EXPECT_EQ(gateway_.stop(), 0);
+    QStringList logged = site_.logged();
+    logged = logged.mid(logged.indexOf(kRunStarts));
+    logged.removeIf([](const QString& line) {
+        return line == u"3 quit command recieved"_s ||
+               line.startsWith(u"3 Quorin Gateway Http Server End"_s);
+    });
+    return logged;
+}
+
+QStringList ServingTest::stopAndReadHandlerLog() {
+    QStringList logged = stopAndReadLog();
+    logged.removeIf([](const QString& line) { return line.contains(u"void __cdecl Worker::"_s); });
+    return logged;
+}
+
+QStringList ServingTest::logOfRequest(const QStringList& lines) {
+    return QStringList{kRunStarts, kReadStarts} + lines +
+           QStringList{kReadEnds, kRunEnds, kDisconnectStarts, kDisconnectEnds};
+}
+
+QString ServingTest::rooted(const QString& target) const {
+    return site_.rootPath(QString()).chopped(1) + target;
+}
+
+} // namespace quorin::test
