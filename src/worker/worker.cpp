@@ -78,6 +78,8 @@ Worker::Worker(qintptr socketDescriptor, const WorkerSurroundings& surroundings)
 Worker::~Worker() {
     if (context_.socket && context_.socket->isOpen()) {
         discardUnread(*context_.socket);
+        context_.socket->disconnectFromHost(); // bids farewell over TLS, which close() does not
+        context_.socket->flush();
         context_.socket->close();
     }
 }

@@ -1,0 +1,191 @@
+// TLS as others see it: the openssl and curl programs, and clients that misbehave.
+
+#include "support/client.h"
+#include "support/deadline.h"
+#include "support/serving_test.h"
+#include "support/store.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class HttpsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!canMakeCertificates()) {
+            GTEST_SKIP() << "the tests cannot put certificates into this system's store";
+        }
+    }
+
+    // With a certificate for "localhost", which openssl and curl trust.
+    void startGateway(Settings settings = {}) {
+        settings.HttpsEnabled = "true";
+        QFile file(authority_);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(installCertificate(site_, settings.GatewayAddress));
+        file.close();
+        site_.writeSettings(settings);
+        gateway_.start();
+        // Once it answers it listens.
+        EXPECT_EQ(exchange(site_.port(), get("/api/x"), Transport::Tls), kReply500);
+    }
+
+    // What the program prints, both outputs together, when given `input`.
+    static std::string run(const QString& program, const QStringList& arguments,
+                           const QByteArray& input = {}) {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(program, arguments);
+        EXPECT_TRUE(process.waitForStarted()) << program.toStdString();
+        process.write(input);
+        process.closeWriteChannel();
+        EXPECT_TRUE(process.waitForFinished(60'000)) << program.toStdString();
+        return process.readAll().toStdString();
+    }
+
+    std::string openssl(const QStringList& options, const QByteArray& input) const {
+        return run(u"openssl"_s,
+                   QStringList{u"s_client"_s, u"-connect"_s, u"localhost:%1"_s.arg(site_.port()),
+                               u"-CAfile"_s, authority_} +
+                       options,
+                   input);
+    }
+
+    std::string curl(const QString& host) const {
+        return run(u"curl"_s, {u"-sS"_s, u"--max-time"_s, u"30"_s, u"--cacert"_s, authority_,
+                               u"https://%1:%2/fwfiles/a"_s.arg(host).arg(site_.port())});
+    }
+
+    Site site_;
+    Gateway gateway_{site_};
+    QString authority_ = site_.appDataPath(u"../authority.pem"_s);
+};
+
+TEST_F(HttpsTest, theSearchForTheCertificateIsLoggedAtTheStart) {
+    startGateway();
+    EXPECT_EQ(gateway_.stop(), 0);
+    const QStringList logged = site_.logged();
+    EXPECT_EQ(logged.mid(3, 6),
+              (QStringList{
+                  u"3 Replying communication scheme for WebAPI - https"_s,
+                  u"3 Listens - SSL(https) requests."_s,
+                  u"3 Try to search server certificate that have this name as subject "
+                  u"alternative names or common name. [localhost]"_s,
+                  u"3 Found certificate with a matching subject name (Serial Number - 01)"_s,
+                  u"3 Key Algorithm is ECDSA."_s,
+                  u"3 Detect certificate for HTTPS server"_s,
+              }));
+}
+
+TEST_F(HttpsTest, withoutAStoreTheGatewayStartsAndSaysWhatIsMissing) {
+    Settings settings;
+    settings.HttpsEnabled = "true";
+    site_.writeSettings(settings);
+    gateway_.start();
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_THAT(site_.logged(), testing::IsSupersetOf({
+                                    u"5 Failed to open store (WebHosting)."_s,
+                                    u"5 Failed to open store (My)."_s,
+                                    u"5 Failed to find valid certificate."_s,
+                                }));
+}
+
+TEST_F(HttpsTest, onlyTls12AndTls13AreSpoken) {
+    startGateway();
+    const QByteArray request = get("/api/x");
+    // Old protocols only where the client's own policy lets them out at all.
+    const QString weakest = u"DEFAULT:@SECLEVEL=0"_s;
+    for (const QString& old : {u"-tls1"_s, u"-tls1_1"_s}) {
+        EXPECT_THAT(openssl({old, u"-cipher"_s, weakest, u"-ign_eof"_s}, request),
+                    HasSubstr("alert protocol version"))
+            << old.toStdString();
+    }
+    EXPECT_THAT(openssl({u"-tls1_2"_s, u"-ign_eof"_s}, request),
+                HasSubstr("HTTP/1.1 500 Internal Server Error"));
+    EXPECT_THAT(openssl({u"-tls1_3"_s, u"-ign_eof"_s}, request),
+                HasSubstr("HTTP/1.1 500 Internal Server Error"));
+}
+
+TEST_F(HttpsTest, weakCiphersAreNotToBeHad) {
+    startGateway();
+    for (const QString& weak : {u"aNULL"_s, u"eNULL"_s, u"EXPORT"_s, u"RC4"_s, u"3DES"_s}) {
+        const std::string shown = openssl(
+            {u"-tls1_2"_s, u"-cipher"_s, weak + u":@SECLEVEL=0", u"-ign_eof"_s}, get("/api/x"));
+        EXPECT_THAT(shown, Not(HasSubstr("HTTP/1.1"))) << weak.toStdString();
+    }
+}
+
+TEST_F(HttpsTest, theClientCannotRenegotiateAndNothingIsCompressed) {
+    startGateway();
+    const std::string shown = openssl({u"-tls1_2"_s}, "R\n");
+    EXPECT_THAT(shown, HasSubstr("RENEGOTIATING"));
+    EXPECT_THAT(shown, HasSubstr("no renegotiation"));
+    EXPECT_THAT(shown, HasSubstr("Compression: NONE"));
+}
+
+TEST_F(HttpsTest, everyReplyEndsWithTlsOwnFarewell) {
+    startGateway();
+    for (const QString& protocol : {u"-tls1_2"_s, u"-tls1_3"_s}) {
+        const std::string shown = openssl({protocol, u"-ign_eof"_s}, get("/fwfiles/none"));
+        EXPECT_THAT(shown, HasSubstr("HTTP/1.1 404 Not Found"));
+        EXPECT_THAT(shown, Not(HasSubstr("unexpected eof"))) << protocol.toStdString();
+    }
+}
+
+TEST_F(HttpsTest, curlAcceptsTheRightNameAndRefusesAnother) {
+    site_.writeFile(u"fwfiles/a"_s, "content over TLS");
+    startGateway();
+    EXPECT_EQ(curl(u"localhost"_s), "content over TLS");
+    EXPECT_THAT(curl(u"127.0.0.1"_s), HasSubstr("subject name"));
+}
+
+TEST_F(HttpsTest, aClientThatNeverSpeaksTlsEndsWithTheConnectionTimeout) {
+    Settings settings;
+    settings.ConnectionTimeout = "1";
+    startGateway(settings);
+    QElapsedTimer timer;
+    timer.start();
+    Client silent(site_.port());
+    EXPECT_EQ(silent.readToEnd(), "");
+    EXPECT_GE(timer.elapsed(), 1000);
+    EXPECT_TRUE(site_.waitUntilLogged(u"5 [End] connect timeout"_s));
+}
+
+TEST_F(HttpsTest, aClientThatStopsInMidHandshakeEndsWithTheConnectionTimeout) {
+    Settings settings;
+    settings.ConnectionTimeout = "1";
+    startGateway(settings);
+    Client client(site_.port());
+    client.send(QByteArray::fromHex("1603010200010001fc0303")); // the begin of a long client hello
+    EXPECT_EQ(client.readToEnd(), "");
+    EXPECT_TRUE(site_.waitUntilLogged(u"5 [End] connect timeout"_s));
+}
+
+TEST_F(HttpsTest, plainHttpAndGarbageEndWithoutAPlainAnswerAndStopNobodyElse) {
+    Settings settings;
+    settings.ConnectionTimeout = "2";
+    site_.writeFile(u"fwfiles/a"_s, "content");
+    startGateway(settings);
+    Client other(site_.port(), Transport::Tls);
+    for (const QByteArray& bytes : {get("/fwfiles/a"), QByteArray(5000, '\x16')}) {
+        Client client(site_.port());
+        client.send(bytes);
+        EXPECT_THAT(client.readToEnd().toStdString(), Not(HasSubstr("HTTP")));
+    }
+    other.send(get("/fwfiles/a"));
+    EXPECT_THAT(other.readToEnd().toStdString(), testing::EndsWith("\r\n\r\ncontent"));
+}
+
+} // namespace
+} // namespace quorin::test
