@@ -1,0 +1,116 @@
+#include "logger.h"
+
+#include "lumetrix.h"
+#include "output.h"
+#include "writer.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace lumetrix2 {
+namespace {
+
+/// Our numbers are those of spdlog plus one.
+spdlog::level::level_enum spdlogLevel(int level) {
+    static_assert(LUMETRIX_DEBUG == SPDLOG_LEVEL_DEBUG + 1);
+    static_assert(LUMETRIX_ERROR == SPDLOG_LEVEL_ERROR + 1);
+    const int known = std::clamp<int>(level, LUMETRIX_DEBUG, LUMETRIX_ERROR);
+    return static_cast<spdlog::level::level_enum>(known - 1);
+}
+
+/// What a level number must reach to be logged.
+int lowestNumber(int outputLevel) {
+    if (outputLevel <= LUMETRIX_DEBUG)
+        return std::numeric_limits<int>::min();
+    return std::min<int>(outputLevel, LUMETRIX_ERROR);
+}
+
+} // namespace
+
+Logger::Logger() = default;
+Logger::~Logger() = default;
+
+void Logger::start() {
+    const std::lock_guard lock(control_);
+    if (writer_)
+        return;
+    auto output = std::make_shared<Output>();
+    auto writer = std::make_unique<Writer>(output, Writer::kDefaultQueueLength);
+    output_ = std::move(output);
+    setWriter(std::move(writer));
+    lowestLevel_ = lowestNumber(LUMETRIX_DEBUG);
+}
+
+void Logger::release() {
+    const std::lock_guard lock(control_);
+    if (!writer_)
+        return;
+    lowestLevel_ = kOff;
+    setWriter(nullptr);
+    const auto output = std::exchange(output_, nullptr);
+    output->close();
+    output->giveUpHeldLines();
+}
+
+void Logger::setLevel(int level) {
+    const std::lock_guard lock(control_);
+    if (!writer_)
+        return;
+    lowestLevel_ = lowestNumber(level);
+    output_->set_level(spdlogLevel(level));
+}
+
+void Logger::setQueueLength(int lines) {
+    const std::lock_guard lock(control_);
+    if (writer_)
+        setWriter(std::make_unique<Writer>(output_, lines));
+}
+
+void Logger::setFile(const std::filesystem::path& directory,
+                     const std::filesystem::path& baseName) {
+    changeOutput([&](Output& output) { output.setFile(directory, baseName); });
+}
+
+void Logger::setRotation(const Rotation& rotation) {
+    changeOutput([&](Output& output) { output.setRotation(rotation); });
+}
+
+void Logger::setConsole(bool enabled) {
+    changeOutput([&](Output& output) { output.setConsole(enabled); });
+}
+
+void Logger::sync() {
+    changeOutput([](Output&) {});
+}
+
+void Logger::outputAll() {
+    changeOutput([](Output& output) { output.giveUpHeldLines(); });
+}
+
+void Logger::write(int level, std::string_view message) {
+    gateWanted_.wait(true);
+    const std::shared_lock inside(gate_);
+    if (writer_)
+        writer_->write(spdlogLevel(level), message);
+}
+
+void Logger::setWriter(std::unique_ptr<Writer> writer) {
+    gateWanted_ = true;
+    {
+        const std::lock_guard alone(gate_);
+        writer_ = std::move(writer);
+    }
+    gateWanted_ = false;
+    gateWanted_.notify_all();
+}
+
+template<typename Change>
+void Logger::changeOutput(Change&& change) {
+    const std::lock_guard lock(control_);
+    if (!writer_)
+        return;
+    writer_->sync();
+    change(*output_);
+}
+
+} // namespace lumetrix2

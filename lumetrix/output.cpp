@@ -1,0 +1,128 @@
+#include "output.h"
+
+#include "line_format.h"
+#include "standard_error.h"
+
+#include <spdlog/fmt/fmt.h>
+#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
+#include <exception>
+#include <utility>
+
+namespace lumetrix2 {
+namespace {
+
+/// A line about the log itself.
+void note(spdlog::sinks::sink& target, std::string_view text) {
+    target.log({spdlog::string_view_t{}, spdlog::level::warn, {text.data(), text.size()}});
+}
+
+} // namespace
+
+void Output::setFile(std::filesystem::path directory, std::filesystem::path baseName) {
+    const std::lock_guard lock(mutex_);
+    place_ = Place{std::move(directory), std::move(baseName)};
+    failedAt_.reset();
+    openFile(spdlog::details::os::now());
+}
+
+void Output::setRotation(const Rotation& rotation) {
+    const std::lock_guard lock(mutex_);
+    rotation_ = rotation;
+    if (file_)
+        openFile(spdlog::details::os::now());
+}
+
+void Output::setConsole(bool enabled) {
+    const std::lock_guard lock(mutex_);
+    console_.reset();
+    if (!enabled)
+        return;
+    console_ = std::make_shared<spdlog::sinks::stdout_color_sink_mt>();
+    console_->set_formatter(makeLineFormatter(kConsolePattern));
+}
+
+void Output::giveUpHeldLines() {
+    const std::lock_guard lock(mutex_);
+    if (place_ || !held_)
+        return;
+    spdlog::sinks::stderr_sink_mt standardError;
+    standardError.set_formatter(makeLineFormatter(kLinePattern));
+    writeHeldLines(standardError);
+    held_.emplace(kHeldLines);
+}
+
+void Output::close() {
+    const std::lock_guard lock(mutex_);
+    flush_();
+    file_.reset();
+}
+
+void Output::sink_it_(const spdlog::details::log_msg& message) {
+    if (console_)
+        console_->log(message);
+    if (!file_ && isTimeToOpen(message.time))
+        openFile(message.time);
+    if (file_) {
+        try {
+            file_->log(message);
+        } catch (const std::exception& error) {
+            fileFailed(error.what(), message.time);
+        }
+    } else if (held_) {
+        held_->push_back(spdlog::details::log_msg_buffer(message));
+    }
+}
+
+void Output::flush_() {
+    if (!file_)
+        return;
+    try {
+        file_->flush();
+    } catch (const std::exception& error) {
+        fileFailed(error.what(), spdlog::details::os::now());
+    }
+}
+
+bool Output::isTimeToOpen(Time now) const {
+    if (!place_)
+        return false;
+    const bool clockWentBack = failedAt_ && now < *failedAt_;
+    return !failedAt_ || clockWentBack || now - *failedAt_ >= kRetryAfter;
+}
+
+void Output::openFile(Time now) {
+    file_.reset(); // first: on a change of rotation it may be the same file
+    try {
+        file_ = openLogFile(place_->directory, place_->baseName, rotation_);
+        if (failedAt_)
+            note(*file_, "lines are missing here: the log could not be written");
+        if (held_)
+            writeHeldLines(*file_);
+        file_->flush();
+        held_.reset();
+        failedAt_.reset();
+    } catch (const std::exception& error) {
+        fileFailed(error.what(), now);
+    }
+}
+
+void Output::fileFailed(std::string_view reason, Time now) {
+    file_.reset();
+    if (!failedAt_)
+        tellOnStandardError(fmt::format("the log cannot be written: {}", reason));
+    failedAt_ = now;
+}
+
+void Output::writeHeldLines(spdlog::sinks::sink& target) {
+    if (const auto lost = held_->overrun_counter(); lost > 0)
+        note(target,
+             fmt::format("{} lines are missing here: too many before the log was set up", lost));
+    for (; !held_->empty(); held_->pop_front()) {
+        if (should_log(held_->front().level))
+            target.log(held_->front());
+    }
+}
+
+} // namespace lumetrix2

@@ -1,0 +1,19 @@
+#include "standard_error.h"
+
+#include "line_format.h"
+
+#include <cstdio>
+
+namespace lumetrix2 {
+
+void tellOnStandardError(std::string_view text) {
+    constexpr std::string_view kPrefix = "lumetrix: ";
+    spdlog::memory_buf_t line;
+    line.append(kPrefix.data(), kPrefix.data() + kPrefix.size());
+    appendEscaped(text, line);
+    line.push_back('\n');
+    std::fwrite(line.data(), 1, line.size(), stderr);
+    std::fflush(stderr);
+}
+
+} // namespace lumetrix2

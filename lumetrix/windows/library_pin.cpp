@@ -1,0 +1,24 @@
+#include "../library_pin.h"
+
+#include <windows.h>
+
+namespace lumetrix2 {
+namespace {
+
+const char anchor = 0; // an address inside this library
+
+} // namespace
+
+LibraryPin::LibraryPin() {
+    HMODULE self = nullptr;
+    if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                           reinterpret_cast<LPCWSTR>(&anchor), &self))
+        library_ = self;
+}
+
+LibraryPin::~LibraryPin() {
+    if (library_)
+        FreeLibrary(static_cast<HMODULE>(library_));
+}
+
+} // namespace lumetrix2
