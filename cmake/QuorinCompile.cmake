@@ -35,7 +35,8 @@ if(MSVC)
 else()
   target_compile_options(quorin_compile INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion
-    -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+    $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     -fstack-protector-strong)
   if(NOT QUORIN_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(quorin_compile INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)

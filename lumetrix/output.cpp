@@ -49,8 +49,7 @@ void Output::giveUpHeldLines() {
         return;
     spdlog::sinks::stderr_sink_mt standardError;
     standardError.set_formatter(makeLineFormatter(kLinePattern));
-    writeHeldLines(standardError);
-    held_.emplace(kHeldLines);
+    writeHeldLines(standardError, *std::exchange(held_, kHeldLines));
 }
 
 void Output::close() {
@@ -86,22 +85,18 @@ void Output::flush_() {
 }
 
 bool Output::isTimeToOpen(Time now) const {
-    if (!place_)
-        return false;
-    const bool clockWentBack = failedAt_ && now < *failedAt_;
-    return !failedAt_ || clockWentBack || now - *failedAt_ >= kRetryAfter;
+    return place_ && (!failedAt_ || std::chrono::abs(now - *failedAt_) >= kRetryAfter);
 }
 
 void Output::openFile(Time now) {
     file_.reset(); // first: on a change of rotation it may be the same file
     try {
         file_ = openLogFile(place_->directory, place_->baseName, rotation_);
-        if (failedAt_)
-            note(*file_, "lines are missing here: the log could not be written");
         if (held_)
-            writeHeldLines(*file_);
+            writeHeldLines(*file_, *std::exchange(held_, std::nullopt));
+        else if (failedAt_)
+            note(*file_, "lines are missing here: the log could not be written");
         file_->flush();
-        held_.reset();
         failedAt_.reset();
     } catch (const std::exception& error) {
         fileFailed(error.what(), now);
@@ -115,13 +110,13 @@ void Output::fileFailed(std::string_view reason, Time now) {
     failedAt_ = now;
 }
 
-void Output::writeHeldLines(spdlog::sinks::sink& target) {
-    if (const auto lost = held_->overrun_counter(); lost > 0)
+void Output::writeHeldLines(spdlog::sinks::sink& target, HeldLines held) {
+    if (const auto lost = held.overrun_counter(); lost > 0)
         note(target,
              fmt::format("{} lines are missing here: too many before the log was set up", lost));
-    for (; !held_->empty(); held_->pop_front()) {
-        if (should_log(held_->front().level))
-            target.log(held_->front());
+    for (; !held.empty(); held.pop_front()) {
+        if (should_log(held.front().level))
+            target.log(held.front());
     }
 }
 

@@ -51,14 +51,14 @@ private:
     bool isTimeToOpen(Time now) const;
     void openFile(Time now);
     void fileFailed(std::string_view reason, Time now);
-    void writeHeldLines(spdlog::sinks::sink& target);
+    void writeHeldLines(spdlog::sinks::sink& target, HeldLines held);
 
     std::optional<Place> place_;
     Rotation rotation_;
     std::shared_ptr<spdlog::sinks::sink> file_;    ///< null: not known yet, or failed
     std::shared_ptr<spdlog::sinks::sink> console_; ///< null: off
-    std::optional<HeldLines> held_{kHeldLines}; ///< until a file was opened or they were given up
-    std::optional<Time> failedAt_;              ///< the last attempt on a file that fails
+    std::optional<HeldLines> held_{kHeldLines};    ///< until a file was opened
+    std::optional<Time> failedAt_;                 ///< the last attempt on a file that fails
 };
 
 } // namespace lumetrix2
