@@ -56,8 +56,9 @@ void appendEscaped(std::string_view text, spdlog::memory_buf_t& line) {
     while (plain != text.end()) {
         const auto special = std::find_if(plain, text.end(), needsEscape);
         append({plain, special}, line);
-        if (special == text.end())
+        if (special == text.end()) {
             return;
+        }
         appendEscaped(*special, line);
         plain = special + 1;
     }

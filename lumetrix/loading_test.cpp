@@ -40,8 +40,9 @@ TEST(Loading, AllTwelveFunctionsAreFoundByName) {
          {"lumetrix_get_logger", "lumetrix_create", "lumetrix_release", "lumetrix_log",
           "lumetrix_set_output_dir", "lumetrix_set_output_level",
           "lumetrix_set_enabled_console_out", "lumetrix_set_pool_size", "lumetrix_set_rotation",
-          "lumetrix_set_rotation_with_date", "lumetrix_sync", "lumetrix_output_all_logs"})
+          "lumetrix_set_rotation_with_date", "lumetrix_sync", "lumetrix_output_all_logs"}) {
         EXPECT_NE(library.function<void()>(name), nullptr) << name;
+    }
     EXPECT_EQ(library.function<void()>("lumetrix_flush"), nullptr);
 }
 
@@ -98,8 +99,9 @@ TEST_F(Exit, WithoutReleaseWhileThreadsLog) {
                 std::thread([library, &lines] {
                     auto* const get = library->function<GetLogger>("lumetrix_get_logger");
                     auto* const write = library->function<Log>("lumetrix_log");
-                    for (void* const logger = get();; ++lines)
+                    for (void* const logger = get();; ++lines) {
                         write(logger, "GW", 3, "line");
+                    }
                 }).detach();
             }
             while (lines < 1000)
@@ -131,8 +133,9 @@ TEST_F(Exit, RightAfterReleaseWhileThreadsLog) {
             for (int thread = 0; thread < 4; ++thread) {
                 std::thread([library, logger, &lines] {
                     auto* const write = library->function<Log>("lumetrix_log");
-                    for (;; ++lines)
+                    for (;; ++lines) {
                         write(logger, "GW", 2, "line");
+                    }
                 }).detach();
             }
             while (lines < 1000)

@@ -12,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-/// For tests: an empty directory that is removed at the end, and the log lines in it.
+// For tests: an empty directory that is removed at the end, and the log lines in it.
 class LogDirectory {
 public:
     LogDirectory()
@@ -31,7 +31,7 @@ public:
 
     const std::filesystem::path& path() const { return path_; }
 
-    /// In the encoding of the C functions.
+    // In the encoding of the C functions.
     std::string utf8() const {
         const auto text = path_.u8string();
         return {text.begin(), text.end()};
@@ -47,18 +47,19 @@ public:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    /// The lines of all files, in the order of the files' names.
+    // The lines of all files, in the order of the files' names.
     std::vector<std::string> lines() const { return linesIn(path_); }
 
-    /// What stands after "msg:" in each line; a line of another form as it is.
+    // What stands after "msg:" in each line; a line of another form as it is.
     std::vector<std::string> messages() const { return messagesOf(lines()); }
 
     static std::vector<std::string> linesIn(const std::filesystem::path& directory) {
         std::vector<std::string> all;
         for (const auto& name : fileNamesIn(directory)) {
             std::ifstream file(directory / name);
-            for (std::string line; std::getline(file, line);)
+            for (std::string line; std::getline(file, line);) {
                 all.push_back(line);
+            }
         }
         return all;
     }
@@ -72,8 +73,9 @@ public:
             const bool isLine =
                 std::regex_search(line, match, head, std::regex_constants::match_continuous);
             messages.push_back(isLine ? match.suffix().str() : line);
-            if (messages.back().ends_with('\r'))
+            if (messages.back().ends_with('\r')) {
                 messages.back().pop_back();
+            }
         }
         return messages;
     }
@@ -81,16 +83,18 @@ public:
     static std::vector<std::string> split(const std::string& text) {
         std::istringstream stream(text);
         std::vector<std::string> lines;
-        for (std::string line; std::getline(stream, line);)
+        for (std::string line; std::getline(stream, line);) {
             lines.push_back(line);
+        }
         return lines;
     }
 
 private:
     static std::vector<std::string> fileNamesIn(const std::filesystem::path& directory) {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(directory))
+        for (const auto& entry : std::filesystem::directory_iterator(directory)) {
             names.push_back(entry.path().filename().string());
+        }
         std::sort(names.begin(), names.end());
         return names;
     }
@@ -98,7 +102,7 @@ private:
     std::filesystem::path path_;
 };
 
-/// Noon of the day `days` after today: never near a change of the date.
+// Noon of the day `days` after today: never near a change of the date.
 inline std::chrono::system_clock::time_point noonIn(int days) {
     const std::time_t now = std::time(nullptr);
     std::tm date = *std::localtime(&now);
@@ -110,7 +114,7 @@ inline std::chrono::system_clock::time_point noonIn(int days) {
     return std::chrono::system_clock::from_time_t(std::mktime(&date));
 }
 
-/// BASE_YYYY-MM-DD.log for that day.
+// BASE_YYYY-MM-DD.log for that day.
 inline std::string dayFile(const std::string& base, int days) {
     const std::time_t noon = std::chrono::system_clock::to_time_t(noonIn(days));
     std::string date(sizeof "YYYY-MM-DD", '\0');

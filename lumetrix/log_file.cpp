@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// True for the name of a day's file: the base name and a date.
+// True for the name of a day's file: the base name and a date.
 bool isDayFile(const fs::path& name, const fs::path& baseName) {
     constexpr std::string_view kShape = "_0000-00-00.log";
     const auto& text = name.native();
@@ -29,22 +29,25 @@ bool isDayFile(const fs::path& name, const fs::path& baseName) {
                [](char shape, auto c) { return shape == '0' ? '0' <= c && c <= '9' : c == shape; });
 }
 
-/// spdlog's own count of daily files ends at the first day without one; a gateway that rests over
-/// the weekend would never lose its old files.
+// spdlog's own count of daily files ends at the first day without one; a gateway that rests over
+// the weekend would never lose its old files.
 void removeOldDays(const fs::path& current, const fs::path& baseName, int filesKept) {
-    if (filesKept < 1)
+    if (filesKept < 1) {
         return;
+    }
     std::vector<fs::path> others;
     std::error_code error;
     for (fs::directory_iterator entry(current.parent_path(), error), end; !error && entry != end;
          entry.increment(error)) {
         const auto name = entry->path().filename();
-        if (name != current.filename() && isDayFile(name, baseName))
+        if (name != current.filename() && isDayFile(name, baseName)) {
             others.push_back(entry->path());
+        }
     }
     const auto othersKept = static_cast<std::size_t>(filesKept) - 1;
-    if (others.size() <= othersKept)
+    if (others.size() <= othersKept) {
         return;
+    }
     std::sort(others.begin(), others.end(), std::greater<>{}); // names sort as their dates do
     std::for_each(others.begin() + static_cast<std::ptrdiff_t>(othersKept), others.end(),
                   [&error](const fs::path& old) { fs::remove(old, error); });
@@ -60,11 +63,13 @@ void removeBeyond(const fs::path& file, std::size_t filesKept) {
 
 void endTornLine(const fs::path& file, std::FILE* stream) {
     std::ifstream written(file, std::ios::binary | std::ios::ate);
-    if (written.tellg() <= 0)
+    if (written.tellg() <= 0) {
         return;
+    }
     written.seekg(-1, std::ios::end);
-    if (written.get() != '\n')
-        std::fputs(spdlog::details::os::default_eol, stream);
+    if (written.get() != '\n') {
+        static_cast<void>(std::fputs(spdlog::details::os::default_eol, stream));
+    }
 }
 
 } // namespace

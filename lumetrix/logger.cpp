@@ -10,7 +10,7 @@
 namespace lumetrix2 {
 namespace {
 
-/// Our numbers are those of spdlog plus one.
+// Our numbers are those of spdlog plus one.
 spdlog::level::level_enum spdlogLevel(int level) {
     static_assert(LUMETRIX_DEBUG == SPDLOG_LEVEL_DEBUG + 1);
     static_assert(LUMETRIX_ERROR == SPDLOG_LEVEL_ERROR + 1);
@@ -18,10 +18,11 @@ spdlog::level::level_enum spdlogLevel(int level) {
     return static_cast<spdlog::level::level_enum>(known - 1);
 }
 
-/// What a level number must reach to be logged.
+// What a level number must reach to be logged.
 int lowestNumber(int outputLevel) {
-    if (outputLevel <= LUMETRIX_DEBUG)
+    if (outputLevel <= LUMETRIX_DEBUG) {
         return std::numeric_limits<int>::min();
+    }
     return std::min<int>(outputLevel, LUMETRIX_ERROR);
 }
 
@@ -32,8 +33,9 @@ Logger::~Logger() = default;
 
 void Logger::start() {
     const std::lock_guard lock(control_);
-    if (writer_)
+    if (writer_) {
         return;
+    }
     auto output = std::make_shared<Output>();
     auto writer = std::make_unique<Writer>(output, Writer::kDefaultQueueLength);
     output_ = std::move(output);
@@ -43,8 +45,9 @@ void Logger::start() {
 
 void Logger::release() {
     const std::lock_guard lock(control_);
-    if (!writer_)
+    if (!writer_) {
         return;
+    }
     lowestLevel_ = kOff;
     setWriter(nullptr);
     const auto output = std::exchange(output_, nullptr);
@@ -52,18 +55,28 @@ void Logger::release() {
     output->giveUpHeldLines();
 }
 
+void Logger::log(int level, std::string_view message) {
+    gateWanted_.wait(true);
+    const std::shared_lock inside(gate_);
+    if (writer_) {
+        writer_->write(spdlogLevel(level), message);
+    }
+}
+
 void Logger::setLevel(int level) {
     const std::lock_guard lock(control_);
-    if (!writer_)
+    if (!writer_) {
         return;
+    }
     lowestLevel_ = lowestNumber(level);
     output_->set_level(spdlogLevel(level));
 }
 
 void Logger::setQueueLength(int lines) {
     const std::lock_guard lock(control_);
-    if (writer_)
+    if (writer_) {
         setWriter(std::make_unique<Writer>(output_, lines));
+    }
 }
 
 void Logger::setFile(const std::filesystem::path& directory,
@@ -87,13 +100,6 @@ void Logger::outputAll() {
     changeOutput([](Output& output) { output.giveUpHeldLines(); });
 }
 
-void Logger::write(int level, std::string_view message) {
-    gateWanted_.wait(true);
-    const std::shared_lock inside(gate_);
-    if (writer_)
-        writer_->write(spdlogLevel(level), message);
-}
-
 void Logger::setWriter(std::unique_ptr<Writer> writer) {
     gateWanted_ = true;
     {
@@ -107,8 +113,9 @@ void Logger::setWriter(std::unique_ptr<Writer> writer) {
 template<typename Change>
 void Logger::changeOutput(Change&& change) {
     const std::lock_guard lock(control_);
-    if (!writer_)
+    if (!writer_) {
         return;
+    }
     writer_->sync();
     change(*output_);
 }

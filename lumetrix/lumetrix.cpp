@@ -12,8 +12,8 @@ struct lumetrix_logger final : lumetrix2::Logger {};
 
 namespace {
 
-/// The logger is never destroyed: threads of the host may still log while the process exits, and
-/// one that was not released has a thread that uses it. A released logger owns nothing.
+// The logger is never destroyed: threads of the host may still log while the process exits, and
+// one that was not released has a thread that uses it. A released logger owns nothing.
 union Process {
     lumetrix_logger logger;
 
@@ -29,8 +29,9 @@ std::filesystem::path toPath(std::string_view utf8) {
 
 template<typename Call>
 void guarded(const lumetrix_logger* logger, Call&& call) noexcept {
-    if (logger != &process.logger)
+    if (logger != &process.logger) {
         return;
+    }
     try {
         call(process.logger);
     } catch (const std::exception& error) {
@@ -59,14 +60,17 @@ void lumetrix_release(lumetrix_logger* logger) {
 }
 
 void lumetrix_log(lumetrix_logger* logger, const char* name, int level, const char* message) {
-    if (name && message)
+    if (process.logger.isLogged(level) && name &&
+        message) { // the level first: it decides most often
         guarded(logger, [=](auto& known) { known.log(level, message); });
+    }
 }
 
 void lumetrix_set_output_dir(lumetrix_logger* logger, const char* directory,
                              const char* base_name) {
-    if (directory && base_name && *base_name)
+    if (directory && base_name && *base_name) {
         guarded(logger, [=](auto& known) { known.setFile(toPath(directory), toPath(base_name)); });
+    }
 }
 
 void lumetrix_set_output_level(lumetrix_logger* logger, int level) {
@@ -82,10 +86,11 @@ void lumetrix_set_pool_size(lumetrix_logger* logger, int lines) {
 }
 
 void lumetrix_set_rotation(lumetrix_logger* logger, int max_bytes, int number_of_files) {
-    if (max_bytes > 0)
+    if (max_bytes > 0) {
         guarded(logger, [=](auto& known) {
             known.setRotation({number_of_files, static_cast<std::size_t>(max_bytes)});
         });
+    }
 }
 
 void lumetrix_set_rotation_with_date(lumetrix_logger* logger, int number_of_files) {

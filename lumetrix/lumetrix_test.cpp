@@ -30,7 +30,7 @@ class Lumetrix : public testing::Test {
 protected:
     ~Lumetrix() override { lumetrix_release(logger); }
 
-    /// As the gateway sets the library up.
+    // As the gateway sets the library up.
     void setUp(int level = LUMETRIX_DEBUG, int files = 8, int queue = 1000) {
         lumetrix_set_rotation_with_date(logger, files);
         lumetrix_set_pool_size(logger, queue);
@@ -42,7 +42,7 @@ protected:
         lumetrix_log(logger, "GW", level, text.c_str());
     }
 
-    /// What is in the files once all that was logged is.
+    // What is in the files once all that was logged is.
     std::vector<std::string> messages() {
         lumetrix_sync(logger);
         return log.messages();
@@ -62,8 +62,9 @@ TEST_F(Lumetrix, WritesLinesToTheFileOfTheDay) {
 
 TEST_F(Lumetrix, LevelNumbersAndTheirNames) {
     setUp();
-    for (int level = 0; level <= 8; ++level)
+    for (int level = 0; level <= 8; ++level) {
         write("message", level);
+    }
     messages();
     std::vector<std::string> names;
     for (const auto& line : log.lines()) {
@@ -81,8 +82,9 @@ TEST_F(Lumetrix, LineCarriesTheNumberOfTheCallingThread) {
     write("here again");
     messages();
     std::vector<std::string> threads;
-    for (const auto& line : log.lines())
+    for (const auto& line : log.lines()) {
         threads.push_back(line.substr(line.find("_th:"), line.find("\t_m:") - line.find("_th:")));
+    }
     ASSERT_THAT(threads, SizeIs(3));
     EXPECT_EQ(threads[0], threads[2]);
     EXPECT_NE(threads[0], threads[1]);
@@ -204,8 +206,9 @@ TEST_F(Lumetrix, NoLineIsLostWhenTheQueueIsFull) {
         const LogDirectory directory;
         lumetrix_set_pool_size(again, queue);
         lumetrix_set_output_dir(again, directory.utf8().c_str(), "Gateway");
-        for (int line = 0; line < 3000; ++line)
+        for (int line = 0; line < 3000; ++line) {
             lumetrix_log(again, "GW", LUMETRIX_INFO, "line");
+        }
         lumetrix_release(again);
         EXPECT_THAT(directory.messages(), SizeIs(3000)) << queue;
     }
@@ -222,22 +225,28 @@ TEST_F(Lumetrix, QueueSizeChangesWhileThreadsLogAndNoLineIsLostOrOutOfOrder) {
     constexpr int kThreads = 4;
     constexpr int kLines = 2000;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([this, thread] {
-            for (int line = 0; line < kLines; ++line)
+            for (int line = 0; line < kLines; ++line) {
                 write(std::to_string(thread) + " " + std::to_string(line));
+            }
         });
     }
-    for (int queue = 1; queue < 50; ++queue)
+    for (int queue = 1; queue < 50; ++queue) {
         lumetrix_set_pool_size(logger, queue);
-    for (auto& thread : threads)
+    }
+    for (auto& thread : threads) {
         thread.join();
+    }
 
     std::map<char, int> next;
-    for (const auto& message : messages())
+    for (const auto& message : messages()) {
         EXPECT_EQ(message.substr(2), std::to_string(next[message[0]]++)) << message;
-    for (char thread = '0'; thread < '0' + kThreads; ++thread)
+    }
+    for (char thread = '0'; thread < '0' + kThreads; ++thread) {
         EXPECT_EQ(next[thread], kLines);
+    }
 }
 
 // ---- several threads
@@ -247,20 +256,25 @@ TEST_F(Lumetrix, ManyThreadsLogAndEveryLineIsWholeAndInItsThreadsOrder) {
     constexpr int kThreads = 8;
     constexpr int kLines = 1000;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([this, thread] {
-            for (int line = 0; line < kLines; ++line)
+            for (int line = 0; line < kLines; ++line) {
                 write(std::to_string(thread) + " " + std::to_string(line));
+            }
         });
     }
-    for (auto& thread : threads)
+    for (auto& thread : threads) {
         thread.join();
+    }
 
     std::map<char, int> next;
-    for (const auto& message : messages())
+    for (const auto& message : messages()) {
         EXPECT_EQ(message.substr(2), std::to_string(next[message[0]]++)) << message;
-    for (char thread = '0'; thread < '0' + kThreads; ++thread)
+    }
+    for (char thread = '0'; thread < '0' + kThreads; ++thread) {
         EXPECT_EQ(next[thread], kLines);
+    }
 }
 
 TEST_F(Lumetrix, EverythingAtOnce) {
@@ -268,15 +282,18 @@ TEST_F(Lumetrix, EverythingAtOnce) {
     const LogDirectory other;
     std::atomic<bool> stop{false};
     std::vector<std::thread> threads;
+    threads.reserve(5);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([this, &stop] {
-            while (!stop)
+            while (!stop) {
                 write("line");
+            }
         });
     }
     threads.emplace_back([this, &stop] {
-        while (!stop)
+        while (!stop) {
             lumetrix_sync(logger);
+        }
     });
     CaptureStdout();
     CaptureStderr();
@@ -292,23 +309,26 @@ TEST_F(Lumetrix, EverythingAtOnce) {
         EXPECT_EQ(lumetrix_get_logger(), logger);
     }
     stop = true;
-    for (auto& thread : threads)
+    for (auto& thread : threads) {
         thread.join();
+    }
     lumetrix_release(logger);
     GetCapturedStdout();
     GetCapturedStderr();
-    for (const auto& messages : {log.messages(), other.messages()})
+    for (const auto& messages : {log.messages(), other.messages()}) {
         EXPECT_THAT(messages,
                     testing::Each(testing::AnyOf(
                         "line", testing::EndsWith("too many before the log was set up"))));
+    }
 }
 
 // ---- release
 
 TEST_F(Lumetrix, ReleaseWritesOutEverything) {
     setUp(LUMETRIX_DEBUG, 8, 5000);
-    for (int line = 0; line < 5000; ++line)
+    for (int line = 0; line < 5000; ++line) {
         write("line");
+    }
     lumetrix_release(logger);
     EXPECT_THAT(log.messages(), SizeIs(5000));
 }
@@ -318,22 +338,26 @@ TEST_F(Lumetrix, ReleaseWhileThreadsLogKeepsWhatCameBefore) {
     std::atomic<bool> stop{false};
     std::atomic<int> logged{0};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&] {
-            for (; !stop; ++logged)
+            for (; !stop; ++logged) {
                 write("line");
+            }
         });
     }
-    while (logged < 1000)
+    while (logged < 1000) {
         std::this_thread::yield();
+    }
     const int before = logged;
     lumetrix_release(logger);
     const auto written = log.messages();
     EXPECT_GE(written.size(), static_cast<std::size_t>(before));
     EXPECT_THAT(written, testing::Each("line"));
     stop = true;
-    for (auto& thread : threads)
+    for (auto& thread : threads) {
         thread.join();
+    }
     EXPECT_EQ(log.messages().size(), written.size());
 }
 
@@ -428,8 +452,9 @@ TEST_F(Lumetrix, HeaderIsForCToo) {
 // ---- rotation, console, sync
 
 TEST_F(Lumetrix, RotationWithDateRemovesOlderFilesOfEarlierRuns) {
-    for (const int day : {-40, -20, -1})
+    for (const int day : {-40, -20, -1}) {
         log.write(dayFile("Gateway", day), "");
+    }
     setUp(LUMETRIX_INFO, 2);
     EXPECT_THAT(log.fileNames(), ElementsAre(dayFile("Gateway", -1), dayFile("Gateway", 0)));
 }
@@ -437,12 +462,14 @@ TEST_F(Lumetrix, RotationWithDateRemovesOlderFilesOfEarlierRuns) {
 TEST_F(Lumetrix, RotationBySizeAndCount) {
     lumetrix_set_rotation(logger, 1000, 3);
     lumetrix_set_output_dir(logger, log.utf8().c_str(), "Gateway");
-    for (int line = 0; line < 100; ++line)
+    for (int line = 0; line < 100; ++line) {
         write(std::to_string(line));
+    }
     lumetrix_sync(logger);
     EXPECT_THAT(log.fileNames(), ElementsAre("Gateway.1.log", "Gateway.2.log", "Gateway.log"));
-    for (const auto& name : log.fileNames())
+    for (const auto& name : log.fileNames()) {
         EXPECT_LE(log.content(name).size(), 1000U);
+    }
     EXPECT_THAT(log.content("Gateway.log"), HasSubstr("msg:99"));
 }
 
@@ -492,8 +519,9 @@ TEST_F(Lumetrix, LineIsInTheFileSoonWithoutSync) {
     setUp();
     write("line");
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (log.messages().empty() && std::chrono::steady_clock::now() < deadline)
+    while (log.messages().empty() && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_THAT(log.messages(), ElementsAre("line"));
 }
 
@@ -505,8 +533,9 @@ TEST_F(Lumetrix, DirectoryThatCannotBeWrittenIsToldInOneLine) {
     lumetrix_set_pool_size(logger, 10);
     write("before");
     lumetrix_set_output_dir(logger, (log.utf8() + "/file/log").c_str(), "Gateway");
-    for (int line = 0; line < 1000; ++line)
+    for (int line = 0; line < 1000; ++line) {
         write("lost");
+    }
     lumetrix_sync(logger);
     lumetrix_release(logger);
     const auto told = LogDirectory::split(GetCapturedStderr());

@@ -13,7 +13,7 @@
 namespace lumetrix2 {
 namespace {
 
-/// A line about the log itself.
+// A line about the log itself.
 void note(spdlog::sinks::sink& target, std::string_view text) {
     target.log({spdlog::string_view_t{}, spdlog::level::warn, {text.data(), text.size()}});
 }
@@ -30,26 +30,29 @@ void Output::setFile(std::filesystem::path directory, std::filesystem::path base
 void Output::setRotation(const Rotation& rotation) {
     const std::lock_guard lock(mutex_);
     rotation_ = rotation;
-    if (file_)
+    if (file_) {
         openFile(spdlog::details::os::now());
+    }
 }
 
 void Output::setConsole(bool enabled) {
     const std::lock_guard lock(mutex_);
     console_.reset();
-    if (!enabled)
+    if (!enabled) {
         return;
+    }
     console_ = std::make_shared<spdlog::sinks::stdout_color_sink_mt>();
     console_->set_formatter(makeLineFormatter(kConsolePattern));
 }
 
 void Output::giveUpHeldLines() {
     const std::lock_guard lock(mutex_);
-    if (place_ || !held_)
+    if (place_ || !held_) {
         return;
+    }
     spdlog::sinks::stderr_sink_mt standardError;
     standardError.set_formatter(makeLineFormatter(kLinePattern));
-    writeHeldLines(standardError, *std::exchange(held_, kHeldLines));
+    writeHeldLines(standardError, *std::exchange(held_, HeldLines(kHeldLines)));
 }
 
 void Output::close() {
@@ -59,10 +62,12 @@ void Output::close() {
 }
 
 void Output::sink_it_(const spdlog::details::log_msg& message) {
-    if (console_)
+    if (console_) {
         console_->log(message);
-    if (!file_ && isTimeToOpen(message.time))
+    }
+    if (!file_ && isTimeToOpen(message.time)) {
         openFile(message.time);
+    }
     if (file_) {
         try {
             file_->log(message);
@@ -75,8 +80,9 @@ void Output::sink_it_(const spdlog::details::log_msg& message) {
 }
 
 void Output::flush_() {
-    if (!file_)
+    if (!file_) {
         return;
+    }
     try {
         file_->flush();
     } catch (const std::exception& error) {
@@ -92,10 +98,11 @@ void Output::openFile(Time now) {
     file_.reset(); // first: on a change of rotation it may be the same file
     try {
         file_ = openLogFile(place_->directory, place_->baseName, rotation_);
-        if (held_)
+        if (held_) {
             writeHeldLines(*file_, *std::exchange(held_, std::nullopt));
-        else if (failedAt_)
+        } else if (failedAt_) {
             note(*file_, "lines are missing here: the log could not be written");
+        }
         file_->flush();
         failedAt_.reset();
     } catch (const std::exception& error) {
@@ -105,18 +112,21 @@ void Output::openFile(Time now) {
 
 void Output::fileFailed(std::string_view reason, Time now) {
     file_.reset();
-    if (!failedAt_)
+    if (!failedAt_) {
         tellOnStandardError(fmt::format("the log cannot be written: {}", reason));
+    }
     failedAt_ = now;
 }
 
 void Output::writeHeldLines(spdlog::sinks::sink& target, HeldLines held) {
-    if (const auto lost = held.overrun_counter(); lost > 0)
+    if (const auto lost = held.overrun_counter(); lost > 0) {
         note(target,
              fmt::format("{} lines are missing here: too many before the log was set up", lost));
+    }
     for (; !held.empty(); held.pop_front()) {
-        if (should_log(held.front().level))
+        if (should_log(held.front().level)) {
             target.log(held.front());
+        }
     }
 }
 

@@ -78,8 +78,9 @@ TEST_F(OutputTest, LineCutOffInAnEarlierRunIsEndedFirst) {
 TEST_F(OutputTest, KeepsTheGivenNumberOfDays) {
     output.setRotation({3, {}});
     output.setFile(log.path(), "Gateway");
-    for (int day = 0; day < 6; ++day)
+    for (int day = 0; day < 6; ++day) {
         logOn(day, std::to_string(day));
+    }
     EXPECT_THAT(log.fileNames(),
                 ElementsAre(dayFile("Gateway", 3), dayFile("Gateway", 4), dayFile("Gateway", 5)));
     EXPECT_THAT(log.messages(), ElementsAre("3", "4", "5"));
@@ -94,8 +95,9 @@ TEST_F(OutputTest, KeepsOneDay) {
 }
 
 TEST_F(OutputTest, RemovesOldFilesOfEarlierRunsAlthoughDaysAreMissing) {
-    for (const int day : {-400, -30, -9, -2})
+    for (const int day : {-400, -30, -9, -2}) {
         log.write(dayFile("Gateway", day), "old\n");
+    }
     output.setRotation({3, {}});
     output.setFile(log.path(), "Gateway");
     EXPECT_THAT(log.fileNames(),
@@ -107,8 +109,9 @@ TEST_F(OutputTest, RemovesNothingElse) {
     for (const auto& name :
          {std::string("Gateway_2001-01-01.log.bak"), std::string("Gateway.log"),
           std::string("Gateway_2001-01-01.txt"), stranger,
-          std::string("OtherGateway_2001-01-01.log"), std::string("Gateway_App_2001-01-01.log")})
+          std::string("OtherGateway_2001-01-01.log"), std::string("Gateway_App_2001-01-01.log")}) {
         log.write(name, "other\n");
+    }
     output.setRotation({1, {}});
     output.setFile(log.path(), "Gateway");
     logOn(1, "next day");
@@ -138,11 +141,13 @@ TEST_F(OutputTest, KeepsAllDaysWhenTheNumberIsBelowOne) {
 TEST_F(OutputTest, RotatesBySizeAndKeepsTheGivenNumber) {
     output.setRotation({3, 200});
     output.setFile(log.path(), "Gateway");
-    for (int line = 0; line < 20; ++line) // about 80 bytes each
+    for (int line = 0; line < 20; ++line) { // about 80 bytes each
         logNow("line " + std::to_string(line));
+    }
     EXPECT_THAT(log.fileNames(), ElementsAre("Gateway.1.log", "Gateway.2.log", "Gateway.log"));
-    for (const auto& name : log.fileNames())
+    for (const auto& name : log.fileNames()) {
         EXPECT_LE(log.content(name).size(), 200U) << name;
+    }
     EXPECT_THAT(LogDirectory::messagesOf(LogDirectory::split(log.content("Gateway.log"))),
                 Contains("line 19"));
 }
@@ -150,15 +155,17 @@ TEST_F(OutputTest, RotatesBySizeAndKeepsTheGivenNumber) {
 TEST_F(OutputTest, RotationBySizeWithOneFileBeginsItAnew) {
     output.setRotation({1, 200});
     output.setFile(log.path(), "Gateway");
-    for (int line = 0; line < 20; ++line)
+    for (int line = 0; line < 20; ++line) {
         logNow("line " + std::to_string(line));
+    }
     EXPECT_THAT(log.fileNames(), ElementsAre("Gateway.log"));
     EXPECT_LE(log.content("Gateway.log").size(), 200U);
 }
 
 TEST_F(OutputTest, RotationBySizeRemovesWhatALargerNumberLeft) {
-    for (const char* name : {"Gateway.log", "Gateway.1.log", "Gateway.2.log", "Gateway.3.log"})
+    for (const char* name : {"Gateway.log", "Gateway.1.log", "Gateway.2.log", "Gateway.3.log"}) {
         log.write(name, "old\n");
+    }
     output.setRotation({2, 1000});
     output.setFile(log.path(), "Gateway");
     EXPECT_THAT(log.fileNames(), ElementsAre("Gateway.1.log", "Gateway.log"));
@@ -202,8 +209,9 @@ TEST_F(OutputTest, HeldLinesBelowTheLevelAreLeftOut) {
 }
 
 TEST_F(OutputTest, OnlyTheNewestLinesAreHeldAndTheLogSaysSo) {
-    for (std::size_t line = 0; line < Output::kHeldLines + 5; ++line)
+    for (std::size_t line = 0; line < Output::kHeldLines + 5; ++line) {
         output.log({noonIn(0), {}, {}, spdlog::level::info, std::to_string(line)});
+    }
     output.setFile(log.path(), "Gateway");
     const auto messages = log.messages();
     ASSERT_THAT(messages, SizeIs(Output::kHeldLines + 1));
@@ -260,8 +268,9 @@ TEST_F(OutputTest, UnusableDirectoryIsToldOnceAndNothingThrows) {
     log.write("file", "");
     CaptureStderr();
     output.setFile(log.path() / "file", "Gateway");
-    for (int line = 0; line < 100; ++line)
+    for (int line = 0; line < 100; ++line) {
         logOn(0, "lost");
+    }
     output.close();
     output.giveUpHeldLines();
     const auto told = LogDirectory::split(GetCapturedStderr());

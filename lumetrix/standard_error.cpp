@@ -12,8 +12,8 @@ void tellOnStandardError(std::string_view text) {
     line.append(kPrefix.data(), kPrefix.data() + kPrefix.size());
     appendEscaped(text, line);
     line.push_back('\n');
-    std::fwrite(line.data(), 1, line.size(), stderr);
-    std::fflush(stderr);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr)); // nobody is left to tell
+    static_cast<void>(std::fflush(stderr));
 }
 
 } // namespace lumetrix2

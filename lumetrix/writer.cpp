@@ -16,16 +16,17 @@ namespace lumetrix2 {
 namespace {
 
 std::size_t queueLength(int wanted) {
-    if (wanted < 1)
+    if (wanted < 1) {
         return Writer::kDefaultQueueLength;
+    }
     return static_cast<std::size_t>(std::min(wanted, Writer::kMaxQueueLength));
 }
 
 } // namespace
 
-/// Stands between queue and output, on the writing thread: flushes whenever the queue has run dry,
-/// so that a line is in the file at once when there is little to do and in large blocks when there
-/// is much; and counts the flushes that were queued.
+// Stands between queue and output, on the writing thread: flushes whenever the queue has run dry,
+// so that a line is in the file at once when there is little to do and in large blocks when there
+// is much; and counts the flushes that were queued.
 class Writer::Feed final : public spdlog::sinks::sink {
 public:
     Feed(std::shared_ptr<Output> output, spdlog::details::thread_pool& pool)
@@ -33,8 +34,9 @@ public:
 
     void log(const spdlog::details::log_msg& message) override {
         output_->log(message);
-        if (pool_.queue_size() == 0)
+        if (pool_.queue_size() == 0) {
             output_->flush();
+        }
     }
 
     void flush() override {

@@ -14,7 +14,7 @@ namespace {
 
 using testing::HasSubstr;
 
-/// Standard output as a terminal, as long as it lives.
+// Standard output as a terminal, as long as it lives.
 class Terminal {
 public:
     Terminal() : master_(posix_openpt(O_RDWR | O_NOCTTY)), stdout_(dup(STDOUT_FILENO)) {

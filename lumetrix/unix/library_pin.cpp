@@ -11,13 +11,15 @@ const char anchor = 0; // an address inside this library
 
 LibraryPin::LibraryPin() {
     Dl_info self{};
-    if (dladdr(&anchor, &self) != 0)
+    if (dladdr(&anchor, &self) != 0) {
         library_ = dlopen(self.dli_fname, RTLD_LAZY | RTLD_NOLOAD);
+    }
 }
 
 LibraryPin::~LibraryPin() {
-    if (library_)
+    if (library_) {
         dlclose(library_);
+    }
 }
 
 } // namespace lumetrix2

@@ -6,8 +6,9 @@ LoadedLibrary::LoadedLibrary(const std::filesystem::path& file)
     : library_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) {}
 
 LoadedLibrary::~LoadedLibrary() {
-    if (library_)
+    if (library_) {
         dlclose(library_);
+    }
 }
 
 LoadedLibrary::Address LoadedLibrary::address(const char* name) const {
@@ -16,7 +17,8 @@ LoadedLibrary::Address LoadedLibrary::address(const char* name) const {
 
 bool LoadedLibrary::isLoaded(const std::filesystem::path& file) {
     void* const loaded = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);
-    if (loaded)
+    if (loaded) {
         dlclose(loaded);
+    }
     return loaded != nullptr;
 }

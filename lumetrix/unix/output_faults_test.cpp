@@ -16,17 +16,19 @@ using testing::SizeIs;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
-/// A log file that is the device whose disk is always full.
+// A log file that is the device whose disk is always full.
 class FullDisk : public testing::Test {
 protected:
     FullDisk() {
-        for (const int day : {0, 1}) // midnight may come
+        for (const int day : {0, 1}) { // midnight may come
             std::filesystem::create_symlink("/dev/full", log.path() / dayFile("Gateway", day));
+        }
     }
 
     void makeRoom() {
-        for (const int day : {0, 1})
+        for (const int day : {0, 1}) {
             std::filesystem::remove(log.path() / dayFile("Gateway", day));
+        }
     }
 
     void logAt(spdlog::log_clock::time_point time, const std::string& text) {
