@@ -60,8 +60,8 @@ void lumetrix_release(lumetrix_logger* logger) {
 }
 
 void lumetrix_log(lumetrix_logger* logger, const char* name, int level, const char* message) {
-    if (process.logger.isLogged(level) && name &&
-        message) { // the level first: it decides most often
+    // The level first: it decides most often.
+    if (process.logger.isLogged(level) && name && message) {
         guarded(logger, [=](auto& known) { known.log(level, message); });
     }
 }

@@ -86,7 +86,8 @@ LUMETRIX_API void lumetrix_set_output_dir(lumetrix_logger* logger, const char* d
 LUMETRIX_API void lumetrix_set_output_level(lumetrix_logger* logger, int level);
 
 /* Other than 0: every line also goes to standard output, its level in colour when that is a
- * terminal. 0, the default: no more. */
+ * terminal. 0, the default: no more. Standard output that takes no more text, a pipe that nobody
+ * reads, holds up the log and, once the queue is full, its callers. */
 LUMETRIX_API void lumetrix_set_enabled_console_out(lumetrix_logger* logger, int enabled);
 
 /* How many lines may wait for the writing thread: 1 to 65536 (about 30 MB), more counts as 65536,
