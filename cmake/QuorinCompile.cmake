@@ -44,6 +44,8 @@ else()
   if(WIN32)
     target_link_options(quorin_compile INTERFACE
       -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
+    # What the stack protector calls is in no library of this system: linked in, not one more DLL.
+    target_link_libraries(quorin_compile INTERFACE -l:libssp.a)
   else()
     target_link_options(quorin_compile INTERFACE -Wl,-z,relro -Wl,-z,now)
     if(NOT QUORIN_SANITIZE) # clang keeps the sanitizer runtime in the program alone

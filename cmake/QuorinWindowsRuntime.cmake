@@ -1,0 +1,41 @@
+# Puts what a Windows build needs at run time beside its programs: Qt, its TLS plugins, OpenSSL and
+# the compiler's runtime. An installation takes the same files along.
+
+set(QUORIN_RUNTIME_FILES "$<TARGET_FILE:Qt6::Core>" "$<TARGET_FILE:Qt6::Network>")
+
+# Qt asks for its TLS implementation at run time, and looks for it in "tls" beside the program.
+file(GLOB QUORIN_RUNTIME_TLS_PLUGINS
+     "${QT6_INSTALL_PREFIX}/${QT6_INSTALL_PLUGINS}/tls/*${CMAKE_SHARED_LIBRARY_SUFFIX}")
+
+foreach(library IN ITEMS libcrypto-3-x64.dll libssl-3-x64.dll)
+  find_file(QUORIN_RUNTIME_${library} ${library}
+            PATHS ${CMAKE_PREFIX_PATH} PATH_SUFFIXES bin NO_CMAKE_FIND_ROOT_PATH)
+  if(QUORIN_RUNTIME_${library})
+    list(APPEND QUORIN_RUNTIME_FILES "${QUORIN_RUNTIME_${library}}")
+  else()
+    message(WARNING "${library} was not found; HTTPS needs it beside the programs")
+  endif()
+endforeach()
+
+if(MINGW)
+  foreach(library IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(COMMAND "${CMAKE_CXX_COMPILER}" "-print-file-name=${library}"
+                    OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE
+                    COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT EXISTS "${file}")
+      message(FATAL_ERROR "${library} does not come with ${CMAKE_CXX_COMPILER}")
+    endif()
+    list(APPEND QUORIN_RUNTIME_FILES "${file}")
+  endforeach()
+else()
+  include(InstallRequiredSystemLibraries)
+endif()
+
+add_custom_target(quorin_windows_runtime ALL
+  COMMAND "${CMAKE_COMMAND}" -E make_directory "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tls"
+  COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${QUORIN_RUNTIME_FILES}
+          "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}"
+  COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${QUORIN_RUNTIME_TLS_PLUGINS}
+          "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tls"
+  COMMENT "Putting the libraries it needs beside the gateway"
+  VERBATIM)
