@@ -29,6 +29,15 @@ TEST(FoldersTest, aFolderIsMadeWithAllItsParents) {
     EXPECT_TRUE(makeDirectoryPath(folder));
 }
 
+TEST(FoldersTest, aFolderWhoseNameNoEightBitCodePageHoldsIsMadeAllTheSame) {
+    const QTemporaryDir temporary;
+    const QString folder = temporary.filePath(u"\u0434\u0432\u0430/\u4e09"_s);
+    EXPECT_FALSE(isDirectory(folder));
+    EXPECT_TRUE(makeDirectoryPath(folder));
+    EXPECT_TRUE(isDirectory(folder));
+    EXPECT_TRUE(QDir(folder).exists());
+}
+
 TEST(FoldersTest, aFileIsNoDirectoryAndNoneIsMadeInItsPlace) {
     const QTemporaryDir temporary;
     QFile file(temporary.filePath(u"file"_s));

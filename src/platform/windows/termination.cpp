@@ -1,25 +1,33 @@
 #include "platform/termination.h"
 
+#include "platform/windows/system.h"
+
 #include <mutex>
 #include <utility>
 
-#include <windows.h>
-
 namespace platform {
+
+struct TerminationWatch::State {
+    std::function<bool()> onTermination;
+};
 
 namespace {
 
-// The system calls the handler on a thread of its own making and hands it nothing of ours.
-std::mutex handlerMutex;
-std::function<bool()> handlerFunction;
+// The system calls the handler on a thread that it starts for the purpose, with no argument of
+// ours.
+std::mutex watchMutex;
+const std::function<bool()>* watched = nullptr;
 
 BOOL WINAPI handleConsoleEvent(DWORD event) {
-    const std::lock_guard lock(handlerMutex);
-    if (!handlerFunction || !handlerFunction()) {
-        return FALSE;
+    {
+        const std::lock_guard lock(watchMutex);
+        if (watched == nullptr || !(*watched)()) {
+            return FALSE; // the system's own handler ends the process
+        }
     }
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        // The process is ended when this returns; the system allows it some seconds before.
+        // The console closes or the system shuts down, and the process would be ended as soon as
+        // this returns. It is about to end in order, before the system's patience does.
         Sleep(INFINITE);
     }
     return TRUE;
@@ -27,20 +35,19 @@ BOOL WINAPI handleConsoleEvent(DWORD event) {
 
 } // namespace
 
-struct TerminationWatch::State {};
-
-TerminationWatch::TerminationWatch(std::function<bool()> onTermination) {
+TerminationWatch::TerminationWatch(std::function<bool()> onTermination)
+    : state_(std::make_unique<State>(State{std::move(onTermination)})) {
     {
-        const std::lock_guard lock(handlerMutex);
-        handlerFunction = std::move(onTermination);
+        const std::lock_guard lock(watchMutex);
+        watched = &state_->onTermination;
     }
-    SetConsoleCtrlHandler(handleConsoleEvent, TRUE);
+    SetConsoleCtrlHandler(&handleConsoleEvent, TRUE);
 }
 
 TerminationWatch::~TerminationWatch() {
-    SetConsoleCtrlHandler(handleConsoleEvent, FALSE);
-    const std::lock_guard lock(handlerMutex);
-    handlerFunction = nullptr;
+    SetConsoleCtrlHandler(&handleConsoleEvent, FALSE);
+    const std::lock_guard lock(watchMutex);
+    watched = nullptr;
 }
 
 } // namespace platform

@@ -1,0 +1,23 @@
+#include "platform/control_pipe.h"
+
+#include "platform/windows/system.h"
+
+#include <QLocalServer>
+#include <QLocalSocket>
+
+namespace platform {
+
+// A pipe goes with its process, so nothing is left to clear. The system's default rights apply:
+// the gateway's own account, administrators and the local system may write to it.
+void prepareControlPipe(QLocalServer& /*server*/, const QString& name) {
+    QLocalServer::removeServer(name);
+}
+
+bool isServedByThisProcess(const QLocalSocket& pipe) {
+    ULONG server = 0;
+    return GetNamedPipeServerProcessId(reinterpret_cast<HANDLE>(pipe.socketDescriptor()),
+                                       &server) != FALSE &&
+           server == GetCurrentProcessId();
+}
+
+} // namespace platform

@@ -1,0 +1,94 @@
+#include "platform/folders.h"
+
+#include "platform/windows/system.h"
+
+#include <dbghelp.h>
+#include <shlobj.h>
+#include <shlwapi.h>
+
+#include <QByteArray>
+#include <QDir>
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <type_traits>
+
+namespace platform {
+
+namespace {
+
+struct FreeLibraryDeleter {
+    void operator()(HMODULE module) const noexcept { FreeLibrary(module); }
+};
+using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeLibraryDeleter>;
+
+// `text` in the system's eight-bit code page, or nothing when that page lacks a character of it.
+std::optional<QByteArray> toAnsi(const QString& text) {
+    const int length = static_cast<int>(text.size());
+    if (length == 0) {
+        return QByteArray();
+    }
+    constexpr DWORD flags = WC_NO_BEST_FIT_CHARS;
+    BOOL lossy = FALSE;
+    const int size =
+        WideCharToMultiByte(CP_ACP, flags, wide(text), length, nullptr, 0, nullptr, &lossy);
+    if (size <= 0 || lossy != FALSE) {
+        return std::nullopt;
+    }
+    QByteArray ansi(size, Qt::Uninitialized);
+    WideCharToMultiByte(CP_ACP, flags, wide(text), length, ansi.data(), size, nullptr, nullptr);
+    return ansi;
+}
+
+} // namespace
+
+bool shellFoldersAvailable() {
+    return Module(LoadLibraryW(L"shell32.dll")) != nullptr;
+}
+
+QString commonApplicationDataFolder() {
+    std::array<wchar_t, MAX_PATH> folder{};
+    if (SHGetSpecialFolderPathW(nullptr, folder.data(), CSIDL_COMMON_APPDATA, FALSE) == FALSE) {
+        return {};
+    }
+    return QString::fromWCharArray(folder.data());
+}
+
+QString commonApplicationDataFolderForLog() {
+    std::array<char, MAX_PATH> folder{};
+    if (SHGetFolderPathA(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT,
+                         folder.data()) != S_OK) {
+        return {};
+    }
+    return QString::fromLocal8Bit(folder.data()); // the system's code page, to UTF-16
+}
+
+QString joinPath(const QString& left, const QString& right) {
+    constexpr QChar separator = u'\\';
+    const QStringView rest(right);
+    return left + separator + (rest.startsWith(separator) ? rest.mid(1) : rest);
+}
+
+// The eight-bit functions serve every path that came from the eight-bit folder name; a path they
+// cannot spell goes through the wide ones.
+
+bool isDirectory(const QString& path) {
+    if (const std::optional<QByteArray> ansi = toAnsi(path)) {
+        return PathIsDirectoryA(ansi->constData()) != FALSE;
+    }
+    return PathIsDirectoryW(wide(path)) != FALSE;
+}
+
+bool makeDirectoryPath(const QString& path) {
+    // Parents are told apart by back-slashes alone.
+    const QString native = QDir::toNativeSeparators(path);
+    if (const std::optional<QByteArray> ansi = toAnsi(native + u'\\')) {
+        MakeSureDirectoryPathExists(ansi->constData());
+    } else {
+        SHCreateDirectoryExW(nullptr, wide(native), nullptr);
+    }
+    return isDirectory(path);
+}
+
+} // namespace platform

@@ -1,0 +1,11 @@
+#include "platform/secret.h"
+
+#include "platform/windows/system.h"
+
+namespace platform {
+
+void wipe(void* memory, std::size_t size) noexcept {
+    SecureZeroMemory(memory, size);
+}
+
+} // namespace platform

@@ -1,0 +1,60 @@
+#include "platform/shared_library.h"
+
+#include "platform/windows/system.h"
+
+#include <array>
+
+namespace platform {
+
+namespace {
+
+// Plain bytes, since a thread may outlive the library this code stands in.
+thread_local std::array<char, 512> lastErrorText{};
+
+// Keeps the system's text for `error`, UTF-8, as long as fits; its number when there is no text.
+void keepError(DWORD error) {
+    std::array<wchar_t, 256> text{};
+    const DWORD length = FormatMessageW(
+        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
+        nullptr, error, 0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+    const QByteArray message =
+        length > 0
+            ? QString::fromWCharArray(text.data(), static_cast<int>(length)).trimmed().toUtf8()
+            : QByteArray::number(static_cast<qulonglong>(error));
+    qstrncpy(lastErrorText.data(), message.constData(), lastErrorText.size());
+}
+
+} // namespace
+
+SharedLibrary SharedLibrary::load(const char* name) {
+    SharedLibrary library;
+    library.handle_ = LoadLibraryW(wide(QString::fromUtf8(name)));
+    keepError(library.handle_ != nullptr ? ERROR_SUCCESS : GetLastError());
+    return library;
+}
+
+const char* SharedLibrary::lastError() {
+    return lastErrorText.data();
+}
+
+SharedLibrary::AnyFunction SharedLibrary::symbol(const char* name) const {
+    return handle_ != nullptr
+               ? reinterpret_cast<AnyFunction>(GetProcAddress(static_cast<HMODULE>(handle_), name))
+               : nullptr;
+}
+
+void SharedLibrary::unload() noexcept {
+    if (handle_ != nullptr) {
+        FreeLibrary(static_cast<HMODULE>(std::exchange(handle_, nullptr)));
+    }
+}
+
+const char* loggingLibraryName() {
+    return "liblumetrix2_x64.dll";
+}
+
+const char* gatewayLibraryName() {
+    return "libQuorinGatewayHttp.dll";
+}
+
+} // namespace platform

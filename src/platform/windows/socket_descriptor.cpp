@@ -1,0 +1,15 @@
+#include "platform/socket_descriptor.h"
+
+#include "platform/windows/system.h"
+
+#include <winsock2.h>
+
+namespace platform {
+
+void SocketDescriptor::close() noexcept {
+    if (descriptor_ != kNone) {
+        closesocket(static_cast<SOCKET>(release()));
+    }
+}
+
+} // namespace platform
