@@ -3,7 +3,9 @@
 #include "config/element_readers.h"
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
+#include "platform/folders.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -158,7 +160,12 @@ TEST_F(SettingsFileTest, aFileThatIsNoXml) {
 }
 
 TEST_F(SettingsFileTest, theLogDirectoryIsMadeOnceTheLogSettingsAreKnown) {
-    const QString directory = folder_.filePath(u"Vemo/Quorin5/log"_s);
+    const QString directory =
+        platform::commonApplicationDataFolder() + u'/' + platform::kProductFolder + u"/log"_s;
+    QDir().rmdir(directory); // where the folder is the machine's own; one with logs in it stays
+    if (QFile::exists(directory)) {
+        GTEST_SKIP() << "this machine keeps logs of a gateway";
+    }
     failureOf(changed("<Generation>30", "<Generation>x"));
     EXPECT_FALSE(QFile::exists(directory));
     failureOf(changed("<Port>8080", "<Port>x"));
