@@ -1,0 +1,246 @@
+#include "platform/certificate_store.h"
+
+#include "platform/windows/system.h"
+
+#include <ncrypt.h>
+#include <wincrypt.h>
+
+#include <algorithm>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+struct StoreCloser {
+    void operator()(HCERTSTORE store) const noexcept { CertCloseStore(store, 0); }
+};
+using Store = std::unique_ptr<std::remove_pointer_t<HCERTSTORE>, StoreCloser>;
+
+struct ContextDeleter {
+    void operator()(PCCERT_CONTEXT context) const noexcept { CertFreeCertificateContext(context); }
+};
+using Context = std::unique_ptr<const CERT_CONTEXT, ContextDeleter>;
+
+// A key of the system's key storage, or what an old provider gave in its place; given back only
+// when the system says that it is the caller's.
+class Key {
+public:
+    [[nodiscard]] static std::optional<Key> of(PCCERT_CONTEXT certificate) {
+        Key key;
+        BOOL ours = FALSE;
+        if (CryptAcquireCertificatePrivateKey(certificate, CRYPT_ACQUIRE_ONLY_NCRYPT_KEY_FLAG,
+                                              nullptr, &key.handle_, &key.specification_,
+                                              &ours) == FALSE) {
+            return std::nullopt;
+        }
+        key.ours_ = ours != FALSE;
+        return key;
+    }
+
+    ~Key() {
+        if (!ours_) {
+            return;
+        }
+        if (specification_ == CERT_NCRYPT_KEY_SPEC) {
+            NCryptFreeObject(handle_);
+        } else {
+            CryptReleaseContext(handle_, 0);
+        }
+    }
+
+    Key(Key&& other) noexcept
+        : handle_(other.handle_),
+          specification_(other.specification_),
+          ours_(std::exchange(other.ours_, false)) {}
+    Key(const Key&) = delete;
+    Key& operator=(const Key&) = delete;
+    Key& operator=(Key&&) = delete;
+
+    [[nodiscard]] NCRYPT_KEY_HANDLE handle() const noexcept { return handle_; }
+
+private:
+    Key() = default;
+
+    HCRYPTPROV_OR_NCRYPT_KEY_HANDLE handle_ = 0;
+    DWORD specification_ = 0;
+    bool ours_ = false;
+};
+
+QDateTime utc(const SYSTEMTIME& time) {
+    return {QDate(time.wYear, time.wMonth, time.wDay),
+            QTime(time.wHour, time.wMinute, time.wSecond, time.wMilliseconds), Qt::UTC};
+}
+
+QDateTime utc(const FILETIME& time) {
+    SYSTEMTIME fields{};
+    return FileTimeToSystemTime(&time, &fields) != FALSE ? utc(fields) : QDateTime();
+}
+
+// One of the subject's names, or several with a NUL behind each. Empty when there is none.
+std::string nameString(PCCERT_CONTEXT certificate, DWORD type, DWORD flags) {
+    const DWORD size = CertGetNameStringA(certificate, type, flags, nullptr, nullptr, 0);
+    if (size <= 1) { // the terminating NUL alone
+        return {};
+    }
+    std::string names(size, '\0');
+    const DWORD written = CertGetNameStringA(certificate, type, flags, nullptr, names.data(), size);
+    names.resize(written > 0 ? written - 1 : 0);
+    return names;
+}
+
+class SystemKeyHandle final : public KeyHandle {
+public:
+    explicit SystemKeyHandle(Key key) : key_(std::move(key)) {}
+
+    SecretBytes exportPkcs8() const override {
+        DWORD size = 0;
+        if (exportTo(nullptr, 0, size) != ERROR_SUCCESS || size == 0) {
+            return {};
+        }
+        SecretBytes bytes(size);
+        DWORD written = 0;
+        if (exportTo(bytes.data(), size, written) != ERROR_SUCCESS) {
+            return {};
+        }
+        return bytes;
+    }
+
+    TwoStepAnswer<QString> algorithmGroup() const override {
+        DWORD size = 0;
+        if (groupTo(nullptr, 0, size) != ERROR_SUCCESS) {
+            return {Outcome::NoSize};
+        }
+        // One NUL more than the system puts there by itself.
+        std::vector<wchar_t> name(size / sizeof(wchar_t) + 1);
+        DWORD written = 0;
+        if (groupTo(name.data(), size, written) != ERROR_SUCCESS) {
+            return {Outcome::NoData};
+        }
+        return {Outcome::Complete, QString::fromWCharArray(name.data())};
+    }
+
+private:
+    SECURITY_STATUS exportTo(char* buffer, DWORD size, DWORD& needed) const {
+        return NCryptExportKey(key_.handle(), 0, NCRYPT_PKCS8_PRIVATE_KEY_BLOB, nullptr,
+                               reinterpret_cast<BYTE*>(buffer), size, &needed, 0);
+    }
+
+    SECURITY_STATUS groupTo(wchar_t* buffer, DWORD size, DWORD& needed) const {
+        return NCryptGetProperty(key_.handle(), NCRYPT_ALGORITHM_GROUP_PROPERTY,
+                                 reinterpret_cast<BYTE*>(buffer), size, &needed,
+                                 NCRYPT_SILENT_FLAG);
+    }
+
+    Key key_;
+};
+
+class SystemCertificate final : public Certificate {
+public:
+    explicit SystemCertificate(Context context) : context_(std::move(context)) {}
+
+    std::vector<std::string> dnsNames() const override {
+        const std::string all =
+            nameString(context_.get(), CERT_NAME_DNS_TYPE, CERT_NAME_SEARCH_ALL_NAMES_FLAG);
+        std::vector<std::string> names;
+        for (std::size_t begin = 0; begin < all.size();) {
+            const std::size_t end = std::min(all.find('\0', begin), all.size());
+            names.push_back(all.substr(begin, end - begin));
+            begin = end + 1;
+        }
+        return names;
+    }
+
+    std::string displayName() const override {
+        return nameString(context_.get(), CERT_NAME_SIMPLE_DISPLAY_TYPE, 0);
+    }
+
+    QDateTime notBefore() const override { return utc(context_->pCertInfo->NotBefore); }
+    QDateTime notAfter() const override { return utc(context_->pCertInfo->NotAfter); }
+
+    QByteArray serialNumber() const override {
+        const CRYPT_INTEGER_BLOB& number = context_->pCertInfo->SerialNumber;
+        const QByteArrayView bytes(number.pbData, static_cast<qsizetype>(number.cbData));
+        // Some editions of the system leave the sign byte in its place.
+        return bytes.chopped(bytes.size() > 1 && bytes.back() == '\0' ? 1 : 0).toByteArray();
+    }
+
+    QByteArrayView der() const override {
+        return {context_->pbCertEncoded, static_cast<qsizetype>(context_->cbCertEncoded)};
+    }
+
+    std::unique_ptr<KeyHandle> acquirePrivateKey() const override {
+        std::optional<Key> key = Key::of(context_.get());
+        return key ? std::make_unique<SystemKeyHandle>(*std::move(key)) : nullptr;
+    }
+
+private:
+    Context context_;
+};
+
+class SystemStore final : public CertificateStore {
+public:
+    explicit SystemStore(Store store) : store_(std::move(store)) {}
+
+    std::unique_ptr<Certificate> next() override {
+        if (ended_) {
+            return nullptr;
+        }
+        // The call takes the context it goes on from.
+        current_.reset(CertEnumCertificatesInStore(store_.get(), current_.release()));
+        if (!current_) {
+            ended_ = true; // the next call would begin anew
+            return nullptr;
+        }
+        return std::make_unique<SystemCertificate>(
+            Context(CertDuplicateCertificateContext(current_.get())));
+    }
+
+private:
+    Store store_;
+    Context current_; // goes before its store
+    bool ended_ = false;
+};
+
+class LocalMachineCertificates final : public CertificateSystem {
+public:
+    std::unique_ptr<CertificateStore> openStore(QStringView name) const override {
+        const QString text = name.toString();
+        Store store(CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0,
+                                  CERT_SYSTEM_STORE_LOCAL_MACHINE | CERT_STORE_READONLY_FLAG,
+                                  wide(text)));
+        return store ? std::make_unique<SystemStore>(std::move(store)) : nullptr;
+    }
+
+    QDateTime currentTime() const override {
+        SYSTEMTIME now{};
+        GetSystemTime(&now);
+        return utc(now);
+    }
+
+    TwoStepAnswer<SecretBytes> toBase64(QByteArrayView bytes) const override {
+        const auto* const data = reinterpret_cast<const BYTE*>(bytes.data());
+        const auto length = static_cast<DWORD>(bytes.size());
+        DWORD size = 0;
+        if (CryptBinaryToStringA(data, length, CRYPT_STRING_BASE64, nullptr, &size) == FALSE) {
+            return {Outcome::NoSize};
+        }
+        SecretBytes text(size);
+        if (CryptBinaryToStringA(data, length, CRYPT_STRING_BASE64, text.data(), &size) == FALSE) {
+            return {Outcome::NoData};
+        }
+        text.truncate(qstrnlen(text.data(), text.size()));
+        return {Outcome::Complete, std::move(text)};
+    }
+};
+
+} // namespace
+
+const CertificateSystem& localMachineCertificates() {
+    static const LocalMachineCertificates certificates;
+    return certificates;
+}
+
+} // namespace platform
