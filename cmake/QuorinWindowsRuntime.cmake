@@ -31,11 +31,16 @@ else()
   include(InstallRequiredSystemLibraries)
 endif()
 
+set(runtime_folders "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+if(BUILD_TESTING)
+  list(APPEND runtime_folders "${CMAKE_BINARY_DIR}/tests")
+endif()
 add_custom_target(quorin_windows_runtime ALL
-  COMMAND "${CMAKE_COMMAND}" -E make_directory "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tls"
-  COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${QUORIN_RUNTIME_FILES}
-          "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}"
-  COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${QUORIN_RUNTIME_TLS_PLUGINS}
-          "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tls"
-  COMMENT "Putting the libraries it needs beside the gateway"
-  VERBATIM)
+  COMMENT "Putting the libraries they need beside the programs")
+foreach(folder IN LISTS runtime_folders)
+  add_custom_command(TARGET quorin_windows_runtime POST_BUILD
+    COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}/tls"
+    COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${QUORIN_RUNTIME_FILES} "${folder}"
+    COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${QUORIN_RUNTIME_TLS_PLUGINS} "${folder}/tls"
+    VERBATIM)
+endforeach()

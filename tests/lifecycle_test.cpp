@@ -4,6 +4,7 @@
 #include "support/deadline.h"
 #include "support/gateway.h"
 #include "support/site.h"
+#include "support/system.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -56,14 +57,15 @@ TEST_F(LifecycleTest, aWholeRunIsLoggedFromSetUpToRelease) {
     gateway.start();
     EXPECT_EQ(gateway.stop(), 0);
     const QString log = u"log\thandle\tGW\t3\t"_s;
-    const QString directory = site_.appDataPath(u"Vemo/Quorin5/log"_s);
+    const QString directory = site_.logFolder();
+    const QString escaped = QString(directory).replace(u'\\', u"\\\\"_s); // as the stub writes it
     EXPECT_EQ(site_.record(),
               (QStringList{
                   u"get_logger"_s,
                   u"set_rotation_with_date\thandle\t3"_s,
                   u"set_pool_size\thandle\t64"_s,
                   u"set_output_level\thandle\t2"_s,
-                  u"set_output_dir\thandle\t" + directory + u"\tQuorinGatewayHttp",
+                  u"set_output_dir\thandle\t" + escaped + u"\tQuorinGatewayHttp",
                   log + u"Quorin Gateway Http Server Start [Argument] " + arguments(),
                   log + u"Reply mode - Uses request queue.",
                   log + u"MaxLargeFileRequest/MaxUserSession - 4/10",
@@ -234,6 +236,9 @@ TEST_F(LifecycleTest, aPortAbove65535CountsModulo65536) {
 }
 
 TEST_F(LifecycleTest, aPipeThatCannotBeOpenedEndsTheProcessWithOneAfterItsAttempts) {
+    if (kOnWindows) {
+        GTEST_SKIP() << "a pipe is no file on this system";
+    }
     // A folder in the pipe's place is no stale pipe.
     ASSERT_TRUE(QDir().mkpath(site_.pipePath() + u"/full"));
     Gateway gateway(site_);
@@ -297,6 +302,9 @@ TEST_F(LifecycleTest, whatAKilledGatewayLeavesBehindIsTakenOverAtOnce) {
 }
 
 TEST_F(LifecycleTest, aPlainFileUnderThePipesNameIsCleared) {
+    if (kOnWindows) {
+        GTEST_SKIP() << "a pipe is no file on this system";
+    }
     QFile file(site_.pipePath());
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.close();
@@ -306,6 +314,9 @@ TEST_F(LifecycleTest, aPlainFileUnderThePipesNameIsCleared) {
 }
 
 TEST_F(LifecycleTest, thePipeIsOpenToItsOwnUserAlone) {
+    if (kOnWindows) {
+        GTEST_SKIP() << "a pipe is no file on this system";
+    }
     Gateway gateway(site_);
     gateway.start();
     ASSERT_TRUE(waitUntil([&] { return QFile::exists(site_.pipePath()); }));

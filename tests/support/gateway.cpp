@@ -2,6 +2,7 @@
 
 #include "server/control_channel.h"
 #include "support/deadline.h"
+#include "support/system.h"
 
 #include <QLocalSocket>
 #include <QProcessEnvironment>
@@ -30,15 +31,32 @@ QString folderOf(LogLibrary log) {
     return QStringLiteral(QUORIN_EMPTY_FOLDER);
 }
 
+// Lets a process find the libraries in these folders, before all others that lie not beside it.
+void addLibraryFolders(QProcessEnvironment& environment, const QStringList& folders) {
+    if constexpr (kOnWindows) {
+        // Qt and its plugins stand beside the test host, which not every program does.
+        const QString here = QStringLiteral(QUORIN_TEST_HOST_FOLDER);
+        environment.insert(u"PATH"_s,
+                           folders.join(u';') + u';' + here + u';' + environment.value(u"PATH"_s));
+        environment.insert(u"QT_PLUGIN_PATH"_s, here);
+    } else {
+        environment.insert(u"LD_LIBRARY_PATH"_s, folders.join(u':'));
+    }
+}
+
+// What a program wrote, with the line ends of this system's text streams as line feeds.
+QByteArray asText(QByteArray output) {
+    return kOnWindows ? output.replace("\r\n", "\n") : output;
+}
+
 } // namespace
 
 Gateway::Gateway(const Site& site, LogLibrary log) : site_(site) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"QUORIN_COMMON_APPDATA"_s, site.appDataPath(QString()).chopped(1));
+    environment.insert(u"QUORIN_COMMON_APPDATA"_s, site.appDataFolder());
     environment.insert(u"QUORIN_STUB_LOG"_s, site.recordPath());
     environment.insert(u"TMPDIR"_s, site.temporaryPath());
-    environment.insert(u"LD_LIBRARY_PATH"_s,
-                       folderOf(log) + u':' + QStringLiteral(QUORIN_BARE_FOLDER));
+    addLibraryFolders(environment, {folderOf(log), QStringLiteral(QUORIN_BARE_FOLDER)});
     process_.setProcessEnvironment(environment);
 }
 
@@ -81,8 +99,7 @@ std::optional<int> Gateway::stop() {
 void Gateway::command(const QByteArray& command) {
     QLocalSocket pipe;
     // Where a pipe is a file, its place hangs on the process's own temporary folder.
-    const QString name = QStringLiteral(QUORIN_PIPE_IS_FILE) == u"1" ? site_.pipePath()
-                                                                     : kControlPipeName.toString();
+    const QString name = kOnWindows ? kControlPipeName.toString() : site_.pipePath();
     ASSERT_TRUE(waitUntil([&] {
         pipe.connectToServer(name);
         return pipe.waitForConnected(kPatienceMs);
@@ -98,6 +115,14 @@ std::optional<int> Gateway::waitForExit() {
     }
     return process_.exitStatus() == QProcess::NormalExit ? std::optional(process_.exitCode())
                                                          : std::nullopt;
+}
+
+QByteArray Gateway::errorOutput() {
+    return asText(process_.readAllStandardError());
+}
+
+QByteArray Gateway::output() {
+    return asText(process_.readAllStandardOutput());
 }
 
 void Gateway::kill() {

@@ -39,8 +39,8 @@ public:
     // Asks the process to end, as the system's shutdown does.
     void interrupt() { process_.terminate(); }
     [[nodiscard]] qint64 processId() const { return process_.processId(); }
-    [[nodiscard]] QByteArray errorOutput() { return process_.readAllStandardError(); }
-    [[nodiscard]] QByteArray output() { return process_.readAllStandardOutput(); }
+    [[nodiscard]] QByteArray errorOutput();
+    [[nodiscard]] QByteArray output();
 
     // For the environment beyond what the site sets; before the start.
     void setEnvironment(const QString& name, const QString& value);

@@ -1,5 +1,7 @@
 #include "support/process_figures.h"
 
+#include "support/system.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -25,6 +27,9 @@ qint64 statusNumber(const QByteArray& status, const QByteArray& field) {
 } // namespace
 
 std::optional<ProcessFigures> processFigures(qint64 processId) {
+    if (kOnWindows) {
+        return std::nullopt;
+    }
     const QString folder = QStringLiteral("/proc/") + QString::number(processId);
     QFile file(folder + QStringLiteral("/status"));
     if (!file.open(QIODevice::ReadOnly)) {

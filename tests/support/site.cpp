@@ -3,8 +3,10 @@
 #include "platform/folders.h"
 #include "server/control_channel.h"
 #include "support/deadline.h"
+#include "support/system.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -44,6 +46,24 @@ void store(const QString& path, const QByteArray& content) {
     ASSERT_EQ(file.write(content), content.size());
 }
 
+// Sites that share the machine's own folder.
+int sharers = 0;
+
+// The first sharer claims the folder with a file of this name.
+constexpr QStringView kClaim = u"/claimed-by-tests";
+
+// Ends the tests rather than touch what a gateway in use keeps on this machine.
+void claimMachine(const QString& productFolder) {
+    const bool claimed = QFile::exists(productFolder + kClaim);
+    if (!claimed &&
+        QDirIterator(productFolder, QDir::Files, QDirIterator::Subdirectories).hasNext()) {
+        qFatal("%s holds data of a gateway; these tests need a machine of their own",
+               qUtf8Printable(productFolder));
+    }
+    QDir(productFolder).removeRecursively(); // left by tests that were killed
+    store(productFolder + kClaim, "");
+}
+
 } // namespace
 
 quint16 freePort() {
@@ -58,9 +78,18 @@ quint16 freePort() {
 }
 
 Site::Site() {
+    if (kOnWindows && sharers++ == 0) {
+        claimMachine(appDataPath(platform::kProductFolder.toString()));
+    }
     QDir().mkpath(temporaryPath());
     QDir().mkpath(stagingPath(QString()));
     QDir().mkpath(rootPath(u"fwfiles"_s));
+}
+
+Site::~Site() {
+    if (kOnWindows && --sharers == 0) {
+        QDir(appDataPath(platform::kProductFolder.toString())).removeRecursively();
+    }
 }
 
 void Site::writeSettings(Settings settings) {
@@ -71,8 +100,12 @@ void Site::writeSettings(Settings settings) {
     store(settingsPath(), settings.toXml());
 }
 
+QString Site::appDataFolder() const {
+    return kOnWindows ? platform::commonApplicationDataFolder() : path(u"appdata"_s);
+}
+
 QString Site::appDataPath(const QString& relative) const {
-    return path(u"appdata/"_s + relative);
+    return appDataFolder() + u'/' + relative;
 }
 
 QString Site::rootPath(const QString& relative) const {
@@ -81,6 +114,11 @@ QString Site::rootPath(const QString& relative) const {
 
 QString Site::stagingPath(const QString& fileName) const {
     return appDataPath(u"Vemo/Quorin5/QuorinGatewayApp/NotificationTmp/"_s + fileName);
+}
+
+QString Site::logFolder() const {
+    return platform::joinPath(
+        platform::joinPath(appDataFolder(), platform::kProductFolder.toString()), u"log"_s);
 }
 
 void Site::writeFile(const QString& relative, const QByteArray& content) const {

@@ -12,10 +12,15 @@ namespace quorin::test {
 
 // A facility's machine for one test: a folder of its own with document root, staging folder,
 // settings file, place for the instance guard and the control pipe, and the record of the logging
-// stub. Gone with the object.
+// stub. Gone with the object. Where the common application data folder is the machine's own, sites
+// share it, and the last one to go clears it.
 class Site {
 public:
     Site();
+    ~Site();
+
+    Site(const Site&) = delete;
+    Site& operator=(const Site&) = delete;
 
     // Writes the settings file; a port of "0" is replaced by a free one.
     void writeSettings(Settings settings = {});
@@ -23,11 +28,14 @@ public:
     [[nodiscard]] QString settingsPath() const { return path(QStringLiteral("settings.xml")); }
     [[nodiscard]] quint16 port() const noexcept { return port_; }
 
-    // Below the common application data folder.
+    // The common application data folder of the gateways on this site, and what lies below it.
+    [[nodiscard]] QString appDataFolder() const;
     [[nodiscard]] QString appDataPath(const QString& relative) const;
     // Below the document root.
     [[nodiscard]] QString rootPath(const QString& relative) const;
     [[nodiscard]] QString stagingPath(const QString& fileName) const;
+    // As the gateway names it to the logging library.
+    [[nodiscard]] QString logFolder() const;
 
     // Makes a file below the document root, with the folders on the way.
     void writeFile(const QString& relative, const QByteArray& content) const;

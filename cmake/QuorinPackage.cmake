@@ -1,0 +1,53 @@
+# What `cmake --install` puts where, and the packages `cpack` makes of it: a zip for Windows, a .deb
+# and a .tar.gz for Linux. Included when all targets are known.
+
+set(package_programs QuorinGatewayHttp lumetrix quorin-gateway)
+
+if(WIN32)
+  install(TARGETS ${package_programs} RUNTIME DESTINATION bin)
+  install(FILES ${QUORIN_RUNTIME_FILES} DESTINATION bin)
+  install(FILES ${QUORIN_RUNTIME_TLS_PLUGINS} DESTINATION bin/tls)
+  install(PROGRAMS ${CMAKE_INSTALL_SYSTEM_RUNTIME_LIBS} DESTINATION bin)
+  install(FILES packaging/settings.xml DESTINATION settings)
+  install(DIRECTORY ${QUORIN_LICENCES} DESTINATION licences)
+else()
+  # In one folder, since each looks for the others beside itself.
+  set(package_folder lib/quorin-gateway)
+  install(TARGETS ${package_programs}
+    RUNTIME DESTINATION ${package_folder}
+    LIBRARY DESTINATION ${package_folder})
+  install(FILES packaging/settings.xml DESTINATION share/doc/quorin-gateway/examples)
+  install(FILES packaging/linux/quorin-gateway.service DESTINATION lib/systemd/system)
+  # What stands outside the prefix, for the .deb alone.
+  install(FILES packaging/settings.xml DESTINATION /etc/quorin-gateway
+    COMPONENT debian EXCLUDE_FROM_ALL)
+endif()
+
+set(CPACK_PACKAGE_NAME quorin-gateway)
+set(CPACK_PACKAGE_VENDOR "Quorin Gateway developers")
+set(CPACK_PACKAGE_CONTACT "Quorin Gateway developers <root@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_CHECKSUM SHA256)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_THREADS 0)
+set(CPACK_PACKAGE_DIRECTORY "${CMAKE_BINARY_DIR}/packages")
+
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+  set(CPACK_SYSTEM_NAME windows-x64)
+else()
+  set(CPACK_GENERATOR TGZ DEB)
+  set(CPACK_SYSTEM_NAME linux-x64)
+  set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/QuorinPackageDebian.cmake")
+
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SECTION net)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_DEPENDS adduser)
+  set(package_scripts "${PROJECT_SOURCE_DIR}/packaging/linux/debian")
+  set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${package_scripts}/conffiles"
+      "${package_scripts}/postinst" "${package_scripts}/prerm" "${package_scripts}/postrm")
+endif()
+
+include(CPack)
