@@ -47,10 +47,11 @@ public:
         return lines;
     }
 
+    // The file that the stub writes its calls into.
+    [[nodiscard]] QString path() const { return folder_.filePath(QStringLiteral("calls")); }
+
 private:
     static constexpr const char* kRecordVariable = "QUORIN_STUB_LOG";
-
-    [[nodiscard]] QString path() const { return folder_.filePath(QStringLiteral("calls")); }
 
     QTemporaryDir folder_;
 };

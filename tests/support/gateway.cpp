@@ -82,6 +82,13 @@ void Gateway::startWith(const QStringList& arguments) {
     startProcess(QStringLiteral(QUORIN_TEST_HOST), arguments);
 }
 
+void Gateway::startUnder(const QStringList& command) {
+    QStringList whole = command;
+    whole << QStringLiteral(QUORIN_TEST_HOST) << site_.settingsPath() << u"primary"_s;
+    const QString program = whole.takeFirst();
+    startProcess(program, whole);
+}
+
 void Gateway::startProgram(const QStringList& arguments) {
     startProcess(QStringLiteral(QUORIN_PROGRAM), arguments);
 }

@@ -22,6 +22,8 @@ public:
     // the site's settings file and "primary".
     void start();
     void startWith(const QStringList& arguments);
+    // As start(), by way of a command that runs the one behind it.
+    void startUnder(const QStringList& command);
     // Starts the program quorin-gateway instead.
     void startProgram(const QStringList& arguments);
 

@@ -20,20 +20,6 @@ namespace quorin::test {
 
 namespace {
 
-// The stub's escapes taken back.
-QString unescaped(const QString& field) {
-    QString text;
-    for (qsizetype i = 0; i < field.size(); ++i) {
-        if (field.at(i) != u'\\') {
-            text += field.at(i);
-            continue;
-        }
-        const QChar letter = field.at(++i);
-        text += letter == u'n' ? QChar(u'\n') : letter == u't' ? QChar(u'\t') : letter;
-    }
-    return text;
-}
-
 QByteArray contentOf(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -131,23 +117,6 @@ QByteArray Site::readFile(const QString& relative) const {
 
 QString Site::pipePath() const {
     return temporaryPath() + u'/' + kControlPipeName;
-}
-
-QStringList Site::record() const {
-    QStringList lines = QString::fromUtf8(contentOf(recordPath())).split(u'\n');
-    lines.removeLast(); // behind the last line feed
-    return lines;
-}
-
-QStringList Site::logged() const {
-    const QString call = u"log\thandle\tGW\t"_s;
-    QStringList lines;
-    for (const QString& line : record()) {
-        if (line.startsWith(call)) {
-            lines.append(unescaped(line.mid(call.size()).replace(1, 1, u" "_s)));
-        }
-    }
-    return lines;
 }
 
 bool Site::waitUntilLogged(const QString& line, int times) const {

@@ -2,6 +2,7 @@
 
 #include "support/print.h"
 #include "support/settings.h"
+#include "support/stub_record.h"
 
 #include <QByteArray>
 #include <QString>
@@ -47,9 +48,9 @@ public:
 
     // What the logging stub writes: a line a call.
     [[nodiscard]] QString recordPath() const { return path(QStringLiteral("record")); }
-    [[nodiscard]] QStringList record() const;
+    [[nodiscard]] QStringList record() const { return recordedCalls(recordPath()); }
     // Of the record, the lines logged: the level's number, a blank, the message.
-    [[nodiscard]] QStringList logged() const;
+    [[nodiscard]] QStringList logged() const { return loggedLines(recordPath()); }
     // Waits until `line` was logged `times` times.
     [[nodiscard]] bool waitUntilLogged(const QString& line, int times = 1) const;
 

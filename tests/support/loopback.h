@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/socket_descriptor.h"
+#include "support/client.h"
+
+#include <QTcpServer>
+
+#include <optional>
+
+namespace quorin::test {
+
+// A connection over the loopback interface as the server finds it: a client, and the accepted end
+// as a bare descriptor, which is closed with the object unless somebody took it.
+class Loopback {
+public:
+    explicit Loopback(const QHostAddress& address = QHostAddress(QHostAddress::LocalHost));
+
+    [[nodiscard]] Client& client() noexcept { return *client_; }
+
+    // Hands the accepted end to the caller, who closes it from now on.
+    [[nodiscard]] qintptr takeDescriptor() { return acceptor_.accepted.value().release(); }
+
+private:
+    class Acceptor : public QTcpServer {
+    public:
+        std::optional<platform::SocketDescriptor> accepted;
+
+    private:
+        void incomingConnection(qintptr descriptor) override { accepted.emplace(descriptor); }
+    };
+
+    Acceptor acceptor_;
+    std::optional<Client> client_;
+};
+
+} // namespace quorin::test
