@@ -27,7 +27,8 @@ inline constexpr std::chrono::seconds kSendTimeout{30};
 [[nodiscard]] QByteArray serialized(const http::Response& response);
 
 // Sends `bytes`, looking every 10 ms whether they have left. Throws a GatewayException of kind
-// Request when they have not after `timeout`, or the socket is of no use.
+// Request when they have not after `timeout`, or the socket is of no use. A peer that goes
+// meanwhile takes its bytes along and is no failure; the socket's disconnected() tells of it.
 void writeSocket(QSslSocket& socket, QByteArrayView bytes,
                  std::chrono::milliseconds timeout = kSendTimeout);
 

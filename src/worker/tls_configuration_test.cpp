@@ -1,0 +1,26 @@
+#include "worker/tls_configuration.h"
+
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QSslSocket>
+
+#include <gtest/gtest.h>
+
+namespace quorin {
+namespace {
+
+TEST(TlsConfigurationTest, speaksOneDotTwoAndLaterAndAsksPeersForNothing) {
+    const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
+    EXPECT_EQ(tls.protocol(), QSsl::TlsV1_2OrLater);
+    EXPECT_EQ(tls.peerVerifyMode(), QSslSocket::VerifyNone);
+    EXPECT_TRUE(tls.caCertificates().isEmpty());
+}
+
+TEST(TlsConfigurationTest, takesNullForCertificateAndKey) {
+    const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
+    EXPECT_TRUE(tls.localCertificate().isNull());
+    EXPECT_TRUE(tls.privateKey().isNull());
+}
+
+} // namespace
+} // namespace quorin

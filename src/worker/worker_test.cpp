@@ -1,0 +1,70 @@
+#include "worker/worker.h"
+
+#include "worker/handler_fixture.h"
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+class WorkerTest : public testing::Test {
+protected:
+    WorkerTest() {
+        GatewaySettings::instance() = {};
+        GatewaySettings::instance().ConnectionTimeout = 30;
+        surroundings_.documentRoot = data_.path(u"root"_s);
+    }
+    ~WorkerTest() override { GatewaySettings::instance() = {}; }
+
+    LogRecord log_;
+    DataFolder data_;
+    WorkerSurroundings surroundings_;
+    Loopback connection_;
+};
+
+TEST_F(WorkerTest, oneThatNeverRunsClosesItsConnectionInSilence) {
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    EXPECT_TRUE(worker->autoDelete());
+    worker.reset();
+    EXPECT_EQ(connection_.client().readToEnd(), "");
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(WorkerTest, oneWhoseConnectionWasTakenLeavesItOpen) {
+    qintptr descriptor = -1;
+    {
+        Worker worker(connection_.takeDescriptor(), surroundings_);
+        descriptor = worker.releaseDescriptor();
+    }
+    QTcpSocket taker;
+    ASSERT_TRUE(taker.setSocketDescriptor(descriptor));
+    taker.write("still here");
+    ASSERT_TRUE(taker.waitForBytesWritten(5000));
+    EXPECT_EQ(connection_.client().read(10), "still here");
+}
+
+TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
+    connection_.client().send(get("/api/WebApiCommScheme"));
+    surroundings_.communicationScheme = CommunicationScheme::Http;
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    std::thread thread([&worker] {
+        worker->run();
+        worker.reset();
+    });
+    EXPECT_EQ(connection_.client().readToEnd(),
+              "HTTP/1.1 200 OK\r\nContent-Length: 30\r\nContent-Type: application/json\r\n\r\n"
+              "{\"CommunicationScheme\":\"http\"}");
+    thread.join();
+    EXPECT_EQ(log_.lines(),
+              (QStringList{u"2 [Start] void __cdecl Worker::run(void)"_s,
+                           u"2 [Start] void __cdecl Worker::SslSocketReadyRead(void)"_s,
+                           u"2 [End] void __cdecl Worker::SslSocketReadyRead(void)"_s,
+                           u"2 [End] void __cdecl Worker::run(void)"_s,
+                           u"2 [Start] void __cdecl Worker::SslSocketDisconnected(void)"_s,
+                           u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s}));
+}
+
+} // namespace
+} // namespace quorin::test
