@@ -94,9 +94,17 @@ void sendBody(WorkerContext& worker, QFile& file, qint64 size) {
     }
 }
 
-// The content, or nothing when the file cannot be read under its lock; then a reply was sent and
-// an exception tells why.
-QByteArray readLocked(WorkerContext& worker, const QString& filePath, const QFileInfo& fileInfo) {
+struct LockedContent {
+    QByteArray bytes;
+    // The file's, asked under the lock: the file that was found before may have been replaced by a
+    // shorter one while others held it.
+    qint64 fileSize = 0;
+};
+
+// Reads the file under its lock. When that cannot be done a reply is sent and an exception tells
+// why.
+LockedContent readLocked(WorkerContext& worker, const QString& filePath,
+                         const QFileInfo& fileInfo) {
     NotificationLock lock(fileInfo);
     bool locked = false;
     for (int attempt = 1; !locked && attempt <= NotificationLock::kAttempts; ++attempt) {
@@ -116,7 +124,8 @@ QByteArray readLocked(WorkerContext& worker, const QString& filePath, const QFil
         lock.unlockIfLocked();
         refuseUnreadable(worker, u"failed to open " + filePath + u" for read.");
     }
-    QByteArray content = file.readAll();
+    LockedContent content{.bytes = {}, .fileSize = file.size()};
+    content.bytes = file.readAll();
     file.close();
     lock.unlockIfLocked();
     return content;
@@ -141,7 +150,7 @@ void sendFile(WorkerContext& worker, const QFileInfo& fileInfo) {
 void sendNotificationFile(WorkerContext& worker, const QFileInfo& fileInfo) {
     const QString filePath = fileInfo.filePath();
     Logger::logDebug([&filePath]() -> QString { return u"notification file " + filePath; });
-    const QByteArray content = readLocked(worker, filePath, fileInfo);
+    const auto [content, fileSize] = readLocked(worker, filePath, fileInfo);
     Logger::logDebug([&filePath]() -> QString { return u"Close file. (" + filePath + u')'; });
     if (worker.disconnected) {
         failRequest(u"socket disconnected"_s);
@@ -149,7 +158,7 @@ void sendNotificationFile(WorkerContext& worker, const QFileInfo& fileInfo) {
     if (isExpired(worker)) {
         failRequest(u"request expired"_s);
     }
-    if (content.size() < fileInfo.size()) {
+    if (content.size() < fileSize) {
         refuseUnreadable(worker, u"failed to read " + filePath + u" for read.");
     }
     http::Response response(200);

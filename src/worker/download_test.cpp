@@ -132,6 +132,15 @@ TEST_F(SendNotificationFileTest, aFileThatGrewIsSentAsItIsNow) {
                           "Content-Type: application/json\r\n\r\n{\"longer\":1}");
 }
 
+TEST_F(SendNotificationFileTest, aFileThatShrankIsSentAsItIsNow) {
+    const QFileInfo file(notification("{\"longer\":1}"));
+    EXPECT_EQ(file.size(), 12);
+    notification("{}");
+    sendNotificationFile(context_, file);
+    EXPECT_EQ(received(), "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n"
+                          "Content-Type: application/json\r\n\r\n{}");
+}
+
 TEST_F(SendNotificationFileTest, aFileThatHoldsLessThanItsSizeIsRefused) {
     // What the system tells of itself comes in files of a page that hold a line.
     const QString line = u"/sys/kernel/mm/transparent_hugepage/enabled"_s;
