@@ -1,0 +1,158 @@
+#include "server/queue_watcher.h"
+
+#include "config/gateway_settings.h"
+#include "server/request_queue.h"
+#include "server/server_fixture.h"
+#include "support/deadline.h"
+#include "support/loopback.h"
+#include "support/print.h"
+#include "support/stub_record.h"
+#include "worker/worker.h"
+
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+const QString kRunStarts = u"2 [Start] void __cdecl Worker::run(void)"_s;
+
+class QueueWatcherTest : public testing::Test {
+protected:
+    QueueWatcherTest() {
+        GatewaySettings::instance() = {};
+        GatewaySettings::instance().ConnectionTimeout = 300;
+        surroundings_.documentRoot = u"/nowhere"_s;
+    }
+    ~QueueWatcherTest() override {
+        watcher_.Stop();
+        watcher_.wait();
+        connections_.clear();
+        pool_.waitForDone();
+        GatewaySettings::instance() = {};
+    }
+
+    void allow(int sessions) {
+        GatewaySettings::instance().MaxUserSession = sessions;
+        pool_.setMaxThreadCount(sessions);
+    }
+
+    // A connection whose worker waits in the queue.
+    Client& enqueue() {
+        connections_.push_back(std::make_unique<Loopback>());
+        queue_.append(
+            std::make_unique<Worker>(connections_.back()->takeDescriptor(), surroundings_));
+        return connections_.back()->client();
+    }
+
+    qsizetype started() const { return log_.lines().count(kRunStarts); }
+
+    LogRecord log_;
+    WorkerSurroundings surroundings_;
+    std::vector<std::unique_ptr<Loopback>> connections_;
+    QThreadPool pool_;
+    RequestQueue queue_;
+    QueueWatcher watcher_{&pool_, &queue_};
+};
+
+TEST_F(QueueWatcherTest, noMoreWorkersThanAllowedAreStartedAndTheNextWhenOneEnds) {
+    allow(2);
+    for (int i = 0; i < 5; ++i) {
+        enqueue();
+    }
+    watcher_.start(QThread::InheritPriority);
+    ASSERT_TRUE(waitUntil([this] { return started() == 2; }));
+    EXPECT_EQ(queue_.size(), 3u);
+    EXPECT_EQ(pool_.activeThreadCount(), 2);
+    for (qsizetype ended = 1; ended <= 3; ++ended) {
+        connections_.front()->client().abort();
+        connections_.erase(connections_.begin());
+        ASSERT_TRUE(waitUntil([&] { return started() == 2 + ended; }));
+        EXPECT_EQ(queue_.size(), std::size_t(3 - ended));
+        EXPECT_LE(pool_.activeThreadCount(), 2);
+    }
+}
+
+TEST_F(QueueWatcherTest, workersAreStartedInTheOrderOfTheirArrival) {
+    allow(1);
+    for (int i = 0; i < 4; ++i) {
+        enqueue().send(get("/" + QByteArray::number(i)));
+    }
+    watcher_.start(QThread::InheritPriority);
+    for (const auto& connection : connections_) {
+        EXPECT_TRUE(connection->client().readToEnd().startsWith("HTTP/1.1 404"));
+    }
+    QStringList missing = log_.lines();
+    missing.removeIf([](const QString& line) { return !line.startsWith(u'5'); });
+    EXPECT_EQ(missing, (QStringList{u"5 [End] /nowhere/0 does not exist or directory"_s,
+                                    u"5 [End] /nowhere/1 does not exist or directory"_s,
+                                    u"5 [End] /nowhere/2 does not exist or directory"_s,
+                                    u"5 [End] /nowhere/3 does not exist or directory"_s}));
+}
+
+TEST_F(QueueWatcherTest, withoutSessionsEverybodyWaits) {
+    allow(0);
+    enqueue();
+    watcher_.start(QThread::InheritPriority);
+    watcher_.Stop(); // at the latest after the first look at the queue
+    ASSERT_TRUE(waitUntil([this] {
+        watcher_.Stop();
+        return watcher_.isFinished();
+    }));
+    EXPECT_EQ(queue_.size(), 1u);
+    EXPECT_EQ(started(), 0);
+}
+
+TEST_F(QueueWatcherTest, aWorkerThatThePoolRefusesIsDroppedWithoutAReplyAndTheNextIsLookedAt) {
+    allow(1);
+    GatewaySettings::instance().MaxUserSession = 5; // more than the pool takes
+    Occupant occupant(pool_);
+    Client& first = enqueue();
+    Client& second = enqueue();
+    watcher_.start(QThread::InheritPriority);
+    EXPECT_EQ(first.readToEnd(), "");
+    EXPECT_EQ(second.readToEnd(), "");
+    const QString refused = u"5 [End] fail to start worker thread"_s;
+    EXPECT_EQ(log_.lines(), (QStringList{refused, refused}));
+    EXPECT_TRUE(queue_.isEmpty());
+
+    occupant.release();
+    pool_.waitForDone();
+    Client& third = enqueue();
+    third.send(get("/third"));
+    EXPECT_TRUE(third.readToEnd().startsWith("HTTP/1.1 404"));
+}
+
+TEST_F(QueueWatcherTest, oneWhoIsIdleStopsAfterItsSleep) {
+    watcher_.start(QThread::InheritPriority);
+    enqueue();
+    allow(1);
+    ASSERT_TRUE(waitUntil([this] { return started() == 1; }));
+    QElapsedTimer timer;
+    timer.start();
+    watcher_.Stop();
+    EXPECT_LT(timer.elapsed(), 1'000) << "asking does not wait";
+    EXPECT_TRUE(watcher_.wait(QDeadlineTimer(kPatience)));
+    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, and patience for a busy machine";
+}
+
+TEST_F(QueueWatcherTest, oneThatWasStoppedCanBeStartedAgain) {
+    allow(1);
+    watcher_.start(QThread::InheritPriority);
+    ASSERT_TRUE(waitUntil([this] {
+        watcher_.Stop();
+        return watcher_.isFinished();
+    }));
+    enqueue();
+    EXPECT_EQ(queue_.size(), 1u);
+    watcher_.start(QThread::InheritPriority);
+    ASSERT_TRUE(waitUntil([this] { return started() == 1; }));
+}
+
+} // namespace
+} // namespace quorin::test

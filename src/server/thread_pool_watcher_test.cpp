@@ -1,0 +1,82 @@
+#include "server/thread_pool_watcher.h"
+
+#include "server/server_fixture.h"
+#include "support/deadline.h"
+
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+namespace quorin::test {
+namespace {
+
+class ThreadPoolWatcherTest : public testing::Test {
+protected:
+    ThreadPoolWatcherTest() {
+        QObject::connect(
+            &watcher_, &ThreadPoolWatcher::Satisfied, &watcher_,
+            [this] {
+                ++satisfied_;
+                onItsThread_ = QThread::currentThread() == &watcher_;
+            },
+            Qt::DirectConnection);
+    }
+
+    bool waitForEnd() { return watcher_.wait(QDeadlineTimer(kPatience)); }
+
+    std::atomic<bool> quit_ = false;
+    std::atomic<int> satisfied_ = 0;
+    std::atomic<bool> onItsThread_ = false;
+    QThreadPool pool_;
+    ThreadPoolWatcher watcher_{&quit_, &pool_};
+};
+
+constexpr unsigned long kSomePeriodsMs = 350;
+
+TEST_F(ThreadPoolWatcherTest, isSatisfiedOnceByAnIdlePoolAfterAQuit) {
+    quit_ = true;
+    QElapsedTimer timer;
+    timer.start();
+    watcher_.start(QThread::InheritPriority);
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(satisfied_, 1);
+    EXPECT_TRUE(onItsThread_);
+    EXPECT_GE(timer.elapsed(), 99) << "it sleeps before it looks";
+    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, and patience for a busy machine";
+}
+
+TEST_F(ThreadPoolWatcherTest, isNotSatisfiedWithoutAQuit) {
+    watcher_.start(QThread::InheritPriority);
+    EXPECT_FALSE(watcher_.wait(kSomePeriodsMs));
+    EXPECT_EQ(satisfied_, 0);
+    quit_ = true;
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(satisfied_, 1);
+}
+
+TEST_F(ThreadPoolWatcherTest, isNotSatisfiedWhileAThreadIsActive) {
+    Occupant occupant(pool_);
+    quit_ = true;
+    watcher_.start(QThread::InheritPriority);
+    EXPECT_FALSE(watcher_.wait(kSomePeriodsMs));
+    EXPECT_EQ(satisfied_, 0);
+    occupant.release();
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(satisfied_, 1);
+}
+
+TEST_F(ThreadPoolWatcherTest, isSatisfiedOnceAlsoWhenItIsStopped) {
+    Occupant occupant(pool_);
+    watcher_.start(QThread::InheritPriority);
+    EXPECT_FALSE(watcher_.wait(kSomePeriodsMs));
+    QElapsedTimer timer;
+    timer.start();
+    watcher_.Stop();
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, and patience for a busy machine";
+    EXPECT_EQ(satisfied_, 1);
+    EXPECT_TRUE(onItsThread_);
+}
+
+} // namespace
+} // namespace quorin::test
