@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QThread>
 
 #include <chrono>
@@ -29,6 +30,15 @@ template<std::predicate Attempt>
         pause(pauseAfterFailure);
     }
     return false;
+}
+
+// Ends a watcher's thread and waits for it. Asks until it is heard: a thread that has yet to begin
+// forgets what it was asked before.
+template<typename Watcher>
+void stopAndWait(Watcher& watcher) {
+    do {
+        watcher.Stop();
+    } while (!watcher.wait(QDeadlineTimer(kIdlePoll)));
 }
 
 } // namespace quorin

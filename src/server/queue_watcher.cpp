@@ -15,8 +15,7 @@ QueueWatcher::QueueWatcher(QThreadPool* pool, quorin::RequestQueue* queue)
     : pool_(pool), queue_(queue) {}
 
 QueueWatcher::~QueueWatcher() {
-    Stop();
-    wait();
+    quorin::stopAndWait(*this);
 }
 
 void QueueWatcher::run() {

@@ -154,5 +154,13 @@ TEST_F(QueueWatcherTest, oneThatWasStoppedCanBeStartedAgain) {
     ASSERT_TRUE(waitUntil([this] { return started() == 1; }));
 }
 
+// A thread may be asked to stop before it has begun.
+TEST_F(QueueWatcherTest, oneThatHasHardlyStartedGoesWithItsObject) {
+    for (int i = 0; i < 20; ++i) {
+        QueueWatcher watcher(&pool_, &queue_);
+        watcher.start(QThread::InheritPriority);
+    }
+}
+
 } // namespace
 } // namespace quorin::test

@@ -8,8 +8,7 @@ ThreadPoolWatcher::ThreadPoolWatcher(const std::atomic<bool>* quitFlag, QThreadP
     : quitFlag_(quitFlag), pool_(pool) {}
 
 ThreadPoolWatcher::~ThreadPoolWatcher() {
-    Stop();
-    wait();
+    quorin::stopAndWait(*this);
 }
 
 void ThreadPoolWatcher::run() {

@@ -78,5 +78,13 @@ TEST_F(ThreadPoolWatcherTest, isSatisfiedOnceAlsoWhenItIsStopped) {
     EXPECT_TRUE(onItsThread_);
 }
 
+// A thread may be asked to stop before it has begun.
+TEST_F(ThreadPoolWatcherTest, oneThatHasHardlyStartedGoesWithItsObject) {
+    for (int i = 0; i < 10; ++i) {
+        ThreadPoolWatcher watcher(&quit_, &pool_);
+        watcher.start(QThread::InheritPriority);
+    }
+}
+
 } // namespace
 } // namespace quorin::test
