@@ -1,0 +1,289 @@
+// One notification file under the hands of many, and of a gateway that is killed at it.
+
+#include "platform/replace_file.h"
+#include "support/client.h"
+#include "support/deadline.h"
+#include "support/gateway.h"
+#include "support/site.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLockFile>
+#include <QRandomGenerator>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <iostream>
+#include <memory>
+#include <thread>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+const QByteArray kRefused =
+    "HTTP/1.1 500 Internal Server Error\r\n\r\nHTTP/1.1 500 Internal Server Error\r\n\r\n";
+const QByteArray kReset = "HTTP/1.1 204 No Content\r\n\r\n";
+
+const QByteArray kPendingSince = "2000-01-01T00:00:00";
+const QByteArray kTarget = "/notifications/n.json";
+const QString kFile = u"notifications/n.json"_s;
+
+QByteArray resetRequest(const QByteArray& date) {
+    return "DELETE " + kTarget + " HTTP/1.1\r\nX-Quorin-Notification-Reset-Date: " + date +
+           "\r\n\r\n";
+}
+
+// A document of at least `size` bytes as the gateway writes it, with one item that is pending, or
+// was reset at `date`, and a newer one that keeps the document. No part of it is a document, and
+// the number tells it from all others.
+QByteArray document(qsizetype size, int number, bool isPending, const QByteArray& date) {
+    const QByteArray text = QByteArray::number(number);
+    return "{\"A\":" + text + ",\"Filler\":\"" + QByteArray(size, char('a' + number % 26)) +
+           "\",\"RemoteExecution\":{\"IsExist\":" + (isPending ? "true" : "false") +
+           ",\"LastUpdated\":\"" + date + "\"},\"RemoteSetting\":{\"IsExist\":true," +
+           "\"LastUpdated\":\"2999-01-01T00:00:00\"},\"Z\":" + text + "}";
+}
+
+QByteArray pendingDocument(qsizetype size, int number) {
+    return document(size, number, true, kPendingSince);
+}
+
+// The text between the first `before` and the next `after`.
+QByteArray between(const QByteArray& text, const QByteArray& before, const QByteArray& after) {
+    const qsizetype begin = text.indexOf(before) + before.size();
+    return text.mid(begin, text.indexOf(after, begin) - begin);
+}
+
+class NotificationStressTest : public testing::Test {
+protected:
+    NotificationStressTest() {
+        Settings settings;
+        settings.MaxUserSession = "20";
+        site_.writeSettings(settings);
+    }
+
+    QString lockPath() const { return site_.stagingPath(u"n.json.lock"_s); }
+    QString stagingFile() const { return site_.stagingPath(u"n.json"_s); }
+
+    Site site_;
+};
+
+// How often the gateway is killed. What a kill takes is mostly the start behind it.
+constexpr int kKills = 120;
+
+class KilledGatewayTest : public NotificationStressTest {
+protected:
+    static constexpr qsizetype kSize = 512 * 1024;
+
+    // Waits for an instant at which to kill a gateway that is about to reset, which takes about
+    // `typical`: any within twice that time, or one while the new document is being written.
+    void waitForTheInstant(std::chrono::nanoseconds typical, bool isWriting) const {
+        if (isWriting) {
+            const QDeadlineTimer deadline(4 * typical);
+            while (!QFile::exists(stagingFile()) && !deadline.hasExpired()) {
+            }
+        } else {
+            std::this_thread::sleep_for(std::chrono::nanoseconds(
+                QRandomGenerator::global()->bounded(qint64(2 * typical.count()))));
+        }
+    }
+
+    // The lock of a killed gateway is broken by the next. One that it had no time to sign has to be
+    // respected for half a minute; nobody waits for that here.
+    void countAndClearLock() {
+        if (QFile::exists(lockPath())) {
+            ++leftLock_;
+            if (QFileInfo(lockPath()).size() == 0) {
+                ++leftUnsignedLock_;
+                EXPECT_TRUE(QFile::remove(lockPath()));
+            }
+        }
+    }
+
+    int leftOld_ = 0;
+    int leftNew_ = 0;
+    int leftStagingFile_ = 0;
+    int leftLock_ = 0;
+    int leftUnsignedLock_ = 0;
+    int answered_ = 0;
+};
+
+TEST_F(KilledGatewayTest, leavesTheOldDocumentOrTheNewAndASuccessorServes) {
+    const QByteArray date = "2024-06-01T12:00:00";
+    QElapsedTimer timer;
+    timer.start();
+    for (int kill = 0; kill < kKills; ++kill) {
+        QFile::remove(site_.recordPath());
+        Gateway gateway(site_);
+        gateway.start();
+        Client first(site_.port());
+        Client second(site_.port());
+        ASSERT_TRUE(site_.waitUntilLogged(u"2 [Start] void __cdecl Worker::run(void)"_s, 2));
+
+        // Whatever the killed one left behind, this one serves.
+        site_.writeFile(kFile, pendingDocument(kSize, 2 * kill));
+        QElapsedTimer resetTime;
+        resetTime.start();
+        first.send(resetRequest(date));
+        ASSERT_EQ(first.readToEnd(), kReset) << "after kill " << kill;
+        const std::chrono::nanoseconds typical(resetTime.nsecsElapsed());
+        ASSERT_TRUE(site_.readFile(kFile) == document(kSize, 2 * kill, false, date));
+        ASSERT_FALSE(QFile::exists(lockPath()));
+        ASSERT_FALSE(QFile::exists(stagingFile()));
+
+        const QByteArray oldDocument = pendingDocument(kSize, 2 * kill + 1);
+        site_.writeFile(kFile, oldDocument);
+        second.send(resetRequest(date));
+        waitForTheInstant(typical, kill % 2 == 1);
+        gateway.kill();
+
+        const QByteArray content = site_.readFile(kFile);
+        const bool isOld = content == oldDocument;
+        const bool isNew = content == document(kSize, 2 * kill + 1, false, date);
+        ASSERT_TRUE(isOld || isNew) << "kill " << kill << " left " << content.size() << " bytes";
+        const bool isAnswered = second.readToEnd() == kReset;
+        ASSERT_TRUE(isNew || !isAnswered) << "kill " << kill;
+        leftOld_ += isOld;
+        leftNew_ += isNew;
+        answered_ += isAnswered;
+        leftStagingFile_ += QFile::exists(stagingFile());
+        countAndClearLock();
+        EXPECT_EQ(gateway.errorOutput(), "");
+    }
+    std::cout << kKills << " kills in " << timer.elapsed() / 1000 << " s: " << leftOld_
+              << " left the old document, " << leftNew_ << " the new one, " << answered_
+              << " of these answered; " << leftLock_ << " left a lock, " << leftUnsignedLock_
+              << " of these unsigned; " << leftStagingFile_ << " left a staging file\n";
+    EXPECT_GT(leftOld_, 0);
+    EXPECT_GT(leftNew_, 0);
+    EXPECT_GT(leftStagingFile_, 0);
+}
+
+// How long the clients are at it.
+std::chrono::seconds stressTime() {
+    const int configured = qEnvironmentVariableIntValue("QUORIN_TEST_STRESS_SECONDS");
+    return std::chrono::seconds(configured > 0 ? configured : 5);
+}
+
+class SharedNotificationTest : public NotificationStressTest {
+protected:
+    static constexpr qsizetype kSize = 64 * 1024;
+    static constexpr int kClientsOfAKind = 8;
+
+    static QByteArray dateOf(int client) {
+        return "2024-06-0" + QByteArray::number(client + 1) + "T12:00:00";
+    }
+
+    // True for a document that was written here, in the state of then or after a reset by one of
+    // the clients.
+    bool isWhole(const QByteArray& content) {
+        const int number = between(content, "\"A\":", ",").toInt();
+        const bool isPending = between(content, "\"IsExist\":", ",") == "true";
+        const QByteArray date = between(content, "\"LastUpdated\":\"", "\"");
+        bool isDateKnown = isPending && date == kPendingSince;
+        for (int client = 0; client < kClientsOfAKind && !isPending; ++client) {
+            isDateKnown = isDateKnown || date == dateOf(client);
+        }
+        pendingSeen_ += isPending;
+        return isDateKnown && number <= newest_ &&
+               content == document(kSize, number, isPending, date);
+    }
+
+    void readOnce() {
+        const QByteArray reply = exchange(site_.port(), get(kTarget));
+        if (reply == kRefused) {
+            ++readsRefused_;
+            return;
+        }
+        ++reads_;
+        const qsizetype body = reply.indexOf("\r\n\r\n") + 4;
+        const QByteArray content = reply.mid(body);
+        EXPECT_EQ(reply.left(body),
+                  "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(content.size()) +
+                      "\r\nContent-Type: application/json\r\n\r\n");
+        EXPECT_TRUE(isWhole(content))
+            << content.left(50).toStdString() << " ... " << content.right(150).toStdString();
+    }
+
+    void resetOnce(int client) {
+        const QByteArray reply = exchange(site_.port(), resetRequest(dateOf(client)));
+        EXPECT_TRUE(reply == kReset || reply == kRefused) << reply.toStdString();
+        ++(reply == kReset ? resets_ : resetsRefused_);
+    }
+
+    // What the process that writes notifications does, by the rules of all.
+    void writeOnce() {
+        QLockFile lock(lockPath());
+        if (!lock.tryLock(5'000)) {
+            return;
+        }
+        const QByteArray next = pendingDocument(kSize, newest_ + 1);
+        QFile staged(stagingFile());
+        EXPECT_TRUE(staged.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        EXPECT_EQ(staged.write(next), next.size());
+        staged.close();
+        ++newest_;
+        EXPECT_TRUE(platform::replaceFile(stagingFile(), site_.rootPath(kFile)));
+    }
+
+    std::atomic<int> newest_ = 0; // number of the document that was written last
+    std::atomic<int> reads_ = 0;
+    std::atomic<int> pendingSeen_ = 0;
+    std::atomic<int> readsRefused_ = 0;
+    std::atomic<int> resets_ = 0;
+    std::atomic<int> resetsRefused_ = 0;
+};
+
+TEST_F(SharedNotificationTest, eightReadersAndEightResettersSeeWholeDocumentsOnly) {
+    site_.writeFile(kFile, pendingDocument(kSize, 0));
+    Gateway gateway(site_);
+    gateway.start();
+    {
+        const QDeadlineTimer end(stressTime());
+        std::vector<std::jthread> clients;
+        for (int client = 0; client < kClientsOfAKind; ++client) {
+            clients.emplace_back([this, end] {
+                while (!end.hasExpired()) {
+                    readOnce();
+                }
+            });
+            clients.emplace_back([this, end, client] {
+                while (!end.hasExpired()) {
+                    resetOnce(client);
+                }
+            });
+        }
+        while (!end.hasExpired()) {
+            writeOnce();
+            QThread::msleep(20);
+        }
+    }
+    EXPECT_EQ(gateway.stop(), 0);
+
+    EXPECT_TRUE(isWhole(site_.readFile(kFile)));
+    EXPECT_EQ(QDir(site_.stagingPath(QString()))
+                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+              QStringList());
+    // Nobody was refused but for the lock.
+    const QStringList logged = site_.logged();
+    EXPECT_EQ(logged.count(u"5 Failed to Lock for \"" + stagingFile() + u'"'),
+              readsRefused_ + resetsRefused_);
+    EXPECT_EQ(logged.count(u"2 GET notifications/n.json - -  200 0"_s), reads_);
+    EXPECT_EQ(logged.count(u"3 DELETE notifications/n.json - -  204 0"_s), resets_);
+    std::cout << stressTime().count() << " s: " << reads_ << " reads (" << pendingSeen_
+              << " of a pending item) and " << readsRefused_ << " without the lock, " << resets_
+              << " resets and " << resetsRefused_ << " without the lock, " << newest_
+              << " documents written\n";
+    EXPECT_GT(reads_, 0);
+    EXPECT_GT(pendingSeen_, 0);
+    EXPECT_GT(resets_, 0);
+    EXPECT_GT(newest_, 0);
+}
+
+} // namespace
+} // namespace quorin::test
