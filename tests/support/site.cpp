@@ -95,16 +95,24 @@ QString Site::appDataPath(const QString& relative) const {
 }
 
 QString Site::rootPath(const QString& relative) const {
-    return appDataPath(u"Vemo/Quorin5/QuorinGatewayHttp/wwwroot/"_s + relative);
+    return QDir::fromNativeSeparators(
+        appDataPath(u"Vemo/Quorin5/QuorinGatewayHttp/wwwroot/"_s + relative));
+}
+
+QString Site::productPath(const QStringList& names) const {
+    QString path = platform::joinPath(appDataFolder(), platform::kProductFolder.toString());
+    for (const QString& name : names) {
+        path = platform::joinPath(path, name);
+    }
+    return path;
 }
 
 QString Site::stagingPath(const QString& fileName) const {
-    return appDataPath(u"Vemo/Quorin5/QuorinGatewayApp/NotificationTmp/"_s + fileName);
+    return productPath({u"QuorinGatewayApp"_s, u"NotificationTmp"_s, fileName});
 }
 
 QString Site::logFolder() const {
-    return platform::joinPath(
-        platform::joinPath(appDataFolder(), platform::kProductFolder.toString()), u"log"_s);
+    return productPath({u"log"_s});
 }
 
 void Site::writeFile(const QString& relative, const QByteArray& content) const {

@@ -32,10 +32,10 @@ public:
     // The common application data folder of the gateways on this site, and what lies below it.
     [[nodiscard]] QString appDataFolder() const;
     [[nodiscard]] QString appDataPath(const QString& relative) const;
-    // Below the document root.
+    // Below the document root, as the handlers of a request name it.
     [[nodiscard]] QString rootPath(const QString& relative) const;
+    // As the gateway writes these two, with the system's separator between the names.
     [[nodiscard]] QString stagingPath(const QString& fileName) const;
-    // As the gateway names it to the logging library.
     [[nodiscard]] QString logFolder() const;
 
     // Makes a file below the document root, with the folders on the way.
@@ -55,6 +55,7 @@ public:
     [[nodiscard]] bool waitUntilLogged(const QString& line, int times = 1) const;
 
 private:
+    [[nodiscard]] QString productPath(const QStringList& names) const;
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
 
     QTemporaryDir folder_;
