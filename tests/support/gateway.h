@@ -26,6 +26,8 @@ public:
     void startUnder(const QStringList& command);
     // Starts the program quorin-gateway instead.
     void startProgram(const QStringList& arguments);
+    // Starts another program, which loads the library.
+    void startProcess(const QString& program, const QStringList& arguments);
 
     // Tells the gateway to stop, waits for its end and returns its exit code.
     [[nodiscard]] std::optional<int> stop();
@@ -48,8 +50,6 @@ public:
     void setEnvironment(const QString& name, const QString& value);
 
 private:
-    void startProcess(const QString& program, const QStringList& arguments);
-
     const Site& site_;
     QProcess process_;
 };

@@ -1,0 +1,78 @@
+// The sample settings and the sample data that people start from.
+
+#include "support/client.h"
+#include "support/gateway.h"
+#include "support/site.h"
+
+#include <QFile>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+QByteArray sample(const QString& name) {
+    QFile file(QStringLiteral(QUORIN_SAMPLE_FOLDER) + u'/' + name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+    return file.readAll();
+}
+
+class SampleTest : public testing::TestWithParam<const char*> {
+protected:
+    // Starts a gateway with the sample settings as they stand but for the port.
+    void startGateway() {
+        QByteArray settings = sample(u"settings.xml"_s);
+        settings.replace("<Port>8080</Port>",
+                         QByteArray("<Port>" + QByteArray::number(port_) + "</Port>"));
+        QFile file(site_.settingsPath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(settings);
+        file.close();
+        gateway_.startWith({site_.settingsPath(), QString::fromLatin1(GetParam())});
+    }
+
+    QByteArray ask(const QByteArray& request) { return exchange(port_, request); }
+
+    const quint16 port_ = freePort();
+    Site site_;
+    Gateway gateway_{site_};
+};
+
+TEST_P(SampleTest, theSettingsServeBothKindsOfGateway) {
+    site_.writeFile(u"update.json"_s, sample(u"sample/wwwroot/update.json"_s));
+    startGateway();
+    EXPECT_TRUE(ask(get("/update.json")).endsWith(sample(u"sample/wwwroot/update.json"_s)));
+    EXPECT_THAT(ask(get("/api/WebApiCommScheme")).toStdString(),
+                testing::EndsWith("{\"CommunicationScheme\":\"http\"}"));
+    EXPECT_THAT(ask(get("/api/WebApiOrganizationId")).toStdString(),
+                testing::EndsWith("{\"OrganizationId\":\"00000000-0000-0000-0000-000000000000\"}"));
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_THAT(site_.record(), testing::Contains(u"set_output_level\thandle\t3"_s));
+    EXPECT_THAT(site_.record(), testing::Contains(u"set_pool_size\thandle\t8192"_s));
+    EXPECT_THAT(site_.record(), testing::Contains(u"set_rotation_with_date\thandle\t31"_s));
+    EXPECT_THAT(site_.logged(), testing::Contains(u"3 Reply mode - Uses request queue."_s));
+    EXPECT_THAT(site_.logged(),
+                testing::Contains(u"3 MaxLargeFileRequest/MaxUserSession - 4/10"_s));
+    EXPECT_THAT(site_.logged(), testing::Contains(u"3 Listens - Non-SSL(http) requests."_s));
+}
+
+TEST_P(SampleTest, theNotificationIsAcknowledgedUpToADate) {
+    site_.writeFile(u"notifications/workstation-1.json"_s,
+                    sample(u"sample/wwwroot/notifications/workstation-1.json"_s));
+    startGateway();
+    EXPECT_EQ(ask("DELETE /notifications/workstation-1.json HTTP/1.1\r\n"
+                  "X-Quorin-Notification-Reset-Date: 2024-05-15T00:00:00Z\r\n\r\n"),
+              "HTTP/1.1 204 No Content\r\n\r\n");
+    EXPECT_EQ(site_.readFile(u"notifications/workstation-1.json"_s),
+              "{\"RemoteExecution\":{\"IsExist\":false,\"LastUpdated\":\"2024-05-15T00:00:00Z\"},"
+              "\"RemoteExecutionCancel\":{\"IsExist\":false,\"LastUpdated\":\"\"},"
+              "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2024-06-01T17:00:00Z\"}}");
+}
+
+INSTANTIATE_TEST_SUITE_P(Groups, SampleTest, testing::Values("primary", "secondary"));
+
+} // namespace
+} // namespace quorin::test
