@@ -12,64 +12,29 @@ namespace {
 constexpr std::size_t kSmallestPage = 1024;
 constexpr std::size_t kLargestFirstPage = 64 * 1024;
 constexpr std::size_t kLargestPage = 16 * 1024 * 1024;
-constexpr std::size_t kLargestBlock = kSmallestPage / 4; ///< larger ones are left to the heap
-
-thread_local constinit Arena* currentArena = nullptr;
-thread_local constinit Arena::FreeTogether* currentFreeTogether = nullptr;
 
 } // namespace
 
-/// Stands at the beginning of its own memory.
+// Stands at the beginning of its own memory.
 struct Arena::Page {
-    /// While blocks are still cut from a page, they are counted by the arena alone, and this count
-    /// is too high to be brought to zero by those that are freed.
+    // While blocks are still cut from a page, they are counted by the arena alone, and this count
+    // is too high to be brought to zero by those that are freed.
     static constexpr std::size_t kOpen = std::numeric_limits<std::size_t>::max() / 2;
 
     std::atomic<std::size_t> blocks{kOpen};
 };
 
-/// Stands before each block.
-struct Arena::BlockHead {
-    Page* page; ///< none: the block is from the heap by itself
-};
-
 Arena::Arena(std::size_t expectedBytes) noexcept
     : nextPageBytes_(std::clamp(expectedBytes, kSmallestPage, kLargestFirstPage)),
-      outer_(std::exchange(currentArena, this)) {}
+      outer_(std::exchange(current_, this)) {}
 
 Arena::~Arena() {
-    currentArena = outer_;
+    current_ = outer_;
     closePage();
 }
 
-void* Arena::allocate(std::size_t bytes) {
-    const std::size_t needed = sizeof(BlockHead) + bytes;
-    const bool cuts = currentArena != nullptr && needed <= kLargestBlock;
-    void* const memory = cuts ? currentArena->cut(needed) : ::operator new(needed);
-    return new (memory) BlockHead{cuts ? currentArena->page_ : nullptr} + 1;
-}
-
-void Arena::deallocate(void* block) noexcept {
-    if (block == nullptr) {
-        return;
-    }
-    BlockHead* const head = static_cast<BlockHead*>(block) - 1;
-    if (head->page == nullptr) {
-        ::operator delete(head);
-    } else if (currentFreeTogether != nullptr) {
-        currentFreeTogether->free(*head->page);
-    } else {
-        giveBack(*head->page, 1);
-    }
-}
-
-void* Arena::cut(std::size_t bytes) {
-    bytes = (bytes + alignof(BlockHead) - 1) / alignof(BlockHead) * alignof(BlockHead);
-    if (static_cast<std::size_t>(pageEnd_ - free_) < bytes) {
-        addPage();
-    }
-    ++blocks_;
-    return std::exchange(free_, free_ + bytes);
+void* Arena::allocateAlone(std::size_t bytes) {
+    return new (::operator new(sizeof(BlockHead) + bytes)) BlockHead{nullptr} + 1;
 }
 
 void Arena::addPage() {
@@ -95,20 +60,12 @@ void Arena::giveBack(Page& page, std::size_t blocks) noexcept {
 }
 
 Arena::FreeTogether::FreeTogether() noexcept {
-    currentFreeTogether = this;
+    freeTogether_ = this;
 }
 
 Arena::FreeTogether::~FreeTogether() {
     flush();
-    currentFreeTogether = nullptr;
-}
-
-void Arena::FreeTogether::free(Page& page) noexcept {
-    if (&page != page_) {
-        flush();
-        page_ = &page;
-    }
-    ++blocks_;
+    freeTogether_ = nullptr;
 }
 
 void Arena::FreeTogether::flush() noexcept {

@@ -3,42 +3,58 @@
 #include <bit>
 #include <concepts>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
+#include <emmintrin.h> // SSE2, which every x64 processor has
 
-/// Searching text eight bytes at a time. A test of eight bytes gives a word whose lowest set bit
-/// is the top bit of the first byte that passes; the bits above it mean nothing.
+// Searching text sixteen bytes at a time.
 namespace ravenjson::bytescan {
 
-static_assert(std::endian::native == std::endian::little, "the first byte must be the lowest");
+// Some of the bytes of a block.
+class Marks {
+public:
+    explicit Marks(__m128i bytes) : bytes_(bytes) {}
 
-inline constexpr std::uint64_t kLowBits = 0x0101010101010101;
-inline constexpr std::uint64_t kTopBits = 0x8080808080808080;
-
-/// Tests for bytes below `bound`, which is at most 0x80.
-constexpr std::uint64_t below(std::uint64_t bytes, std::uint8_t bound) {
-    return (bytes - kLowBits * bound) & ~bytes & kTopBits;
-}
-
-/// Tests for bytes that are `wanted`.
-constexpr std::uint64_t equal(std::uint64_t bytes, std::uint8_t wanted) {
-    return below(bytes ^ (kLowBits * wanted), 1);
-}
-
-/// The first byte in [position, end) that passes, or `end`. `testEight` takes eight bytes and
-/// answers as above, `testOne` takes one and answers yes or no; both must test for the same.
-const char* find(const char* position, const char* end,
-                 std::invocable<std::uint64_t> auto testEight,
-                 std::predicate<std::uint8_t> auto testOne) {
-    while (end - position >= static_cast<std::ptrdiff_t>(sizeof(std::uint64_t))) {
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, position, sizeof(bytes));
-        if (const std::uint64_t found = testEight(bytes); found != 0) {
-            return position + std::countr_zero(found) / 8;
-        }
-        position += sizeof(bytes);
+    friend Marks operator|(Marks left, Marks right) {
+        return Marks(_mm_or_si128(left.bytes_, right.bytes_));
     }
-    while (position != end && !testOne(static_cast<std::uint8_t>(*position))) {
+
+    // A bit for each byte of the block, the lowest for the first.
+    [[nodiscard]] unsigned bits() const { return static_cast<unsigned>(_mm_movemask_epi8(bytes_)); }
+
+private:
+    __m128i bytes_; // all ones where there is a mark, else zero
+};
+
+// Sixteen bytes of a text.
+class Block {
+public:
+    static constexpr std::ptrdiff_t kSize = sizeof(__m128i);
+
+    explicit Block(const char* position)
+        : bytes_(_mm_loadu_si128(reinterpret_cast<const __m128i*>(position))) {}
+
+    [[nodiscard]] Marks equalTo(char byte) const {
+        return Marks(_mm_cmpeq_epi8(bytes_, _mm_set1_epi8(byte)));
+    }
+
+    // Bytes count as unsigned here.
+    [[nodiscard]] Marks upTo(char bound) const {
+        return Marks(_mm_cmpeq_epi8(_mm_min_epu8(bytes_, _mm_set1_epi8(bound)), bytes_));
+    }
+
+private:
+    __m128i bytes_;
+};
+
+// The first byte in [position, end) that is marked, or `end`. `markBlock` gives the Marks of a
+// Block; `isMarked` says the same of one byte.
+const char* find(const char* position, const char* end, std::invocable<Block> auto markBlock,
+                 std::predicate<char> auto isMarked) {
+    for (; end - position >= Block::kSize; position += Block::kSize) {
+        if (const unsigned marks = markBlock(Block(position)).bits(); marks != 0) {
+            return position + std::countr_zero(marks);
+        }
+    }
+    while (position != end && !isMarked(*position)) {
         ++position;
     }
     return position;

@@ -8,7 +8,7 @@
 namespace ravenjson {
 namespace {
 
-/// Whether a number no double can hold is too large, rather than too small.
+// Whether a number no double can hold is too large, rather than too small.
 bool isTooLarge(std::string_view number) {
     const std::size_t keyword = number.find_first_of("eE");
     const std::string_view digits = number.substr(0, keyword);

@@ -8,10 +8,10 @@
 
 namespace ravenjson {
 
-/// Is told what a text holds, piece by piece, in the order of the text. Each function returns
-/// whether to go on; false ends the reading with an error.
-///
-/// A text handed over has its escapes resolved, and is gone when the function returns.
+// Is told what a text holds, piece by piece, in the order of the text. Each function returns
+// whether to go on; false ends the reading with an error.
+//
+// A text handed over has its escapes resolved, and is gone when the function returns.
 class Handler {
 public:
     virtual ~Handler() = default;
@@ -24,7 +24,7 @@ public:
     virtual bool startArray() = 0;
     virtual bool endArray() = 0;
     virtual bool startObject() = 0;
-    /// The name of a member; its value follows.
+    // The name of a member; its value follows.
     virtual bool key(std::string_view text) = 0;
     virtual bool endObject() = 0;
 };
@@ -41,18 +41,18 @@ public:
 // On an error the result is false and `error` receives a fixed English text; else `error` stays
 // as it was.
 
-/// Reads the whole text into a tree; whitespace may stand around the value. Of a name that occurs
-/// twice in one object the later value is kept. `value` changes on success only, and `text` may be
-/// a part of it.
+// Reads the whole text into a tree; whitespace may stand around the value. Of a name that occurs
+// twice in one object the later value is kept. `value` changes on success only, and `text` may be
+// a part of it.
 [[nodiscard]] bool parse(std::string_view text, Value& value, std::string& error);
 
-/// Reads one value from [position, end), with whitespace before it, and tells `handler`. The
-/// position is left behind the value, or on an error where the reading ended. What follows the
-/// value is not looked at.
+// Reads one value from [position, end), with whitespace before it, and tells `handler`. The
+// position is left behind the value, or on an error where the reading ended. What follows the
+// value is not looked at.
 [[nodiscard]] bool parseValue(const char*& position, const char* end, Handler& handler,
                               std::string& error);
 
-/// Like parseValue(), and tells nobody: checks one value and skips it.
+// Like parseValue(), and tells nobody: checks one value and skips it.
 [[nodiscard]] bool skipValue(const char*& position, const char* end, std::string& error);
 
 } // namespace ravenjson

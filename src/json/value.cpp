@@ -4,12 +4,12 @@
 
 namespace ravenjson {
 
-/// Destroys one container after another. What is nested in a container goes with it, which costs
-/// stack for each level; from a certain depth on it waits until the stack is free again.
+// Destroys one container after another. What is nested in a container goes with it, which costs
+// stack for each level; from a certain depth on it waits until the stack is free again.
 class Value::Teardown {
 public:
-    /// Destroys the container, or has the teardown that is already under way on this thread do so.
-    static void destroy(AbstractContainer* container) noexcept {
+    // Destroys the container, or has the teardown that is already under way on this thread do so.
+    static void destroy(NestContainer* container) noexcept {
         if (current_ != nullptr) {
             current_->destroyNested(container);
         } else {
@@ -20,7 +20,7 @@ public:
 private:
     static constexpr int kMaxDepth = 64;
 
-    void run(AbstractContainer* container) noexcept {
+    void run(NestContainer* container) noexcept {
         current_ = this;
         for (pending_ = container; pending_ != nullptr;) {
             delete std::exchange(pending_, pending_->nextPending_);
@@ -28,7 +28,7 @@ private:
         current_ = nullptr;
     }
 
-    void destroyNested(AbstractContainer* container) noexcept {
+    void destroyNested(NestContainer* container) noexcept {
         if (depth_ == kMaxDepth) {
             container->nextPending_ = pending_;
             pending_ = container;
@@ -41,7 +41,7 @@ private:
 
     static thread_local constinit Teardown* current_;
 
-    AbstractContainer* pending_ = nullptr;
+    NestContainer* pending_ = nullptr;
     int depth_ = 0;
     Arena::FreeTogether freeTogether_;
 };
@@ -52,32 +52,26 @@ void Value::destroyContainer() noexcept {
     if (kind_ == Kind::String) {
         delete payload_.container;
     } else if (kind_ == Kind::Object || kind_ == Kind::Array) {
-        Teardown::destroy(payload_.container);
-    }
-}
-
-Value::AbstractContainer* Value::makeContainer(Kind kind) {
-    switch (kind) {
-    case Kind::String:
-        return new Container<std::string>();
-    case Kind::Object:
-        return new Container<Object>();
-    case Kind::Array:
-        return new Container<Array>();
-    default:
-        return nullptr;
+        Teardown::destroy(static_cast<NestContainer*>(payload_.container));
     }
 }
 
 Value::Value(Kind kind) : kind_(kind) {
     switch (kind) {
+    case Kind::Boolean:
+        payload_.boolean = false;
+        break;
     case Kind::Double:
         payload_.floating = 0.0;
         break;
     case Kind::String:
+        payload_.container = new Container<std::string>();
+        break;
     case Kind::Object:
+        payload_.container = new Container<Object>();
+        break;
     case Kind::Array:
-        payload_.container = makeContainer(kind);
+        payload_.container = new Container<Array>();
         break;
     default:
         break;
@@ -143,7 +137,8 @@ bool operator==(const Value& left, const Value& right) {
         const Value* right;
     };
     std::vector<Pair> pending{{&left, &right}};
-    while (!pending.empty()) {
+    bool equal = true;
+    while (equal && !pending.empty()) {
         const auto [a, b] = pending.back();
         pending.pop_back();
         if (a->kind() != b->kind()) {
@@ -151,52 +146,40 @@ bool operator==(const Value& left, const Value& right) {
         }
         switch (a->kind()) {
         case Kind::Boolean:
-            if (a->boolean() != b->boolean()) {
-                return false;
-            }
+            equal = a->boolean() == b->boolean();
             break;
         case Kind::Integer:
-            if (a->integer() != b->integer()) {
-                return false;
-            }
+            equal = a->integer() == b->integer();
             break;
         case Kind::Double:
-            if (a->floating() != b->floating()) {
-                return false;
-            }
+            equal = a->floating() == b->floating();
             break;
         case Kind::String:
-            if (a->string() != b->string()) {
-                return false;
-            }
+            equal = a->string() == b->string();
             break;
         case Kind::Object: {
-            if (a->object().size() != b->object().size()) {
-                return false;
-            }
-            auto other = b->object().begin();
-            for (const auto& [key, member] : a->object()) {
-                if (key != other->first) {
-                    return false;
-                }
-                pending.push_back({&member, &other->second});
-                ++other;
+            const Value::Object& others = b->object();
+            equal = a->object().size() == others.size();
+            for (auto i = a->object().begin(), j = others.begin(); equal && j != others.end();
+                 ++i, ++j) {
+                equal = i->first == j->first;
+                pending.push_back({&i->second, &j->second});
             }
             break;
         }
-        case Kind::Array:
-            if (a->array().size() != b->array().size()) {
-                return false;
-            }
-            for (std::size_t i = 0; i < a->array().size(); ++i) {
-                pending.push_back({&a->array()[i], &b->array()[i]});
+        case Kind::Array: {
+            const Value::Array& others = b->array();
+            equal = a->array().size() == others.size();
+            for (std::size_t i = 0; equal && i < others.size(); ++i) {
+                pending.push_back({&a->array()[i], &others[i]});
             }
             break;
+        }
         default: // nothing but the kind
             break;
         }
     }
-    return true;
+    return equal;
 }
 
 } // namespace ravenjson

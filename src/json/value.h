@@ -9,47 +9,51 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace ravenjson {
 
-/// What a Value holds. Each kind but null is one bit; no kind has the code 8.
+// What a Value holds. Each kind but null is one bit; no kind has the code 8.
 enum class Kind : std::uint32_t {
     Null = 0,
     Boolean = 1,
-    Integer = 2, ///< signed, 64 bits
-    Double = 4,  ///< floating point, 64 bits
-    String = 16, ///< bytes, UTF-8 by convention
+    Integer = 2, // signed, 64 bits
+    Double = 4,  // floating point, 64 bits
+    String = 16, // bytes, UTF-8 by convention
     Object = 32,
     Array = 64,
 };
 
-/// One JSON value, and so a whole document: null, a boolean, an integer, a double, a string, an
-/// object or an array.
-///
-/// A value: a copy is deep, and a value moved from is null. It belongs to one thread at a time;
-/// reading one value from several threads is fine.
-///
-/// The members of an object are in the ascending byte order of their keys, in whatever order they
-/// were added. Integers and doubles are distinct kinds: 1 and 1.0 are not equal.
-///
-/// Nesting has no limit. Copying, comparing and destroying walk the tree with a list of their own,
-/// so that depth costs memory and never stack.
-///
-/// The accessors of a payload are for the kind they are named after, so test the kind first.
-/// Called on a value of another kind they throw std::logic_error.
+// One JSON value, and so a whole document: null, a boolean, an integer, a double, a string, an
+// object or an array.
+//
+// A value: a copy is deep, and a value moved from is null. It belongs to one thread at a time;
+// reading one value from several threads is fine.
+//
+// The members of an object are in the ascending byte order of their keys, in whatever order they
+// were added. Integers and doubles are distinct kinds: 1 and 1.0 are not equal.
+//
+// The parts of a tree that was read from a text share pages of memory. A part moved out of such a
+// tree keeps the pages it is on; a copy does not.
+//
+// Nesting has no limit: copying, comparing and destroying take the same small amount of stack for
+// a tree of any depth.
+//
+// The accessors of a payload are for the kind they are named after, so test the kind first.
+// Called on a value of another kind they throw std::logic_error.
 class Value {
 public:
-    using Object = 
+    using Object =
         std::map<std::string, Value, KeyOrder, ArenaAllocator<std::pair<const std::string, Value>>>;
     using Array = std::vector<Value, ArenaAllocator<Value>>;
 
-    /// Null.
-    Value() noexcept = default;
+    // Null.
+    Value() noexcept : kind_(Kind::Null) {}
 
-    /// The empty value of a kind: null, false, 0, 0.0, "", {} or []. A code that is no kind is
-    /// kept, with nothing behind it.
+    // The empty value of a kind: null, false, 0, 0.0, "", {} or []. A code that is no kind is
+    // kept, with nothing behind it.
     explicit Value(Kind kind);
 
     // What a value is made of must say so itself: a pointer is no boolean, and an unsigned number
@@ -60,10 +64,13 @@ public:
     Value(std::signed_integral auto integer) noexcept : kind_(Kind::Integer) {
         payload_.integer = integer;
     }
-    Value(double floating) noexcept : kind_(Kind::Double) { payload_.floating = floating; }
+    Value(std::floating_point auto floating) noexcept : kind_(Kind::Double) {
+        payload_.floating = floating;
+    }
     Value(std::string text);
     Value(std::string_view text);
     Value(const char* text) : Value(std::string_view(text)) {}
+    Value(std::nullptr_t) = delete;
 
     Value(const Value& other);
     Value(Value&& other) noexcept
@@ -108,30 +115,29 @@ public:
     [[nodiscard]] const Array& array() const;
     [[nodiscard]] Array& array();
 
-    /// The member of that name, or nullptr when this is an object without it or no object at all.
+    // The member of that name, or nullptr when this is an object without it or no object at all.
     [[nodiscard]] const Value* find(std::string_view key) const noexcept;
     [[nodiscard]] Value* find(std::string_view key) noexcept;
 
-    /// The member of that name of an object; a null one is added when there is none.
-    [[nodiscard]] Value& operator[](std::string_view key) {
-        return object()[std::string(key)];
-    }
+    // The member of that name of an object; a null one is added when there is none.
+    [[nodiscard]] Value& operator[](std::string_view key) { return object()[std::string(key)]; }
 
-    /// An element of an array; throws std::out_of_range beyond its end.
+    // An element of an array; throws std::out_of_range beyond its end.
     [[nodiscard]] const Value& at(std::size_t index) const { return array().at(index); }
     [[nodiscard]] Value& at(std::size_t index) { return array().at(index); }
 
-    /// Adds an element at the end of an array, and gives it back.
+    // Adds an element at the end of an array, and gives it back.
     Value& append(Value element) { return array().emplace_back(std::move(element)); }
 
-    /// Keeps the kind and empties the payload: no members, elements or characters, false, 0, 0.0.
+    // Keeps the kind and empties the payload: no members, elements or characters, false, 0, 0.0.
     void clear() { *this = Value(kind_); }
 
-    /// The same kind and the same payload all the way down.
+    // The same kind and the same payload all the way down.
     friend bool operator==(const Value& left, const Value& right);
 
 private:
     class AbstractContainer;
+    class NestContainer;
     template<class T>
     class Container;
     class Teardown;
@@ -140,12 +146,11 @@ private:
         bool boolean;
         std::int64_t integer = 0;
         double floating;
-        AbstractContainer* container; ///< owned
+        AbstractContainer* container; // owned
     };
 
     void destroyContainer() noexcept;
     void copyContainer(const Value& other);
-    [[nodiscard]] static AbstractContainer* makeContainer(Kind kind);
     [[noreturn]] static void refuseKind();
     void require(Kind kind) const {
         if (kind_ != kind) {
@@ -153,11 +158,11 @@ private:
         }
     }
 
-    Kind kind_ = Kind::Null;
+    Kind kind_;
     Payload payload_;
 };
 
-/// What a string, an object or an array keeps outside the value that owns it.
+// What a string, an object or an array keeps outside the value that owns it.
 class Value::AbstractContainer {
 public:
     AbstractContainer() = default;
@@ -168,15 +173,19 @@ public:
 
     static void* operator new(std::size_t bytes) { return Arena::allocate(bytes); }
     static void operator delete(void* block) noexcept { Arena::deallocate(block); }
+};
 
+// One that holds values.
+class Value::NestContainer : public AbstractContainer {
 private:
     friend class Teardown;
 
-    AbstractContainer* nextPending_ = nullptr;
+    NestContainer* nextPending_ = nullptr;
 };
 
 template<class T>
-class Value::Container final : public AbstractContainer {
+class Value::Container final
+    : public std::conditional_t<std::is_same_v<T, std::string>, AbstractContainer, NestContainer> {
 public:
     template<class... Arguments>
     explicit Container(Arguments&&... arguments) : content(std::forward<Arguments>(arguments)...) {}

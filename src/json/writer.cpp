@@ -13,8 +13,8 @@ namespace {
 
 constexpr const char* kNotFinite = "Floating point is nan or inf.";
 
-/// What a byte becomes in a string: 0, it is copied; else the letter behind the backslash, where
-/// 'u' means the form of six characters.
+// What a byte becomes in a string: 0, it is copied; else the letter behind the backslash, where
+// 'u' means the form of six characters.
 constexpr std::array<char, 256> makeEscapes() {
     constexpr std::string_view kControls = "uuuuuuuubtnufruuuuuuuuuuuuuuuuuu";
     std::array<char, 256> escapes{};
@@ -28,9 +28,13 @@ constexpr std::array<char, 256> makeEscapes() {
 }
 
 constexpr std::array<char, 256> kEscapes = makeEscapes();
+constexpr char escapeOf(char byte) {
+    return kEscapes[static_cast<unsigned char>(byte)];
+}
+
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-/// Writes one value with all that is in it.
+// Writes one value with all that is in it.
 class Writer {
 public:
     Writer(WriterOptions options, std::string& output) : options_(options), output_(output) {}
@@ -47,9 +51,9 @@ public:
     }
 
 private:
-    /// A container that is open, and how far it is written.
+    // A container that is open, and how far it is written.
     struct Scope {
-        const Value::Object* object = nullptr; ///< or nullptr, and it is an array
+        const Value::Object* object = nullptr; // or nullptr, and it is an array
         Value::Object::const_iterator member;
         const Value::Array* array = nullptr;
         std::size_t element = 0;
@@ -83,8 +87,8 @@ private:
         return true; // no kind, no text
     }
 
-    /// Writes what stands between the value just written and the next one, closing containers as
-    /// they end. The next value, or nullptr at the end of all.
+    // Writes what stands between the value just written and the next one, closing containers as
+    // they end. The next value, or nullptr at the end of all.
     const Value* advance() {
         while (!scopes_.empty()) {
             Scope& scope = scopes_.back();
@@ -125,7 +129,7 @@ private:
 
     [[nodiscard]] bool isPretty() const { return (options_ & kPretty) != 0; }
 
-    /// With kPretty: a new line, indented to the depth of the scopes that are open.
+    // With kPretty: a new line, indented to the depth of the scopes that are open.
     void breakLine() {
         if (!isPretty()) {
             return;
@@ -171,37 +175,37 @@ private:
             if (special == end) {
                 break;
             }
-            writeEscaped(static_cast<unsigned char>(*special));
+            writeEscaped(*special);
             position = special + 1;
         }
         output_ += '"';
     }
 
-    /// The first byte that must be escaped.
+    // The first byte that must be escaped.
     static const char* findSpecial(const char* position, const char* end) {
         return bytescan::find(
             position, end,
-            [](std::uint64_t bytes) {
-                return bytescan::below(bytes, 0x20) | bytescan::equal(bytes, '"') |
-                       bytescan::equal(bytes, '\\') | bytescan::equal(bytes, 0x7F);
+            [](bytescan::Block block) {
+                return block.upTo(0x1F) | block.equalTo(0x7F) | block.equalTo('"') |
+                       block.equalTo('\\');
             },
-            [](std::uint8_t byte) { return kEscapes[byte] != 0; });
+            [](char byte) { return escapeOf(byte) != 0; });
     }
 
-    void writeEscaped(unsigned char byte) {
-        const char letter = kEscapes[byte];
+    void writeEscaped(char byte) {
+        const char letter = escapeOf(byte);
         output_ += '\\';
         output_ += letter;
         if (letter == 'u') {
             output_ += "00";
-            output_ += kHexDigits[byte >> 4];
-            output_ += kHexDigits[byte & 0x0F];
+            output_ += kHexDigits[static_cast<unsigned char>(byte) >> 4];
+            output_ += kHexDigits[static_cast<unsigned char>(byte) & 0x0F];
         }
     }
 
     const WriterOptions options_;
     std::string& output_;
-    std::vector<Scope> scopes_; ///< the innermost is the last
+    std::vector<Scope> scopes_; // the innermost is the last
 };
 
 } // namespace

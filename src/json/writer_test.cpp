@@ -1,0 +1,231 @@
+#include "json/writer.h"
+
+#include "json/reader.h"
+#include "json/testing/german_locale.h"
+#include "json/testing/heap_watch.h"
+#include "json/testing/small_stack.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using ravenjson::Kind;
+using ravenjson::toString;
+using ravenjson::Value;
+
+constexpr ravenjson::WriterOptions kTwoSpaces = ravenjson::kPretty;
+constexpr ravenjson::WriterOptions kFourSpaces = ravenjson::kPretty | ravenjson::kIndentFourSpaces;
+constexpr ravenjson::WriterOptions kTab = ravenjson::kPretty | ravenjson::kIndentTab;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+Value document(std::string_view text) {
+    Value value;
+    std::string error;
+    EXPECT_TRUE(ravenjson::parse(text, value, error)) << error << ": " << text;
+    return value;
+}
+
+TEST(WriterTest, theOptionsAreBitsOfOneWord) {
+    EXPECT_EQ(ravenjson::kPretty, 0x80U);
+    EXPECT_EQ(ravenjson::kIndentFourSpaces, 0x01U);
+    EXPECT_EQ(ravenjson::kIndentTab, 0x02U);
+    EXPECT_EQ(ravenjson::kCrLf, 0x04U);
+    static_assert(sizeof(ravenjson::WriterOptions) == 4);
+}
+
+TEST(WriterTest, writesLiterals) {
+    EXPECT_EQ(toString(Value()), "null");
+    EXPECT_EQ(toString(true), "true");
+    EXPECT_EQ(toString(false), "false");
+}
+
+TEST(WriterTest, writesIntegers) {
+    EXPECT_EQ(toString(0), "0");
+    EXPECT_EQ(toString(-42), "-42");
+    EXPECT_EQ(toString(std::numeric_limits<std::int64_t>::max()), "9223372036854775807");
+    EXPECT_EQ(toString(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
+}
+
+TEST(WriterTest, writesDoubles) {
+    EXPECT_EQ(toString(0.1), "0.10000000000000001");
+    EXPECT_EQ(toString(-2.5), "-2.5");
+    EXPECT_EQ(toString(1e300), "1.0000000000000001e+300");
+    EXPECT_EQ(toString(5e-324), "4.9406564584124654e-324");
+    EXPECT_EQ(toString(100000000000000000.0), "1e+17");
+}
+
+TEST(WriterTest, aDoubleWithoutFractionHasNone) {
+    EXPECT_EQ(toString(1.0), "1");
+    EXPECT_EQ(toString(-3.0), "-3");
+    EXPECT_TRUE(document(toString(1.0)).isInteger());
+}
+
+TEST(WriterTest, zeroHasAFractionAndNoSign) {
+    EXPECT_EQ(toString(0.0), "0.0");
+    EXPECT_EQ(toString(-0.0), "0.0");
+}
+
+TEST(WriterTest, escapesStrings) {
+    EXPECT_EQ(toString("\t\"\x01"), R"("\t\"\u0001")");
+    EXPECT_EQ(toString("\b\t\n\f\r\"\\"), R"("\b\t\n\f\r\"\\")");
+    EXPECT_EQ(toString("\x7F"), R"("\u007f")");
+    EXPECT_EQ(toString("a/b"), R"("a/b")");
+    EXPECT_EQ(toString(""), R"("")");
+}
+
+TEST(WriterTest, treatsEachByteAsItsTableSays) {
+    // By itself, and where sixteen bytes are looked at together.
+    for (const std::size_t around : {0U, 20U}) {
+        const std::string padding(around, 'x');
+        for (int byte = 0; byte < 256; ++byte) {
+            std::string expected(1, static_cast<char>(byte));
+            if (const auto letter = std::string_view("\b\t\n\f\r\"\\").find(expected);
+                letter != std::string_view::npos) {
+                expected = std::string("\\") + R"(btnfr"\)"[letter];
+            } else if (byte < 0x20 || byte == 0x7F) {
+                constexpr std::string_view kDigits = "0123456789abcdef";
+                expected = std::string("\\u00") + kDigits[static_cast<std::size_t>(byte) / 16] +
+                           kDigits[static_cast<std::size_t>(byte) % 16];
+            }
+            const std::string text = padding + static_cast<char>(byte) + padding;
+            EXPECT_EQ(toString(text), '"' + padding + expected + padding + '"') << byte;
+            EXPECT_EQ(document(toString(text)), Value(text)) << byte;
+        }
+    }
+}
+
+TEST(WriterTest, compactHasNoBlanks) {
+    Value value(Kind::Object);
+    value["b"] = 2;
+    value["a"] = 1;
+    EXPECT_EQ(toString(value), R"({"a":1,"b":2})");
+    EXPECT_EQ(toString(document(R"([ 1, [ ], { "k" : [ null , "x" ] } ])")),
+              R"([1,[],{"k":[null,"x"]}])");
+}
+
+TEST(WriterTest, escapesKeys) {
+    Value value(Kind::Object);
+    value["a\n\""] = true;
+    EXPECT_EQ(toString(value), R"({"a\n\"":true})");
+}
+
+TEST(WriterTest, emptyOnesStayOnTheirLine) {
+    for (const auto options : {ravenjson::kCompact, kTwoSpaces}) {
+        EXPECT_EQ(toString(Value(Kind::Object), options), "{}");
+        EXPECT_EQ(toString(Value(Kind::Array), options), "[]");
+    }
+    EXPECT_EQ(toString(document(R"({"a":{},"b":[]})"), kTwoSpaces),
+              "{\n  \"a\": {},\n  \"b\": []\n}");
+}
+
+TEST(WriterTest, prettyHasALineForEachMember) {
+    EXPECT_EQ(toString(document(R"({"b":2,"a":1})"), kFourSpaces),
+              "{\n    \"a\": 1,\n    \"b\": 2\n}");
+}
+
+TEST(WriterTest, prettyIndentsByDepth) {
+    const Value value = document(R"({"a":[1,{"b":null}],"c":"d"})");
+    EXPECT_EQ(toString(value, kTwoSpaces),
+              "{\n  \"a\": [\n    1,\n    {\n      \"b\": null\n    }\n  ],\n  \"c\": \"d\"\n}");
+    EXPECT_EQ(toString(value, kTab),
+              "{\n\t\"a\": [\n\t\t1,\n\t\t{\n\t\t\t\"b\": null\n\t\t}\n\t],\n\t\"c\": \"d\"\n}");
+}
+
+TEST(WriterTest, bothIndentBitsMeanTwoSpaces) {
+    const Value value = document("[1]");
+    EXPECT_EQ(toString(value, ravenjson::kPretty | 0x03), "[\n  1\n]");
+}
+
+TEST(WriterTest, breaksLinesAsAsked) {
+    EXPECT_EQ(toString(document("[1,2]"), kTwoSpaces | ravenjson::kCrLf), "[\r\n  1,\r\n  2\r\n]");
+}
+
+TEST(WriterTest, indentAndLineBreakCountOnlyWhenPretty) {
+    EXPECT_EQ(toString(document(R"({"a":[1,2]})"), 0x7F), R"({"a":[1,2]})");
+}
+
+TEST(WriterTest, prettyReadsBackTheSame) {
+    const Value value = document(R"({"a":[1,{"b":null,"c":[[],{},"x"]}],"c":"d"})");
+    for (const auto options : {kTwoSpaces, kFourSpaces, kTab, kTab | ravenjson::kCrLf}) {
+        EXPECT_EQ(document(toString(value, options)), value);
+    }
+}
+
+TEST(WriterTest, appendsToTheOutput) {
+    std::string output = "data: ";
+    std::string error = "none";
+    EXPECT_TRUE(ravenjson::write(document("[1]"), ravenjson::kCompact, output, error));
+    EXPECT_EQ(output, "data: [1]");
+    EXPECT_EQ(error, "none");
+}
+
+TEST(WriterTest, infiniteAndNanCannotBeWritten) {
+    const std::pair<double, std::string> cases[] = {
+        {std::nan(""), "nan"}, {-std::nan(""), "nan"}, {kInfinity, "inf"}, {-kInfinity, "-inf"}};
+    for (const auto& [number, text] : cases) {
+        std::string output;
+        std::string error;
+        EXPECT_FALSE(ravenjson::write(number, ravenjson::kCompact, output, error));
+        EXPECT_EQ(output, text);
+        EXPECT_EQ(error, "Floating point is nan or inf.");
+    }
+}
+
+TEST(WriterTest, stopsAtTheFirstThatCannotBeWritten) {
+    Value value(Kind::Array);
+    value.append(1);
+    value.append(document(R"({"a":0,"b":1})"));
+    value.at(1)["b"] = -kInfinity;
+    value.append(2);
+    std::string output;
+    std::string error;
+    EXPECT_FALSE(ravenjson::write(value, ravenjson::kCompact, output, error));
+    EXPECT_EQ(output, R"([1,{"a":0,"b":-inf)");
+    EXPECT_EQ(toString(value), R"([1,{"a":0,"b":-inf)") << "toString gives it without a word";
+}
+
+TEST(WriterTest, aCodeThatIsNoKindIsWrittenAsNothing) {
+    std::string output;
+    std::string error;
+    EXPECT_TRUE(ravenjson::write(Value(Kind(8)), ravenjson::kCompact, output, error));
+    EXPECT_EQ(output, "");
+    Value value(Kind::Object);
+    value["a"] = Value(Kind(8));
+    EXPECT_EQ(toString(value), R"({"a":})");
+}
+
+TEST(WriterTest, doesNotDependOnTheLocale) {
+    const GermanLocale german;
+    EXPECT_EQ(toString(document(R"([0.5,-1234567.25,1e-7,1234567])")),
+              "[0.5,-1234567.25,9.9999999999999995e-08,1234567]");
+}
+
+TEST(WriterTest, depthDoesNotCostStack) {
+    constexpr std::size_t kLevels = 1'000'000;
+    std::string written;
+    onSmallStack([&] {
+        Value value = "core";
+        for (std::size_t i = 0; i < kLevels; ++i) {
+            Value outer(Kind::Array);
+            outer.append(std::move(value));
+            value = std::move(outer);
+        }
+        written = toString(value);
+    });
+    EXPECT_EQ(written, std::string(kLevels, '[') + "\"core\"" + std::string(kLevels, ']'));
+}
+
+TEST(WriterTest, takesNoMemoryButTheOutput) {
+    const Value value = document(R"({"a":["text \n more text, and more still",0.1,12345],"b":{}})");
+    std::string output;
+    std::string error;
+    output.reserve(1000);
+    const HeapWatch heap;
+    EXPECT_TRUE(ravenjson::write(value, ravenjson::kCompact, output, error));
+    EXPECT_LE(heap.allocations(), 3U) << "for the containers that are open";
+}
+
+} // namespace
