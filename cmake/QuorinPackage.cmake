@@ -1,6 +1,7 @@
 # What `cmake --install` puts where, and the packages `cpack` makes of it: a zip for Windows, a .deb
 # and a .tar.gz for Linux. Included when all targets are known.
 
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # the tests need not be built to install
 set(package_programs QuorinGatewayHttp lumetrix quorin-gateway)
 
 if(WIN32)
@@ -10,6 +11,15 @@ if(WIN32)
   install(PROGRAMS ${CMAKE_INSTALL_SYSTEM_RUNTIME_LIBS} DESTINATION bin)
   install(FILES packaging/settings.xml DESTINATION settings)
   install(DIRECTORY ${QUORIN_LICENCES} DESTINATION licences)
+  if(MINGW)
+    # Debian's packages of the compiler's runtime, and the licences that texts above refer to.
+    foreach(package IN ITEMS gcc-mingw-w64-base mingw-w64-common)
+      install(FILES /usr/share/doc/${package}/copyright DESTINATION licences/${package})
+    endforeach()
+    install(FILES /usr/share/common-licenses/Apache-2.0 /usr/share/common-licenses/GPL-3
+                  /usr/share/common-licenses/LGPL-3
+      DESTINATION licences)
+  endif()
 else()
   # In one folder, since each looks for the others beside itself.
   set(package_folder lib/quorin-gateway)

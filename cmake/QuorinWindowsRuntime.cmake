@@ -31,6 +31,15 @@ else()
   include(InstallRequiredSystemLibraries)
 endif()
 
+# What the authors of these libraries ask to be handed on with them; scripts/build-windows keeps it
+# beside each library.
+set(QUORIN_LICENCES "")
+foreach(prefix IN LISTS CMAKE_PREFIX_PATH)
+  if(IS_DIRECTORY "${prefix}/licences")
+    list(APPEND QUORIN_LICENCES "${prefix}/licences/")
+  endif()
+endforeach()
+
 set(runtime_folders "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
 if(BUILD_TESTING)
   list(APPEND runtime_folders "${CMAKE_BINARY_DIR}/tests")
