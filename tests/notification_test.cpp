@@ -625,7 +625,7 @@ TEST_P(ManifestTest, oneOfAnotherAddressIsNeverChosen) {
     EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update_127.0.0.2.json")), streamed("second"));
     EXPECT_EQ(stopAndReadHandlerLog(), (QStringList{u"2 Received requesting update.json from "_s,
                                                     u"2 Response update.json : update.json"_s,
-                                                    u"5 [End] " + site_.rootPath(u"update.json"_s) +
+                                                    u"5 [End] " + rooted(u"/update.json"_s) +
                                                         u" does not exist or directory",
                                                     u"2 Target file : update_127.0.0.2.json"_s,
                                                     u"2 GET update_127.0.0.2.json - -  200 0"_s}));

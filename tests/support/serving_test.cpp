@@ -43,7 +43,7 @@ QStringList ServingTest::logOfRequest(const QStringList& lines) {
 }
 
 QString ServingTest::rooted(const QString& target) const {
-    return site_.rootPath(QString()).chopped(1) + target;
+    return site_.appDataPath(u"Vemo/Quorin5/QuorinGatewayHttp/wwwroot"_s) + target;
 }
 
 } // namespace quorin::test

@@ -48,7 +48,7 @@ protected:
     // The log of one request that the gateway ends, with `lines` between reading and the end.
     static QStringList logOfRequest(const QStringList& lines);
 
-    // `target` as a path below the document root.
+    // `target` put behind the document root, as the gateway does before it looks at the path.
     QString rooted(const QString& target) const;
 
     Site site_;
