@@ -25,7 +25,12 @@ if(MINGW)
     if(NOT EXISTS "${file}")
       message(FATAL_ERROR "${library} does not come with ${CMAKE_CXX_COMPILER}")
     endif()
-    list(APPEND QUORIN_RUNTIME_FILES "${file}")
+    # Debian's are several times as large for their debug information.
+    set(stripped "${CMAKE_BINARY_DIR}/runtime/${library}")
+    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
+    execute_process(COMMAND "${CMAKE_STRIP}" --strip-unneeded -o "${stripped}" "${file}"
+                    COMMAND_ERROR_IS_FATAL ANY)
+    list(APPEND QUORIN_RUNTIME_FILES "${stripped}")
   endforeach()
 else()
   include(InstallRequiredSystemLibraries)

@@ -34,10 +34,10 @@ QString folderOf(LogLibrary log) {
 // Lets a process find the libraries in these folders, before all others that lie not beside it.
 void addLibraryFolders(QProcessEnvironment& environment, const QStringList& folders) {
     if constexpr (kOnWindows) {
-        // Qt and its plugins stand beside the test host, which not every program does.
+        // Qt and its plugins stand beside the test host, which not every program does. The search
+        // path of the tests themselves may lead to a logging library, and is left out.
         const QString here = QStringLiteral(QUORIN_TEST_HOST_FOLDER);
-        environment.insert(u"PATH"_s,
-                           folders.join(u';') + u';' + here + u';' + environment.value(u"PATH"_s));
+        environment.insert(u"PATH"_s, folders.join(u';') + u';' + here);
         environment.insert(u"QT_PLUGIN_PATH"_s, here);
     } else {
         environment.insert(u"LD_LIBRARY_PATH"_s, folders.join(u':'));
