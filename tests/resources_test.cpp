@@ -40,6 +40,9 @@ protected:
         }
     }
 
+    // Sanitizers keep freed memory back, so that growth says nothing.
+    static constexpr bool isMemoryTelling() { return !QUORIN_IS_SANITIZED; }
+
     void startGateway(const Settings& settings = {}) {
         site_.writeSettings(settings);
         gateway_.start();
@@ -107,6 +110,9 @@ TEST_F(ResourcesTest, sixteenSlowReadersCostAChunkAndALittleEach) {
     std::cout << "each of " << clients << " clients read " << readByEach / kMiB
               << " MiB; growth at most " << (most - before) / kKiB << " KiB of "
               << clients * (chunk + 512 * kKiB) / kKiB << " KiB allowed\n";
+    if (!isMemoryTelling()) {
+        GTEST_SKIP() << "memory says nothing under a sanitizer; the transfer passed";
+    }
     EXPECT_LE(most - before, clients * (chunk + 512 * kKiB));
 }
 
@@ -125,6 +131,9 @@ TEST_F(ResourcesTest, aFloodWhileServingGrowsNothing) {
         unsent = client.socket().bytesToWrite();
     }
     EXPECT_GT(unsent, 32 * kMiB);
+    if (!isMemoryTelling()) {
+        GTEST_SKIP() << "memory says nothing under a sanitizer; the flood was held back";
+    }
     EXPECT_LE(figures().residentBytes - before, 4 * kMiB);
 }
 
