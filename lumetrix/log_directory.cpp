@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -43,8 +44,10 @@ bool isTime(std::string_view field) {
 } // namespace
 
 LogDirectory::LogDirectory()
-    : path_(std::filesystem::temp_directory_path() /
-            ("lumetrix_" + std::to_string(std::random_device{}()))) {
+    : LogDirectory(std::filesystem::temp_directory_path() /
+                   ("lumetrix_" + std::to_string(std::random_device{}()))) {}
+
+LogDirectory::LogDirectory(std::filesystem::path path) : path_(std::move(path)) {
     std::filesystem::create_directories(path_);
 }
 

@@ -9,6 +9,7 @@
 class LogDirectory {
 public:
     LogDirectory();
+    explicit LogDirectory(std::filesystem::path path);
     ~LogDirectory();
 
     LogDirectory(const LogDirectory&) = delete;

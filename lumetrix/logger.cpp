@@ -56,7 +56,9 @@ void Logger::release() {
 }
 
 void Logger::log(int level, std::string_view message) {
-    gateWanted_.wait(true);
+    if (gateWanted_) {
+        const std::lock_guard untilChanged(control_);
+    }
     const std::shared_lock inside(gate_);
     if (writer_) {
         writer_->write(spdlogLevel(level), message);
@@ -107,7 +109,6 @@ void Logger::setWriter(std::unique_ptr<Writer> writer) {
         writer_ = std::move(writer);
     }
     gateWanted_ = false;
-    gateWanted_.notify_all();
 }
 
 template<typename Change>

@@ -59,8 +59,8 @@ private:
     std::unique_ptr<Writer> writer_; // changed under gate_; null: off
 
     std::shared_mutex gate_; // shared by calls of log that use writer_
-    // Holds new calls of log back from the gate, which would let them pass for ever while others
-    // are inside, whoever waits to change the writer.
+    // New calls of log then wait for control_: as long as some are inside, the gate would let in
+    // more of them, and whoever wants to change the writer might wait for ever.
     std::atomic<bool> gateWanted_{false};
 };
 

@@ -7,8 +7,9 @@
 #include <spdlog/sinks/sink.h>
 
 #include <algorithm>
-#include <atomic>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -41,20 +42,32 @@ public:
 
     void flush() override {
         output_->flush();
-        ++flushes_;
-        flushes_.notify_all();
+        {
+            const std::lock_guard lock(mutex_);
+            ++flushes_;
+        }
+        flushed_.notify_all();
     }
 
     void set_pattern(const std::string&) override {}
     void set_formatter(std::unique_ptr<spdlog::formatter>) override {}
 
-    std::uint32_t flushes() const { return flushes_; }
-    void waitForFlushAfter(std::uint32_t flushes) const { flushes_.wait(flushes); }
+    std::uint64_t flushes() {
+        const std::lock_guard lock(mutex_);
+        return flushes_;
+    }
+
+    void waitForFlushAfter(std::uint64_t flushes) {
+        std::unique_lock lock(mutex_);
+        flushed_.wait(lock, [&] { return flushes_ > flushes; });
+    }
 
 private:
     std::shared_ptr<Output> output_;
     spdlog::details::thread_pool& pool_;
-    std::atomic<std::uint32_t> flushes_{0};
+    std::mutex mutex_;
+    std::condition_variable flushed_;
+    std::uint64_t flushes_ = 0;
 };
 
 Writer::Writer(std::shared_ptr<Output> output, int wantedQueueLength)
