@@ -1,3 +1,7 @@
+// JSON text to tree and tree to compact text, by our library and by three others, on a notification
+// document of 1 KiB and of 5 MiB. Each round makes what it makes from nothing and destroys it. Of
+// the ways the others offer, the usual one is taken.
+
 #include "notification_documents.h"
 
 #include "json/reader.h"
@@ -14,11 +18,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <string>
-
-// Text to tree and tree to compact text, by this system's library and by three others. Each round
-// makes what it makes from nothing and destroys it. Of the ways the others offer the usual one is
-// taken.
 
 namespace {
 
@@ -108,23 +109,13 @@ void writeDocument(benchmark::State& state) {
     reportBytes(state, text);
 }
 
-void skipDocument(benchmark::State& state) {
-    const std::string text = notificationDocument(static_cast<std::size_t>(state.range(0)));
-    for (auto _ : state) {
-        const char* p = text.data();
-        std::string error;
-        benchmark::DoNotOptimize(ravenjson::skipValue(p, p + text.size(), error));
-    }
-    reportBytes(state, text);
-}
 constexpr std::int64_t kSmall = 1 << 10;
 constexpr std::int64_t kLarge = 5 << 20;
 
 void sizes(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Arg(kSmall)->Arg(kLarge);
+    benchmark->Arg(kSmall)->Arg(kLarge)->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK(skipDocument)->Apply(sizes);
 BENCHMARK(parseDocument<Raven>)->Apply(sizes);
 BENCHMARK(parseDocument<RapidJson>)->Apply(sizes);
 BENCHMARK(parseDocument<Nlohmann>)->Apply(sizes);

@@ -20,24 +20,31 @@ std::string twoDigits(unsigned number) {
     return text.size() < 2 ? '0' + text : text;
 }
 
-/// Writes the documents by hand, so that none of the libraries compared has a say in the text.
+// Writes the documents by hand, so that none of the libraries compared has a say in the text.
 class DocumentBuilder {
 public:
     std::string build(std::size_t bytes) {
-        text_ = '{';
+        std::string text = "{";
         for (const std::string_view item : kItems) {
-            appendPendingItem(item);
-            text_ += ',';
+            text += pendingItem(item) + ',';
         }
-        text_ += R"("Unit":{"SerialNumber":"SN-00418277","Site":"Ward 3 / North","Port":8080},)";
-        text_ += R"("History":[)";
-        appendHistoryEntry();
-        while (text_.size() + 2 < bytes) {
-            text_ += ',';
-            appendHistoryEntry();
+        text += R"("Unit":{"SerialNumber":"SN-00418277","Site":"Ward 3 / North","Port":8080},)";
+        text += R"("History":[)" + historyEntry();
+        constexpr std::string_view kRemark = R"(],"Remark":")";
+        constexpr std::string_view kEnd = R"("})";
+        for (;;) {
+            const std::string entry = ',' + historyEntry();
+            if (text.size() + entry.size() + kRemark.size() + kEnd.size() > bytes) {
+                break;
+            }
+            text += entry;
         }
-        text_ += "]}";
-        return std::move(text_);
+        text += kRemark;
+        while (text.size() + kEnd.size() < bytes) {
+            text += '.'; // up to the size asked for
+        }
+        text += kEnd;
+        return text;
     }
 
 private:
@@ -48,29 +55,30 @@ private:
                twoDigits(below(24)) + ':' + twoDigits(below(60)) + ':' + twoDigits(below(60));
     }
 
-    void appendPendingItem(std::string_view name) {
-        text_ += '"';
-        text_ += name;
-        text_ += R"(":{"IsExist":)";
-        text_ += below(2) == 0 ? "true" : "false";
-        text_ += R"(,"LastUpdated":")" + date() + R"("})";
+    std::string pendingItem(std::string_view name) {
+        std::string text = "\"";
+        text += name;
+        text += R"(":{"IsExist":)";
+        text += below(2) == 0 ? "true" : "false";
+        text += R"(,"LastUpdated":")" + date() + R"("})";
+        return text;
     }
 
-    void appendHistoryEntry() {
-        text_ += R"({"Sequence":)" + std::to_string(++sequence_);
-        text_ += R"(,"Item":")";
-        text_ += kItems[below(kItems.size())];
-        text_ += R"(","LastUpdated":")" + date();
-        text_ += R"(","Acknowledged":)";
-        text_ += below(4) == 0 ? "null" : "true";
-        text_ += R"(,"Message":")";
-        text_ += kMessages[below(kMessages.size())];
-        text_ += R"(","Seconds":)" + std::to_string(below(600)) + '.' + std::to_string(below(1000));
-        text_ += R"(,"Counts":[)" + std::to_string(below(10)) + ',' + std::to_string(below(5000)) +
-                 ',' + std::to_string(below(2'000'000)) + "]}";
+    std::string historyEntry() {
+        std::string text = R"({"Sequence":)" + std::to_string(++sequence_);
+        text += R"(,"Item":")";
+        text += kItems[below(kItems.size())];
+        text += R"(","LastUpdated":")" + date();
+        text += R"(","Acknowledged":)";
+        text += below(4) == 0 ? "null" : "true";
+        text += R"(,"Message":")";
+        text += kMessages[below(kMessages.size())];
+        text += R"(","Seconds":)" + std::to_string(below(600)) + '.' + std::to_string(below(1000));
+        text += R"(,"Counts":[)" + std::to_string(below(10)) + ',' + std::to_string(below(5000)) +
+                ',' + std::to_string(below(2'000'000)) + "]}";
+        return text;
     }
 
-    std::string text_;
     std::mt19937 random_{20240517};
     unsigned sequence_ = 0;
 };

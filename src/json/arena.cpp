@@ -10,8 +10,8 @@ namespace ravenjson {
 namespace {
 
 constexpr std::size_t kSmallestPage = 1024;
-constexpr std::size_t kLargestFirstPage = 64 * 1024;
-constexpr std::size_t kLargestPage = 16 * 1024 * 1024;
+constexpr std::size_t kLargestFirstPage = 64 * kSmallestPage;
+constexpr std::size_t kLargestPage = 256 * kLargestFirstPage;
 
 } // namespace
 

@@ -478,7 +478,9 @@ TEST(ReaderStringTest, copiesBytesAsTheyAre) {
         const std::string padding(around, 'x');
         for (int byte = 0; byte < 256; ++byte) {
             if (byte != '"' && byte != '\\') {
-                const std::string text = padding + static_cast<char>(byte) + padding;
+                std::string text = padding;
+                text += static_cast<char>(byte);
+                text += padding;
                 EXPECT_EQ(document(inQuotes(text)), Value(text)) << byte;
             }
         }

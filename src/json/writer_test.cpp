@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 namespace {
@@ -86,12 +88,16 @@ TEST(WriterTest, treatsEachByteAsItsTableSays) {
                 letter != std::string_view::npos) {
                 expected = std::string("\\") + R"(btnfr"\)"[letter];
             } else if (byte < 0x20 || byte == 0x7F) {
-                constexpr std::string_view kDigits = "0123456789abcdef";
-                expected = std::string("\\u00") + kDigits[static_cast<std::size_t>(byte) / 16] +
-                           kDigits[static_cast<std::size_t>(byte) % 16];
+                std::array<char, 8> form{};
+                ASSERT_EQ(std::snprintf(form.data(), form.size(), "\\u%04x", byte), 6);
+                expected = form.data();
             }
-            const std::string text = padding + static_cast<char>(byte) + padding;
-            EXPECT_EQ(toString(text), '"' + padding + expected + padding + '"') << byte;
+            std::string text = padding;
+            text += static_cast<char>(byte);
+            text += padding;
+            std::string written = "\"";
+            written.append(padding).append(expected).append(padding).append("\"");
+            EXPECT_EQ(toString(text), written) << byte;
             EXPECT_EQ(document(toString(text)), Value(text)) << byte;
         }
     }

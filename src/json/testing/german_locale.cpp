@@ -1,5 +1,6 @@
 #include "json/testing/german_locale.h"
 
+#include <array>
 #include <clocale>
 #include <cstdio>
 #include <stdexcept>
@@ -8,9 +9,9 @@
 namespace {
 
 bool commaIsDecimalPoint() {
-    char text[8] = {};
-    std::snprintf(text, sizeof(text), "%.1f", 0.5);
-    return std::string_view(text) == "0,5";
+    std::array<char, 8> text{};
+    const int length = std::snprintf(text.data(), text.size(), "%.1f", 0.5);
+    return length == 3 && std::string_view(text.data()) == "0,5";
 }
 
 } // namespace
@@ -21,10 +22,10 @@ GermanLocale::GermanLocale() : before_(std::setlocale(LC_ALL, nullptr)) {
             return;
         }
     }
-    std::setlocale(LC_ALL, before_.c_str());
+    static_cast<void>(std::setlocale(LC_ALL, before_.c_str()));
     throw std::runtime_error("The locale de_DE.UTF-8 is missing (Debian: package locales-all).");
 }
 
 GermanLocale::~GermanLocale() {
-    std::setlocale(LC_ALL, before_.c_str());
+    static_cast<void>(std::setlocale(LC_ALL, before_.c_str()));
 }
