@@ -129,9 +129,9 @@ TEST_F(QueueWatcherTest, aWorkerThatThePoolRefusesIsDroppedWithoutAReplyAndTheNe
 }
 
 TEST_F(QueueWatcherTest, oneWhoIsIdleStopsAfterItsSleep) {
+    allow(1);
     watcher_.start(QThread::InheritPriority);
     enqueue();
-    allow(1);
     ASSERT_TRUE(waitUntil([this] { return started() == 1; }));
     QElapsedTimer timer;
     timer.start();

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <QSemaphore>
 #include <QThreadPool>
 
+#include <latch>
 #include <memory>
+#include <utility>
 
 // For tests of the watchers.
 namespace quorin::test {
@@ -13,25 +14,30 @@ class Occupant {
 public:
     explicit Occupant(QThreadPool& pool) {
         pool.start([state = state_] {
-            state->entered.release();
-            state->leave.acquire();
+            state->entered.count_down();
+            state->leave.wait();
         });
-        state_->entered.acquire();
+        state_->entered.wait();
     }
     ~Occupant() { release(); }
 
-    void release() { state_->leave.release(); }
+    void release() {
+        if (!std::exchange(released_, true)) {
+            state_->leave.count_down();
+        }
+    }
 
     Occupant(const Occupant&) = delete;
     Occupant& operator=(const Occupant&) = delete;
 
 private:
     struct State {
-        QSemaphore entered;
-        QSemaphore leave;
+        std::latch entered{1};
+        std::latch leave{1};
     };
 
     std::shared_ptr<State> state_ = std::make_shared<State>();
+    bool released_ = false;
 };
 
 } // namespace quorin::test
