@@ -27,9 +27,9 @@ constexpr std::array<LevelWord, 4> kLevelWords{{
 
 lumetrix::Level levelFromWord(const QString& word) {
     const QString lowered = word.toLower();
-    const auto found = std::find_if(
-        kLevelWords.begin(), kLevelWords.end(),
-        [&lowered](const LevelWord& candidate) { return candidate.word == lowered; });
+    const auto found =
+        std::find_if(kLevelWords.begin(), kLevelWords.end(),
+                     [&lowered](const LevelWord& candidate) { return candidate.word == lowered; });
     return found != kLevelWords.end() ? found->level : lumetrix::Level::Info;
 }
 

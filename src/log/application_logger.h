@@ -23,7 +23,8 @@ struct ApplicationLogSettings {
 // costs something to build is passed as a function that returns it, and is built only when
 // somebody takes it:
 //
-//     QuorinGatewayApplicationLogger::logDebug([&]() -> QString { return u"Target file : " + name; });
+//     QuorinGatewayApplicationLogger::logDebug([&]() -> QString { return u"Target file : " + name;
+//     });
 class QuorinGatewayApplicationLogger : public lumetrix::Logger {
 public:
     static void logDebug(const QString& message) { write(lumetrix::Level::Debug, message); }
@@ -32,7 +33,7 @@ public:
     static void logError(const QString& message) { write(lumetrix::Level::Error, message); }
 
     template<std::invocable MessageBuilder>
-        requires std::same_as<std::invoke_result_t<MessageBuilder>, QString>
+    requires std::same_as<std::invoke_result_t<MessageBuilder>, QString>
     static void logDebug(MessageBuilder&& build) {
         if (instance().isLogging()) {
             logDebug(std::forward<MessageBuilder>(build)());

@@ -51,9 +51,7 @@ public:
     Logger& operator=(const Logger&) = delete;
 
     // True when log() reaches the library. Callers ask before they build a costly text.
-    [[nodiscard]] bool isLogging() const noexcept {
-        return functions_.lumetrix_log != nullptr;
-    }
+    [[nodiscard]] bool isLogging() const noexcept { return functions_.lumetrix_log != nullptr; }
 
     void log(Level level, const char* message) const;
     void release() const;

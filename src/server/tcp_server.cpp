@@ -74,8 +74,8 @@ void TcpServer::logListeningMode() const {
 
 void TcpServer::loadCertificate() {
     const GatewaySettings& settings = GatewaySettings::instance();
-    const QByteArray name = chooseCertificateName(settings.OrganizationId, settings.RootUrl,
-                                                  settings.GatewayAddress);
+    const QByteArray name =
+        chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const auto [certificate, privateKey] = findServerCertificate(name);
     surroundings_.tls = tlsConfiguration(certificate, privateKey);
 }

@@ -14,26 +14,26 @@ TEST(PathBelowRootTest, isTheRootAndTheTargetEncodedButForItsSlashes) {
         QString path;
     };
     const Case cases[] = {
-        {u"/fwfiles/a.zip"_s, u"/root/fwfiles/a.zip"_s},
-        {u""_s, u"/root"_s},
-        {u"/"_s, u"/root/"_s},
-        {u"file"_s, u"/rootfile"_s},
-        {u"//a//b/"_s, u"/root//a//b/"_s},
-        {u"/a b"_s, u"/root/a%20b"_s},
-        {u"/a%20b"_s, u"/root/a%2520b"_s},
-        {u"/%"_s, u"/root/%25"_s},
-        {u"/%1%2"_s, u"/root/%251%252"_s},
-        {u"/-._~aZ09"_s, u"/root/-._~aZ09"_s},
+        {u"/fwfiles/a.zip"_s, u"/www/fwfiles/a.zip"_s},
+        {u""_s, u"/www"_s},
+        {u"/"_s, u"/www/"_s},
+        {u"file"_s, u"/wwwfile"_s},
+        {u"//a//b/"_s, u"/www//a//b/"_s},
+        {u"/a b"_s, u"/www/a%20b"_s},
+        {u"/a%20b"_s, u"/www/a%2520b"_s},
+        {u"/%"_s, u"/www/%25"_s},
+        {u"/%1%2"_s, u"/www/%251%252"_s},
+        {u"/-._~aZ09"_s, u"/www/-._~aZ09"_s},
         {u"/!\"#$&'()*+,:;<=>?@[\\]^`{|}"_s,
-         u"/root/%21%22%23%24%26%27%28%29%2A%2B%2C%3A%3B%3C%3D%3E%3F%40%5B%5C%5D%5E%60%7B%7C%7D"_s},
-        {u"/\u00fc\u20ac\U0001f600"_s, u"/root/%C3%BC%E2%82%AC%F0%9F%98%80"_s},
-        {u"/\t\x7f"_s, u"/root/%09%7F"_s},
-        {u"/a\0b"_s, u"/root/a%00b"_s},
-        {u"/../x"_s, u"/root/../x"_s},
-        {u"/..\\x"_s, u"/root/..%5Cx"_s},
+         u"/www/%21%22%23%24%26%27%28%29%2A%2B%2C%3A%3B%3C%3D%3E%3F%40%5B%5C%5D%5E%60%7B%7C%7D"_s},
+        {u"/\u00fc\u20ac\U0001f600"_s, u"/www/%C3%BC%E2%82%AC%F0%9F%98%80"_s},
+        {u"/\t\x7f"_s, u"/www/%09%7F"_s},
+        {u"/a\0b"_s, u"/www/a%00b"_s},
+        {u"/../x"_s, u"/www/../x"_s},
+        {u"/..\\x"_s, u"/www/..%5Cx"_s},
     };
     for (const Case& testCase : cases) {
-        EXPECT_EQ(pathBelowRoot(u"/root"_s, testCase.target), testCase.path)
+        EXPECT_EQ(pathBelowRoot(u"/www"_s, testCase.target), testCase.path)
             << testCase.target.toStdString();
     }
 }
