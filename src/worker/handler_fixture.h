@@ -4,7 +4,7 @@
 #include "config/gateway_settings.h"
 #include "support/loopback.h"
 #include "support/print.h"
-#include "support/stub_record.h"
+#include "support/site.h"
 #include "worker/worker_context.h"
 
 #include <QDir>
@@ -21,20 +21,15 @@ namespace quorin::test {
 
 inline const QByteArray kPlain500 = "HTTP/1.1 500 Internal Server Error\r\n\r\n";
 
-// A folder that stands for the machine's application data, with the staging folder in it, while
-// the object lives.
+// A folder for a test's files, beside the machine's application data with the staging folder in
+// it, while the object lives.
 class DataFolder {
 public:
-    DataFolder() {
-        qputenv("QUORIN_COMMON_APPDATA", folder_.path().toUtf8());
-        QDir().mkpath(stagingPath({}));
-    }
-    ~DataFolder() { qunsetenv("QUORIN_COMMON_APPDATA"); }
+    DataFolder() { qputenv(kDataVariable, site_.appDataFolder().toUtf8()); }
+    ~DataFolder() { qunsetenv(kDataVariable); }
 
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
-    [[nodiscard]] QString stagingPath(const QString& name) const {
-        return path(QStringLiteral("Vemo/Quorin5/QuorinGatewayApp/NotificationTmp/") + name);
-    }
+    [[nodiscard]] QString stagingPath(const QString& name) const { return site_.stagingPath(name); }
 
     // Makes the file with the folders on the way; its path.
     QString write(const QString& name, const QByteArray& content) const {
@@ -51,6 +46,9 @@ public:
     }
 
 private:
+    static constexpr const char* kDataVariable = "QUORIN_COMMON_APPDATA";
+
+    Site site_;
     QTemporaryDir folder_;
 };
 
