@@ -25,6 +25,8 @@ QString folderOf(LogLibrary log) {
         return QStringLiteral(QUORIN_STUB_WITHOUT_LOG_FOLDER);
     case LogLibrary::StubWithoutSetUp:
         return QStringLiteral(QUORIN_STUB_WITHOUT_SET_UP_FOLDER);
+    case LogLibrary::Bundled:
+        return QStringLiteral(QUORIN_BUNDLED_FOLDER);
     case LogLibrary::None:
         break;
     }

@@ -10,7 +10,7 @@
 namespace quorin::test {
 
 // Which logging library the gateway finds.
-enum class LogLibrary { Stub, StubWithoutLog, StubWithoutSetUp, None };
+enum class LogLibrary { Stub, StubWithoutLog, StubWithoutSetUp, Bundled, None };
 
 // The gateway library in a process of its own, on a site's data. Killed with the object.
 class Gateway {
