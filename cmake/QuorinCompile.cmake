@@ -38,6 +38,10 @@ else()
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
     $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     -fstack-protector-strong)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # This compiler, when it optimises, sees overlaps in std::string that cannot be.
+    target_compile_options(quorin_compile INTERFACE -Wno-restrict)
+  endif()
   if(NOT QUORIN_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(quorin_compile INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   endif()

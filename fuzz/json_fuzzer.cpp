@@ -2,6 +2,7 @@
 // agree on what is well-formed; what parses is written, compact and pretty, and reads back as the
 // same document.
 
+#include "require.h"
 #include "json/reader.h"
 #include "json/value.h"
 #include "json/writer.h"
@@ -9,19 +10,12 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 namespace {
 
 using ravenjson::Value;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 // Counts what it is told, and can stop the reading at any piece.
 class Counter final : public ravenjson::Handler {

@@ -9,13 +9,12 @@
 #include "platform/unix/pem_text.h"
 #include "platform/unix/private_key_fields.h"
 #include "platform/unix/x509_fields.h"
+#include "require.h"
 
 #include <QByteArray>
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 
@@ -25,13 +24,6 @@ constexpr std::array<const char*, 7> kLabels{nullptr, // text as it stands
                                              "CERTIFICATE",     "PRIVATE KEY",
                                              "RSA PRIVATE KEY", "EC PRIVATE KEY",
                                              "DSA PRIVATE KEY", "ENCRYPTED PRIVATE KEY"};
-
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what);
-        std::abort();
-    }
-}
 
 SecretBytes armoured(const char* label, QByteArrayView content) {
     return SecretBytes::joined({"-----BEGIN ", label, "-----\n", base64LinesOf(content).view(),

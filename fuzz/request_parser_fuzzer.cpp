@@ -5,10 +5,9 @@
 
 #include "http/request_parser.h"
 #include "http/response.h"
+#include "require.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <iostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,13 +15,6 @@
 namespace {
 
 using namespace quorin::http;
-
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::cerr << "does not hold: " << what << '\n';
-        std::abort();
-    }
-}
 
 void checkTokens(std::string_view input) {
     using namespace std::string_view_literals;

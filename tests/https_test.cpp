@@ -143,6 +143,20 @@ TEST_F(HttpsTest, everyReplyEndsWithTlsOwnFarewell) {
     }
 }
 
+TEST_F(HttpsTest, aSessionIsResumedOnAnotherConnection) {
+    startGateway();
+    const QString session = site_.appDataPath(u"../session"_s);
+    for (const QString& protocol : {u"-tls1_2"_s, u"-tls1_3"_s}) {
+        const std::string first =
+            openssl({protocol, u"-ign_eof"_s, u"-sess_out"_s, session}, get("/fwfiles/none"));
+        EXPECT_THAT(first, HasSubstr("\nNew, TLSv1."));
+        const std::string second =
+            openssl({protocol, u"-ign_eof"_s, u"-sess_in"_s, session}, get("/fwfiles/none"));
+        EXPECT_THAT(second, HasSubstr("\nReused, TLSv1.")) << protocol.toStdString();
+        EXPECT_THAT(second, HasSubstr("HTTP/1.1 404 Not Found"));
+    }
+}
+
 TEST_F(HttpsTest, curlAcceptsTheRightNameAndRefusesAnother) {
     site_.writeFile(u"fwfiles/a"_s, "content over TLS");
     startGateway();

@@ -77,7 +77,7 @@ void TcpServer::loadCertificate() {
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const auto [certificate, privateKey] = findServerCertificate(name);
-    surroundings_.tls = tlsConfiguration(certificate, privateKey);
+    surroundings_.tls.configure(tlsConfiguration(certificate, privateKey));
 }
 
 void TcpServer::openControlChannel() {

@@ -16,6 +16,11 @@ TEST(TlsConfigurationTest, speaksOneDotTwoAndLaterAndAsksPeersForNothing) {
     EXPECT_TRUE(tls.caCertificates().isEmpty());
 }
 
+TEST(TlsConfigurationTest, keepsNoSessionOfAConnectionForTheOthers) {
+    const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
+    EXPECT_TRUE(tls.testSslOption(QSsl::SslOptionDisableSessionSharing));
+}
+
 TEST(TlsConfigurationTest, takesNullForCertificateAndKey) {
     const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
     EXPECT_TRUE(tls.localCertificate().isNull());

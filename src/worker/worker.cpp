@@ -113,8 +113,7 @@ void Worker::openSocket() {
     connect(&socket, &QSslSocket::disconnected, this, &Worker::SslSocketDisconnected,
             Qt::DirectConnection);
     if (GatewaySettings::instance().HttpsEnabled) {
-        socket.setSslConfiguration(surroundings_.tls);
-        socket.startServerEncryption();
+        surroundings_.tls.startServerEncryption(socket);
     }
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "platform/socket_descriptor.h"
+#include "worker/shared_tls.h"
 #include "worker/worker_context.h"
 
 #include <QEventLoop>
 #include <QObject>
 #include <QRunnable>
-#include <QSslConfiguration>
 #include <QTimer>
 
 #include <atomic>
@@ -19,7 +19,7 @@
 struct WorkerSurroundings {
     QString documentRoot;
     quorin::CommunicationScheme communicationScheme = quorin::CommunicationScheme::None;
-    QSslConfiguration tls; // used when HTTPS is enabled
+    quorin::SharedTls tls; // used when HTTPS is enabled
     std::atomic<bool> quitRequested = false;
 };
 

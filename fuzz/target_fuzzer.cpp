@@ -1,0 +1,155 @@
+// GET and, by the first byte, DELETE of an arbitrary target, in a document root that lies among
+// files of nobody's business. Whatever the target,
+//   - a failure gets its reply, and only a success gets a document;
+//   - a document that is sent is one of those below the root, and no other;
+//   - nothing outside the root, and no file but a notification that is reset, changes.
+
+#include "config/gateway_exception.h"
+#include "config/gateway_settings.h"
+#include "http/request.h"
+#include "require.h"
+#include "scratch_folder.h"
+#include "worker/routing.h"
+#include "worker/worker_context.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr const char* kSecret = "nobody's business";
+constexpr const char* kServed = "served to all";
+constexpr const char* kNotification =
+    R"({"RemoteSetting":{"IsExist":true,"LastUpdated":"2024-05-15T00:00:00Z"}})";
+
+// A root with a file in each kind of folder, and secrets all around it.
+class Machine {
+public:
+    Machine() {
+        for (const char* const name : {"root/update.json", "root/update_.json", "root/fwfiles/a",
+                                       "root/fwfiles/b c", "root/fwfiles/a.zip", "root/fwfiles/..a",
+                                       "root/patterns/deep/p", "root/api/x", "root/%2e%2e/a"}) {
+            folder_.write(QString::fromLatin1(name), QByteArrayView(kServed));
+        }
+        for (const QString& name : secrets_) {
+            folder_.write(name, QByteArrayView(kSecret));
+        }
+        QDir().mkpath(folder_.path(u"Vemo/Quorin5/QuorinGatewayApp/NotificationTmp"_s));
+    }
+
+    [[nodiscard]] QString root() const { return folder_.path(u"root"_s); }
+    void writeNotification() const { folder_.write(notification_, QByteArrayView(kNotification)); }
+
+    void check() const {
+        for (const QString& name : secrets_) {
+            require(folder_.read(name) == kSecret, "what is outside stays as it is");
+        }
+        const QByteArray notification = folder_.read(notification_);
+        require(notification == kNotification || notification == "{}",
+                "a notification stays or is reset");
+        require(folder_.read(u"root/fwfiles/a"_s) == kServed, "a file stays as it is");
+    }
+
+private:
+    ScratchFolder folder_;
+    QStringList secrets_{u"secret"_s,    u"a"_s,         u"update.json"_s,         u"roota"_s,
+                         u"root.json"_s, u"fwfiles/a"_s, u"notifications/n.json"_s};
+    QString notification_ = u"root/notifications/n.json"_s;
+};
+
+// Two connected sockets: the gateway's and the client's.
+class Connection {
+public:
+    Connection() {
+        std::array<int, 2> ends{};
+        require(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) == 0, "there are sockets");
+        gateway_ = std::make_unique<QSslSocket>();
+        require(gateway_->setSocketDescriptor(ends[0]), "a socket takes its descriptor");
+        client_ = ends[1];
+    }
+    ~Connection() { close(client_); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    [[nodiscard]] std::unique_ptr<QSslSocket> takeGateway() { return std::move(gateway_); }
+
+    [[nodiscard]] QByteArray received() const {
+        QByteArray all;
+        std::array<char, 4096> part{};
+        for (;;) {
+            const auto count = recv(client_, part.data(), part.size(), MSG_DONTWAIT);
+            if (count <= 0) {
+                return all;
+            }
+            all.append(part.data(), count);
+        }
+    }
+
+private:
+    std::unique_ptr<QSslSocket> gateway_;
+    int client_ = -1;
+};
+
+void checkReply(const QByteArray& reply, bool isServed) {
+    require(reply.startsWith("HTTP/1.1 "), "there is a reply");
+    require(!reply.contains(kSecret), "no secret leaves");
+    const bool isSuccess = reply.startsWith("HTTP/1.1 2");
+    require(isSuccess == isServed, "only a failure is refused");
+    if (isSuccess) {
+        require(reply.endsWith(kServed) || reply.endsWith(kNotification) || reply.endsWith("\"}") ||
+                    reply.startsWith("HTTP/1.1 204 "),
+                "what is sent is there for all");
+    }
+}
+
+int useFewFiles() {
+    static int argumentCount = 1;
+    static char name[] = "fuzzer";
+    static char* arguments[] = {name, nullptr};
+    static const QCoreApplication application(argumentCount, arguments);
+    GatewaySettings::instance().ThreadReadBufferSize = 4096;
+    GatewaySettings::instance().HTTPRequestTimeout = 600;
+    return 0;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    return useFewFiles();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const Machine machine;
+    if (size == 0) {
+        return 0;
+    }
+    quorin::http::Request request;
+    request.line.method =
+        data[0] % 2 == 0 ? quorin::http::Method::Get : quorin::http::Method::Delete;
+    request.line.target.assign(reinterpret_cast<const char*>(data + 1), size - 1);
+    request.headers.set("X-Quorin-Notification-Reset-Date", "2024-06-01T00:00:00Z");
+
+    machine.writeNotification();
+    Connection connection;
+    quorin::WorkerContext context;
+    context.documentRoot = machine.root();
+    context.socket = connection.takeGateway();
+    bool isServed = true;
+    try {
+        quorin::route(context, request);
+    } catch (const GatewayException&) {
+        isServed = false;
+    }
+    checkReply(connection.received(), isServed);
+    machine.check();
+    return 0;
+}

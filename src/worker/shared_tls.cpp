@@ -1,0 +1,38 @@
+#undef QT_NO_KEYWORDS // Qt's private header uses them
+
+#include "worker/shared_tls.h"
+
+#include <QSslSocket>
+
+// Qt shares contexts among sockets, but offers that to its own classes alone. To build one, and to
+// prepare the key in it, takes longer than the rest of a handshake.
+#include <private/qsslsocket_p.h>
+
+#include <utility>
+
+namespace quorin {
+
+void SharedTls::startServerEncryption(QSslSocket& socket) const {
+    socket.setSslConfiguration(configuration_);
+    const std::shared_ptr<QSslContext> shared = context();
+    if (shared) {
+        QSslSocketPrivate::checkSettingSslContext(&socket, shared);
+    }
+    socket.startServerEncryption();
+    if (!shared) {
+        adopt(QSslSocketPrivate::sslContext(&socket));
+    }
+}
+
+std::shared_ptr<QSslContext> SharedTls::context() const {
+    const std::lock_guard lock(mutex_);
+    return end_.hasExpired() ? nullptr : context_;
+}
+
+void SharedTls::adopt(std::shared_ptr<QSslContext> context) const {
+    const std::lock_guard lock(mutex_);
+    context_ = std::move(context);
+    end_ = QDeadlineTimer(lifetime_);
+}
+
+} // namespace quorin
