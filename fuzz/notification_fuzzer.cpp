@@ -14,6 +14,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -30,7 +32,10 @@ void checkResult(const QByteArray& result) {
     require(ravenjson::parse({result.constData(), static_cast<std::size_t>(result.size())},
                              document, error),
             "what was written is JSON");
-    if (result == "{}" || result == "[]") {
+    static constexpr std::array<const char*, 7> kEmptied{"{}", "[]",  "\"\"", "false",
+                                                         "0",  "0.0", "null"};
+    if (std::any_of(kEmptied.begin(), kEmptied.end(),
+                    [&result](const char* empty) { return result == empty; })) {
         return;
     }
     bool isPending = false;

@@ -4,7 +4,6 @@
 #include "http/response.h"
 #include "worker/request_failure.h"
 
-#include <QDeadlineTimer>
 #include <QSslSocket>
 #include <QThread>
 
@@ -59,8 +58,7 @@ void replyStatus(QSslSocket& socket, QByteArrayView statusText, QByteArrayView b
     writeSocket(socket, makeResponse(statusText, body));
 }
 
-void waitUntilSent(QSslSocket& socket, std::chrono::milliseconds timeout) {
-    const QDeadlineTimer deadline(timeout);
+void waitUntilSent(QSslSocket& socket, const QDeadlineTimer& deadline) {
     // One call returns after a part has left; false means that no more will.
     while (unsentBytes(socket) > 0 && !deadline.hasExpired() &&
            socket.waitForBytesWritten(static_cast<int>(deadline.remainingTime()))) {

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QDeadlineTimer>
 
 #include <chrono>
 
@@ -38,8 +39,8 @@ void replyStatus(QSslSocket& socket, QByteArrayView statusText, QByteArrayView b
 // Bytes written to `socket` that the system does not have yet.
 [[nodiscard]] qint64 unsentBytes(const QSslSocket& socket);
 
-// Waits until the system has all that was written to `socket`, until `timeout` is over or until
-// the peer has gone, which the caller learns from the socket's disconnected().
-void waitUntilSent(QSslSocket& socket, std::chrono::milliseconds timeout = kSendTimeout);
+// Waits until the system has all that was written to `socket`, until the deadline or until the
+// peer has gone, which the caller learns from the socket's disconnected().
+void waitUntilSent(QSslSocket& socket, const QDeadlineTimer& deadline = kSendTimeout);
 
 } // namespace quorin
