@@ -31,8 +31,8 @@ public:
 
     bool null() override { return record("null"); }
     bool boolean(bool value) override { return record(value ? "true" : "false"); }
-    bool integer(std::int64_t value) override { return record("i" + std::to_string(value)); }
-    bool floating(double value) override { return record("d" + std::to_string(value)); }
+    bool integer(std::int64_t value) override { return record('i' + std::to_string(value)); }
+    bool floating(double value) override { return record('d' + std::to_string(value)); }
     bool string(std::string_view text) override { return record('"' + std::string(text) + '"'); }
     bool startArray() override { return record("["); }
     bool endArray() override { return record("]"); }
