@@ -96,6 +96,7 @@ void Gateway::startProgram(const QStringList& arguments) {
 }
 
 void Gateway::startProcess(const QString& program, const QStringList& arguments) {
+    prepareInterruption(process_);
     process_.start(program, arguments);
     ASSERT_TRUE(process_.waitForStarted(kPatienceMs)) << process_.errorString().toStdString();
 }

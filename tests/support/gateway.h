@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/interruption.h"
 #include "support/site.h"
 
 #include <QProcess>
@@ -40,8 +41,8 @@ public:
 
     [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
     void kill();
-    // Asks the process to end, as the system's shutdown does.
-    void interrupt() { process_.terminate(); }
+    // Asks the process to end, as a person at its console or the system's shutdown does.
+    void interrupt() { test::interrupt(process_); }
     [[nodiscard]] qint64 processId() const { return process_.processId(); }
     [[nodiscard]] QByteArray errorOutput();
     [[nodiscard]] QByteArray output();

@@ -1,0 +1,22 @@
+#include "support/interruption.h"
+
+#include "platform/windows/system.h"
+
+#include <gtest/gtest.h>
+
+namespace quorin::test {
+
+// Ctrl-C reaches all processes of a console, so the process gets one of its own.
+void prepareInterruption(QProcess& process) {
+    process.setCreateProcessArgumentsModifier(
+        [](QProcess::CreateProcessArguments* arguments) { arguments->flags |= CREATE_NO_WINDOW; });
+}
+
+// A process has at most one console: another goes to that of `process` and types there.
+void interrupt(QProcess& process) {
+    EXPECT_EQ(QProcess::execute(QStringLiteral(QUORIN_PRESS_CTRL_C),
+                                {QString::number(process.processId())}),
+              0);
+}
+
+} // namespace quorin::test
