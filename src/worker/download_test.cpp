@@ -1,5 +1,6 @@
 #include "worker/download.h"
 
+#include "support/system.h"
 #include "worker/handler_fixture.h"
 
 using namespace Qt::StringLiterals;
@@ -139,8 +140,8 @@ TEST_F(SendNotificationFileTest, aFileThatShrankIsSentAsItIsNow) {
 TEST_F(SendNotificationFileTest, aFileThatHoldsLessThanItsSizeIsRefused) {
     // What the system tells of itself comes in files of a page that hold a line.
     const QString line = u"/sys/kernel/mm/transparent_hugepage/enabled"_s;
-    if (!QFile::exists(line)) {
-        GTEST_SKIP() << "this system has no " << line.toStdString();
+    if (kOnWindows || !QFile::exists(line)) {
+        GTEST_SKIP() << "no file of this system holds less than its size";
     }
     ASSERT_TRUE(QDir().mkpath(data_.path(u"root/notifications"_s)));
     const QString path = data_.path(u"root/notifications/n.json"_s);
