@@ -19,8 +19,8 @@ endfunction()
 
 # quorin_test(<name> SOURCES <file>... [LINKS <target>...] [PROPERTIES <ctest property> <value>...])
 #
-# A GoogleTest program; each of its tests is one CTest test. A cross build runs the program as a
-# whole through the emulator, since starting it once a test would take minutes.
+# A GoogleTest program; each of its tests is one CTest test. For Windows the program as a whole is
+# one: starting it once a test would take minutes, through the emulator of a cross build even more.
 function(quorin_test name)
   cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SOURCES;LINKS;PROPERTIES")
   if(NOT BUILD_TESTING)
@@ -30,7 +30,7 @@ function(quorin_test name)
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   target_link_libraries(${name} PRIVATE ${test_LINKS} GTest::gmock GTest::gtest_main quorin_compile)
-  if(CMAKE_CROSSCOMPILING)
+  if(WIN32)
     add_test(NAME ${name} COMMAND ${name})
     if(test_PROPERTIES)
       set_tests_properties(${name} PROPERTIES ${test_PROPERTIES})
