@@ -1,6 +1,7 @@
 // quorin-gateway: starts and stops the gateway.
 
 #include "control.h"
+#include "platform/command_line.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
 
@@ -10,7 +11,6 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -53,7 +53,7 @@ bool stopOnTermination() {
     return isStopping;
 }
 
-int run(char* program, char* settings, char* group) {
+int run(std::string program, std::string settings, std::string group) {
     using MainFunc = int(int, char**);
     const auto library = platform::SharedLibrary::load(platform::gatewayLibraryName());
     auto* const mainFunc = library.function<MainFunc>("QuorinGatewayHttpMainFunc");
@@ -63,7 +63,7 @@ int run(char* program, char* settings, char* group) {
         return kNotDone;
     }
     const platform::TerminationWatch watch(stopOnTermination);
-    std::vector<char*> arguments{program, settings, group, nullptr};
+    std::vector<char*> arguments{program.data(), settings.data(), group.data(), nullptr};
     return mainFunc(static_cast<int>(arguments.size() - 1), arguments.data());
 }
 
@@ -79,11 +79,11 @@ int stop(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string_view> arguments(argv + 1, argv + argc);
-    if (arguments.empty()) {
+    const std::vector<std::string> arguments = platform::commandLine(argc, argv);
+    if (arguments.size() < 2) {
         return complainOfUsage("a command is missing");
     }
-    const std::string_view command = arguments.front();
+    const std::string& command = arguments[1];
     if (command == "--help" || command == "-h") {
         std::printf("%s%s", kUsage, kHelp);
         return kOk;
@@ -93,18 +93,17 @@ int main(int argc, char** argv) {
         return kOk;
     }
     if (command == "run") {
-        if (arguments.size() != 3) {
+        if (arguments.size() != 4) {
             return complainOfUsage("'run' takes a settings file and 'primary' or 'secondary'");
         }
-        if (arguments[2] != "primary" && arguments[2] != "secondary") {
-            return complainOfUsage("'" + std::string(arguments[2]) +
-                                   "' is neither 'primary' nor 'secondary'");
+        if (arguments[3] != "primary" && arguments[3] != "secondary") {
+            return complainOfUsage("'" + arguments[3] + "' is neither 'primary' nor 'secondary'");
         }
-        return run(argv[0], argv[2], argv[3]);
+        return run(arguments[0], arguments[2], arguments[3]);
     }
     if (command == "stop") {
-        return arguments.size() == 1 ? stop(argc, argv)
+        return arguments.size() == 2 ? stop(argc, argv)
                                      : complainOfUsage("'stop' takes no arguments");
     }
-    return complainOfUsage("'" + std::string(command) + "' is no command");
+    return complainOfUsage("'" + command + "' is no command");
 }

@@ -461,6 +461,16 @@ TEST_F(ProgramTest, runsTheGatewayUntilStopTellsItToEnd) {
     EXPECT_EQ(site_.logged().last(), endLine(arguments(u"secondary"_s), u"Success"_s));
 }
 
+TEST_F(ProgramTest, readsASettingsFileOfAnyName) {
+    const QString path = QFileInfo(site_.settingsPath()).path() + u"/\u00fcber \u8a2d\u5b9a.xml";
+    ASSERT_TRUE(QFile::copy(site_.settingsPath(), path));
+    Gateway gateway(site_);
+    gateway.startProgram({u"run"_s, path, u"primary"_s});
+    EXPECT_TRUE(Client(site_.port()).isConnected());
+    EXPECT_EQ(gateway.stop(), 0);
+    EXPECT_EQ(site_.logged().last(), endLine(path + u" primary", u"Success"_s));
+}
+
 TEST_F(ProgramTest, anInterruptedGatewayFinishesWhatItServesAndStops) {
     site_.writeFile(u"fwfiles/large.bin"_s, QByteArray(16 * 1024 * 1024, 'x'));
     Gateway gateway(site_);
