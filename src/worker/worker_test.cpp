@@ -92,8 +92,8 @@ TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
 TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
     GatewaySettings::instance().HttpsEnabled = true;
     surroundings_.communicationScheme = CommunicationScheme::Https;
-    surroundings_.tls = tlsConfiguration(QSslCertificate(QByteArray(kCertificate)),
-                                         QSslKey(QByteArray(kKey), QSsl::Ec));
+    const QSslCertificate certificate{QByteArray(kCertificate)};
+    surroundings_.tls.configure(tlsConfiguration(certificate, QSslKey(QByteArray(kKey), QSsl::Ec)));
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
     std::thread thread([&worker] {
         worker->run();
@@ -104,7 +104,7 @@ TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
     socket.startClientEncryption();
     EXPECT_TRUE(socket.waitForEncrypted()) << socket.errorString().toStdString();
     EXPECT_EQ(socket.sessionProtocol(), QSsl::TlsV1_3);
-    EXPECT_EQ(socket.peerCertificate(), surroundings_.tls.localCertificate());
+    EXPECT_EQ(socket.peerCertificate(), certificate);
     connection_.client().send(get("/api/WebApiCommScheme"));
     EXPECT_EQ(connection_.client().readToEnd(),
               "HTTP/1.1 200 OK\r\nContent-Length: 31\r\nContent-Type: application/json\r\n\r\n"
