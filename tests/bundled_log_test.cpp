@@ -95,7 +95,7 @@ TEST_F(BundledLogTest, linesBelowTheLevelAreLeftOut) {
     gateway.start();
     EXPECT_TRUE(exchange(site_.port(), get("/none")).startsWith("HTTP/1.1 404"));
     EXPECT_EQ(gateway.stop(), 0);
-    const QString path = site_.rootPath(u"none"_s);
+    const QString path = site_.appDataFolder() + u"/Vemo/Quorin5/QuorinGatewayHttp/wwwroot/none";
     EXPECT_EQ(logged(), QStringList{u"5 [End] "_s + path + u" does not exist or directory"});
 }
 
