@@ -64,7 +64,7 @@ void finish(WorkerContext& worker) {
 
 // A chunk goes through the socket's own buffers, and TLS has more of them, in pieces that stay in
 // the processor's cache.
-constexpr qint64 kPieceSize = 256 * 1024;
+constexpr qint64 kPieceSize = qint64{256} * 1024;
 
 // Fills `piece`. Behind the end of a file that has become shorter since its size was announced
 // come zeros.

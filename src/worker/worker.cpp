@@ -26,7 +26,7 @@ using Logger = QuorinGatewayApplicationLogger;
 
 // Bytes of one request, and of what the client may send ahead while it is served. A request that
 // fills this is refused like a malformed one.
-constexpr qint64 kRequestLimit = 1024 * 1024;
+constexpr qint64 kRequestLimit = qint64{1024} * 1024;
 
 // The functions as the trace lines of the log name them.
 constexpr QStringView kRun = u"void __cdecl Worker::run(void)";
