@@ -110,7 +110,7 @@ inline void Arena::FreeTogether::free(Page& page) noexcept {
 // Has the parts of standard containers allocated by Arena.
 template<class T>
 struct ArenaAllocator {
-    static_assert(alignof(T) == alignof(void*));
+    static_assert(alignof(T) <= alignof(void*));
 
     using value_type = T;
 
@@ -119,7 +119,8 @@ struct ArenaAllocator {
     ArenaAllocator(const ArenaAllocator<U>&) noexcept {}
 
     [[nodiscard]] T* allocate(std::size_t count) {
-        return static_cast<T*>(Arena::allocate(count * sizeof(T)));
+        constexpr std::size_t unit = alignof(void*);
+        return static_cast<T*>(Arena::allocate((count * sizeof(T) + unit - 1) / unit * unit));
     }
     void deallocate(T* block, std::size_t) noexcept { Arena::deallocate(block); }
 

@@ -17,7 +17,7 @@ namespace {
 // Makes a tree. A text that the reader put together is taken over instead of copied.
 class TreeBuilder {
 public:
-    using Text = std::string;
+    using Text = Value::String;
 
     TreeBuilder() { open_.reserve(kUsualDepth); }
 
@@ -26,7 +26,7 @@ public:
     bool integer(std::int64_t value) { return add(value); }
     bool floating(double value) { return add(value); }
     bool string(std::string_view text) { return add(text); }
-    bool string(std::string&& text) { return add(std::move(text)); }
+    bool string(Value::String&& text) { return add(std::move(text)); }
 
     bool startArray() {
         open_.push_back(&place(Kind::Array));
@@ -44,7 +44,7 @@ public:
     }
 
     bool key(std::string_view text) { return openMember(text); }
-    bool key(std::string&& text) { return openMember(std::move(text)); }
+    bool key(Value::String&& text) { return openMember(std::move(text)); }
     bool endObject() { return close(); }
 
     // The finished tree.

@@ -65,7 +65,7 @@ Value::Value(Kind kind) : kind_(kind) {
         payload_.floating = 0.0;
         break;
     case Kind::String:
-        payload_.container = new Container<std::string>();
+        payload_.container = new Container<String>();
         break;
     case Kind::Object:
         payload_.container = new Container<Object>();

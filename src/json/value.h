@@ -45,8 +45,9 @@ enum class Kind : std::uint32_t {
 // Called on a value of another kind they throw std::logic_error.
 class Value {
 public:
+    using String = std::basic_string<char, std::char_traits<char>, ArenaAllocator<char>>;
     using Object =
-        std::map<std::string, Value, KeyOrder, ArenaAllocator<std::pair<const std::string, Value>>>;
+        std::map<String, Value, KeyOrder, ArenaAllocator<std::pair<const String, Value>>>;
     using Array = std::vector<Value, ArenaAllocator<Value>>;
 
     // Null.
@@ -67,8 +68,9 @@ public:
     Value(std::floating_point auto floating) noexcept : kind_(Kind::Double) {
         payload_.floating = floating;
     }
-    Value(std::string text);
+    Value(String text);
     Value(std::string_view text);
+    Value(const std::string& text) : Value(std::string_view(text)) {}
     Value(const char* text) : Value(std::string_view(text)) {}
     Value(std::nullptr_t) = delete;
 
@@ -108,8 +110,8 @@ public:
     [[nodiscard]] bool boolean() const;
     [[nodiscard]] std::int64_t integer() const;
     [[nodiscard]] double floating() const;
-    [[nodiscard]] const std::string& string() const;
-    [[nodiscard]] std::string& string();
+    [[nodiscard]] const String& string() const;
+    [[nodiscard]] String& string();
     [[nodiscard]] const Object& object() const;
     [[nodiscard]] Object& object();
     [[nodiscard]] const Array& array() const;
@@ -120,7 +122,7 @@ public:
     [[nodiscard]] Value* find(std::string_view key) noexcept;
 
     // The member of that name of an object; a null one is added when there is none.
-    [[nodiscard]] Value& operator[](std::string_view key) { return object()[std::string(key)]; }
+    [[nodiscard]] Value& operator[](std::string_view key) { return object()[String(key)]; }
 
     // An element of an array; throws std::out_of_range beyond its end.
     [[nodiscard]] const Value& at(std::size_t index) const { return array().at(index); }
@@ -185,7 +187,7 @@ private:
 
 template<class T>
 class Value::Container final
-    : public std::conditional_t<std::is_same_v<T, std::string>, AbstractContainer, NestContainer> {
+    : public std::conditional_t<std::is_same_v<T, String>, AbstractContainer, NestContainer> {
 public:
     template<class... Arguments>
     explicit Container(Arguments&&... arguments) : content(std::forward<Arguments>(arguments)...) {}
@@ -193,12 +195,12 @@ public:
     T content;
 };
 
-inline Value::Value(std::string text) : kind_(Kind::String) {
-    payload_.container = new Container<std::string>(std::move(text));
+inline Value::Value(String text) : kind_(Kind::String) {
+    payload_.container = new Container<String>(std::move(text));
 }
 
 inline Value::Value(std::string_view text) : kind_(Kind::String) {
-    payload_.container = new Container<std::string>(text);
+    payload_.container = new Container<String>(text);
 }
 
 inline Value::Value(const Value& other) : Value() {
@@ -225,14 +227,14 @@ inline double Value::floating() const {
     return payload_.floating;
 }
 
-inline const std::string& Value::string() const {
+inline const Value::String& Value::string() const {
     require(Kind::String);
-    return static_cast<const Container<std::string>*>(payload_.container)->content;
+    return static_cast<const Container<String>*>(payload_.container)->content;
 }
 
-inline std::string& Value::string() {
+inline Value::String& Value::string() {
     require(Kind::String);
-    return static_cast<Container<std::string>*>(payload_.container)->content;
+    return static_cast<Container<String>*>(payload_.container)->content;
 }
 
 inline const Value::Object& Value::object() const {

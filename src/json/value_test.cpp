@@ -92,7 +92,7 @@ TEST(ValueTest, keepsWhatItIsMadeFrom) {
     EXPECT_EQ(Value(0.25).floating(), 0.25);
     EXPECT_TRUE(Value("text").isString());
     EXPECT_EQ(Value("text").string(), "text");
-    EXPECT_EQ(Value(std::string("a\0b", 3)).string(), std::string("a\0b", 3));
+    EXPECT_EQ(Value(std::string("a\0b", 3)).string(), std::string_view("a\0b", 3));
     EXPECT_EQ(Value(std::string_view("view")).string(), "view");
 }
 
@@ -133,7 +133,7 @@ TEST(ValueTest, membersAreInTheOrderOfTheirKeys) {
     value["aa"] = 3;
     std::vector<std::string> keys;
     for (const auto& [key, member] : value.object()) {
-        keys.push_back(key);
+        keys.emplace_back(key);
     }
     EXPECT_THAT(keys, testing::ElementsAre("a", "aa", "b", "\xC3\xA4"));
 }

@@ -48,7 +48,7 @@ ItemReset resetItem(ravenjson::Value* item, const QString& resetDate) {
     if (lastUpdated == nullptr || !lastUpdated->isString()) {
         return ItemReset::Malformed;
     }
-    if (dateFromText(resetDate) < dateFromText(QString::fromStdString(lastUpdated->string()))) {
+    if (dateFromText(resetDate) < dateFromText(QString::fromUtf8(lastUpdated->string()))) {
         return ItemReset::Newer;
     }
     *isExist = false;
