@@ -1,0 +1,96 @@
+// How much of a request a worker takes in. What arrives is judged in one piece only when it is all
+// there before the worker begins, so the accepted end gets a receive buffer for more than that.
+
+#include "support/deadline.h"
+#include "support/raw_socket.h"
+#include "worker/handler_fixture.h"
+#include "worker/worker.h"
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+constexpr int kLimit = 1024 * 1024;
+constexpr int kBufferSize = 8 * kLimit;
+
+const QByteArray kRefusal = kPlain500 + kPlain500;
+const QByteArray kServed = "HTTP/1.1 200\r\nContent-Length: 7\r\n"
+                           "Content-Type: inode/directory\r\n\r\ncontent";
+
+class RequestLimitTest : public testing::Test {
+protected:
+    RequestLimitTest() {
+        GatewaySettings::instance() = {};
+        GatewaySettings::instance().ConnectionTimeout = 30;
+        GatewaySettings::instance().HTTPRequestTimeout = 600;
+        surroundings_.documentRoot = data_.path(u"root"_s);
+        data_.write(u"root/a"_s, "content");
+    }
+    ~RequestLimitTest() override { GatewaySettings::instance() = {}; }
+
+    void SetUp() override {
+        descriptor_ = connection_.takeDescriptor();
+        const qint64 granted = enlargeReceiveBuffer(descriptor_, kBufferSize);
+        if (granted < 4 * kLimit) {
+            Worker(descriptor_, surroundings_); // closes the connection
+            GTEST_SKIP() << "this system grants a receive buffer of " << granted << " bytes";
+        }
+    }
+
+    // The reply to a request that was there in whole, and in one piece.
+    QByteArray replyTo(const QByteArray& request) {
+        connection_.client().send(request);
+        EXPECT_TRUE(waitUntil([&] { return arrivedBytes(descriptor_) == request.size(); }))
+            << arrivedBytes(descriptor_);
+        auto worker = std::make_unique<Worker>(descriptor_, surroundings_);
+        std::thread thread([&worker] {
+            worker->run();
+            worker.reset();
+        });
+        QByteArray reply = connection_.client().readToEnd();
+        thread.join();
+        return reply;
+    }
+
+    // A request of that many bytes, most of them in one header.
+    static QByteArray requestOf(qsizetype size) {
+        const QByteArray begin = "GET /a HTTP/1.1\r\nX: ";
+        const QByteArray end = "\r\n\r\n";
+        return begin + QByteArray(size - begin.size() - end.size(), 'x') + end;
+    }
+
+    LogRecord log_;
+    DataFolder data_;
+    WorkerSurroundings surroundings_;
+    Loopback connection_;
+    qintptr descriptor_ = -1;
+};
+
+TEST_F(RequestLimitTest, oneByteLessThanTheLimitIsServed) {
+    EXPECT_EQ(replyTo(requestOf(kLimit - 1)), kServed);
+}
+
+TEST_F(RequestLimitTest, whatFillsTheLimitIsRefusedLikeAMalformedRequest) {
+    EXPECT_EQ(replyTo(requestOf(kLimit)), kRefusal);
+    EXPECT_TRUE(log_.lines().contains(u"5 [End] Failed to parse http request. (127.0.0.1)"_s));
+}
+
+TEST_F(RequestLimitTest, whatIsBeyondTheLimitIsRefusedAndTheReplyArrives) {
+    EXPECT_EQ(replyTo(requestOf(kLimit + kLimit / 2)), kRefusal);
+}
+
+TEST_F(RequestLimitTest, aHundredThousandHeadersAreServed) {
+    QByteArray request = "GET /a HTTP/1.1\r\n";
+    for (int i = 0; i < 100'000; ++i) {
+        request += QByteArray::number(i, 36) + ":b\r\n";
+    }
+    request += "\r\n";
+    ASSERT_LT(request.size(), kLimit);
+    EXPECT_EQ(replyTo(request), kServed);
+}
+
+} // namespace
+} // namespace quorin::test
