@@ -86,7 +86,7 @@ void sendChunk(WorkerContext& worker, QFile& file, qint64 size, std::span<char> 
     for (qint64 remaining = size; remaining > 0 && !worker.disconnected;) {
         const qint64 piece = std::min(remaining, static_cast<qint64>(buffer.size()));
         readPiece(file, buffer.data(), piece);
-        worker.socket->write(buffer.data(), piece);
+        writeUnlessGone(*worker.socket, {buffer.data(), piece});
         waitUntilSent(*worker.socket, deadline);
         remaining -= piece;
     }
@@ -156,7 +156,7 @@ void sendFile(WorkerContext& worker, const QFileInfo& fileInfo) {
         refuseUnreadable(worker, u"failed to open " + filePath + u" for read.");
     }
     const qint64 size = fileInfo.size();
-    worker.socket->write(streamHeader(size, contentTypeOf(fileInfo.path())));
+    writeUnlessGone(*worker.socket, streamHeader(size, contentTypeOf(fileInfo.path())));
     waitUntilSent(*worker.socket);
     worker.responseStarted = true;
     sendBody(worker, file, size);

@@ -41,8 +41,14 @@ qint64 unsentBytes(const QSslSocket& socket) {
     return socket.bytesToWrite() + socket.encryptedBytesToWrite();
 }
 
+void writeUnlessGone(QSslSocket& socket, QByteArrayView bytes) {
+    if (socket.state() == QAbstractSocket::ConnectedState) {
+        socket.write(bytes.data(), bytes.size());
+    }
+}
+
 void writeSocket(QSslSocket& socket, QByteArrayView bytes, std::chrono::milliseconds timeout) {
-    socket.write(bytes.data(), bytes.size());
+    writeUnlessGone(socket, bytes);
     const QDeadlineTimer deadline(timeout);
     while (socket.isValid() && !deadline.hasExpired()) {
         socket.flush();

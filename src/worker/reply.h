@@ -27,6 +27,10 @@ inline constexpr std::chrono::seconds kSendTimeout{30};
 // The bytes of `response`.
 [[nodiscard]] QByteArray serialized(const http::Response& response);
 
+// Hands `bytes` to `socket`, unless its peer has gone: then they are lost like those that were under
+// way, and Qt would complain of them on the standard error output.
+void writeUnlessGone(QSslSocket& socket, QByteArrayView bytes);
+
 // Sends `bytes`, looking every 10 ms whether they have left. Throws a GatewayException of kind
 // Request when they have not after `timeout`, or the socket is of no use. A peer that goes
 // meanwhile takes its bytes along and is no failure; the socket's disconnected() tells of it.

@@ -38,9 +38,10 @@ QString folderName(const QFileInfo& fileInfo) {
 }
 
 // A target that is not a path from the root is nobody's query, whatever folder the process
-// stands in.
+// stands in. One with a NUL is no path, and asking for its folder would have Qt complain of it.
 bool isApiQuery(const QString& target) {
-    return target.startsWith(kSlash) && folderName(QFileInfo(target)).toLower() == kApiFolder;
+    return target.startsWith(kSlash) && !target.contains(QChar::Null) &&
+           folderName(QFileInfo(target)).toLower() == kApiFolder;
 }
 
 bool leavesItsFolder(const QString& path) {
