@@ -30,7 +30,7 @@ void QueueWatcher::startWaitingWorkers() {
     const int limit = GatewaySettings::instance().MaxUserSession;
     while (!queue_->isEmpty() && pool_->activeThreadCount() < limit) {
         std::unique_ptr<Worker> worker = queue_->takeFirst();
-        if (pool_->tryStart(worker.get())) {
+        if (threadProbe_.canRun(pool_->activeThreadCount() + 1) && pool_->tryStart(worker.get())) {
             static_cast<void>(worker.release()); // the pool deletes it
         } else {
             QuorinGatewayApplicationLogger::logError(

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "server/thread_probe.h"
+
 #include <QThread>
 
 #include <atomic>
@@ -32,5 +34,6 @@ private:
 
     QThreadPool* pool_;
     quorin::RequestQueue* queue_;
+    quorin::ThreadProbe threadProbe_;
     std::atomic<bool> stopRequested_ = false;
 };

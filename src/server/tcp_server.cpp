@@ -6,6 +6,7 @@
 #include "config/gateway_settings.h"
 #include "log/application_logger.h"
 #include "platform/control_pipe.h"
+#include "platform/descriptors.h"
 #include "server/control_channel.h"
 #include "server/polling.h"
 #include "server/queue_watcher.h"
@@ -20,6 +21,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 
 using namespace quorin;
 using namespace Qt::StringLiterals;
@@ -30,6 +32,9 @@ using Logger = QuorinGatewayApplicationLogger;
 
 // Passes of kIdlePoll after which a watcher that does not end is terminated.
 constexpr int kStopPasses = 11;
+
+// None is ever pending, for each goes to the queue; it only has to be more than that.
+constexpr int kPendingConnections = 1;
 
 } // namespace
 
@@ -53,6 +58,10 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     queueWatcher_ = std::make_unique<QueueWatcher>(QThreadPool::globalInstance(), &requestQueue_);
     queueWatcher_->start(QThread::InheritPriority);
     openControlChannel();
+
+    // Without a descriptor to accept with, QTcpServer gives up for good.
+    connect(this, &QTcpServer::acceptError, this, &TcpServer::holdConnections);
+    connect(&admissionTimer_, &QTimer::timeout, this, &TcpServer::admitConnections);
 }
 
 TcpServer::~TcpServer() {
@@ -95,6 +104,40 @@ void TcpServer::openControlChannel() {
     threadPoolWatcher_->start(QThread::InheritPriority);
 }
 
+bool TcpServer::listen(const QHostAddress& address, quint16 port) {
+    if (!QTcpServer::listen(address, port)) {
+        return false;
+    }
+    if (const std::optional<qintptr> limit = platform::descriptorLimit()) {
+        descriptorBudget_ = DescriptorBudget(*limit, socketDescriptor() + 1,
+                                             GatewaySettings::instance().MaxUserSession);
+    }
+    return true;
+}
+
+// Pausing alone would not end the round of accepting that may be under way.
+void TcpServer::holdConnections() {
+    setMaxPendingConnections(0);
+    pauseAccepting();
+    if (!admissionTimer_.isActive()) {
+        Logger::logError(endMessage(u"connections wait for free descriptors"_s));
+        admissionTimer_.start(std::chrono::duration_cast<std::chrono::milliseconds>(kIdlePoll));
+    }
+}
+
+void TcpServer::admitConnections() {
+    if (!isListening()) {
+        admissionTimer_.stop(); // told to quit meanwhile
+        return;
+    }
+    const std::optional<qintptr> next = platform::nextDescriptor();
+    if (next && descriptorBudget_.covers(*next)) {
+        admissionTimer_.stop();
+        setMaxPendingConnections(kPendingConnections);
+        resumeAccepting();
+    }
+}
+
 void TcpServer::incomingConnection(qintptr socketDescriptor) {
     auto worker = std::make_unique<Worker>(socketDescriptor, surroundings_);
     const GatewaySettings& settings = GatewaySettings::instance();
@@ -109,6 +152,9 @@ void TcpServer::incomingConnection(qintptr socketDescriptor) {
         return;
     }
     requestQueue_.append(std::move(worker));
+    if (!descriptorBudget_.covers(socketDescriptor + 1)) {
+        holdConnections();
+    }
 }
 
 void TcpServer::LocalServerNewConnection() {

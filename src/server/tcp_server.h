@@ -1,9 +1,11 @@
 #pragma once
 
+#include "server/descriptor_budget.h"
 #include "server/request_queue.h"
 #include "worker/worker.h"
 
 #include <QTcpServer>
+#include <QTimer>
 
 #include <memory>
 
@@ -25,6 +27,10 @@ public:
     TcpServer(QCoreApplication* application, const QString& documentRoot);
     ~TcpServer() override;
 
+    // As QTcpServer's. While the process has no descriptors to spare, connections wait in the
+    // system, which does not take them from their clients.
+    bool listen(const QHostAddress& address, quint16 port);
+
 public Q_SLOTS:
     // Takes one command from the control channel.
     void LocalServerNewConnection();
@@ -40,12 +46,16 @@ private:
     void logListeningMode() const;
     void loadCertificate();
     void openControlChannel();
+    void holdConnections();
+    void admitConnections();
     void stopWatchers();
     void cleanUp();
 
     WorkerSurroundings surroundings_;
     QCoreApplication* application_;
     quorin::RequestQueue requestQueue_;
+    quorin::DescriptorBudget descriptorBudget_;
+    QTimer admissionTimer_; // runs while connections are held
     std::unique_ptr<QLocalServer> localServer_;
     std::unique_ptr<ThreadPoolWatcher> threadPoolWatcher_;
     std::unique_ptr<QueueWatcher> queueWatcher_;

@@ -27,8 +27,8 @@ inline constexpr std::chrono::seconds kSendTimeout{30};
 // The bytes of `response`.
 [[nodiscard]] QByteArray serialized(const http::Response& response);
 
-// Hands `bytes` to `socket`, unless its peer has gone: then they are lost like those that were under
-// way, and Qt would complain of them on the standard error output.
+// Hands `bytes` to `socket`, unless its peer has gone: then they are lost like those that were
+// under way, and Qt would complain of them on the standard error output.
 void writeUnlessGone(QSslSocket& socket, QByteArrayView bytes);
 
 // Sends `bytes`, looking every 10 ms whether they have left. Throws a GatewayException of kind

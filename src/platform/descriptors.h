@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <optional>
+
+// How far this process is from the number of files and sockets it may have open. Descriptors are
+// numbers, and the lowest that is free is the next.
+namespace platform {
+
+// Descriptors are below this; nothing where the system sets no such bound.
+[[nodiscard]] std::optional<qintptr> descriptorLimit();
+
+// The one that the next file or socket would get; nothing when there is none left, or the system
+// does not number them like that.
+[[nodiscard]] std::optional<qintptr> nextDescriptor();
+
+} // namespace platform

@@ -1,0 +1,36 @@
+#include "platform/descriptors.h"
+
+#include <QTemporaryFile>
+
+#include <gtest/gtest.h>
+
+namespace platform {
+namespace {
+
+class DescriptorsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!nextDescriptor()) {
+            GTEST_SKIP() << "this system does not number what is open";
+        }
+    }
+};
+
+TEST_F(DescriptorsTest, theNextIsTheOneThatAFileGets) {
+    const qintptr next = nextDescriptor().value();
+    EXPECT_EQ(nextDescriptor(), next) << "to look takes none away";
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    EXPECT_EQ(file.handle(), next);
+    EXPECT_GT(nextDescriptor(), next);
+}
+
+TEST_F(DescriptorsTest, theNextIsBelowTheLimit) {
+    if (!descriptorLimit()) {
+        GTEST_SKIP() << "there is no limit";
+    }
+    EXPECT_LT(nextDescriptor().value(), descriptorLimit().value());
+}
+
+} // namespace
+} // namespace platform

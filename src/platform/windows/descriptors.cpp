@@ -1,0 +1,14 @@
+#include "platform/descriptors.h"
+
+namespace platform {
+
+// Sockets are handles here, whose number only memory bounds.
+std::optional<qintptr> descriptorLimit() {
+    return std::nullopt;
+}
+
+std::optional<qintptr> nextDescriptor() {
+    return std::nullopt;
+}
+
+} // namespace platform
