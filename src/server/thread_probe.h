@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/threads.h"
+
 #include <QElapsedTimer>
 
 #include <functional>
@@ -13,17 +15,15 @@ namespace quorin {
 // from before.
 class ThreadProbe {
 public:
-    // Starts a thread that does nothing; false when the system cannot.
-    [[nodiscard]] static bool startThread();
-
-    // `start` stands for startThread() in tests.
-    explicit ThreadProbe(std::function<bool()> start = startThread) : start_(std::move(start)) {}
+    // `canStart` stands for the system's answer in tests.
+    explicit ThreadProbe(std::function<bool()> canStart = platform::canStartThread)
+        : canStart_(std::move(canStart)) {}
 
     // True when the pool has, or can have, so many threads.
     [[nodiscard]] bool canRun(int threads);
 
 private:
-    std::function<bool()> start_;
+    std::function<bool()> canStart_;
     int seen_ = 0; // threads that the pool had at a time it still has them from
     QElapsedTimer sinceSeen_;
 };

@@ -29,9 +29,5 @@ TEST(ThreadProbeTest, whatFailedIsTriedAgain) {
     EXPECT_FALSE(probe.canRun(2));
 }
 
-TEST(ThreadProbeTest, thisSystemCanStartAThread) {
-    EXPECT_TRUE(ThreadProbe::startThread());
-}
-
 } // namespace
 } // namespace quorin::test

@@ -1,0 +1,21 @@
+#include "platform/threads.h"
+
+#include <new>
+#include <system_error>
+#include <thread>
+
+namespace platform {
+
+// The system keeps the stack of the thread that has ended for the next one.
+bool canStartThread() {
+    try {
+        std::thread([] {}).join();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+} // namespace platform
