@@ -62,8 +62,8 @@ void finish(WorkerContext& worker) {
     Logger::logDebug([&worker] { return accessLine(worker, kServed); });
 }
 
-// A chunk goes through the socket's own buffers, and TLS has more of them, in pieces that stay in
-// the processor's cache.
+// A chunk, which may be a whole file, goes in pieces through the buffers of the socket and of TLS,
+// so that these need no more memory than a piece takes.
 constexpr qint64 kPieceSize = qint64{256} * 1024;
 
 // Fills `piece`. Behind the end of a file that has become shorter since its size was announced
