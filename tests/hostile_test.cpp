@@ -9,6 +9,7 @@
 #include "support/serving_test.h"
 #include "support/site.h"
 #include "support/store.h"
+#include "support/system.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,6 +48,7 @@ protected:
 
     static const std::map<std::string_view, Handler>& handlers() {
         static const std::map<std::string_view, Handler> all{
+            {"system", &HostileTest::system},
             {"settings", &HostileTest::settings},
             {"file", &HostileTest::file},
             {"connect", &HostileTest::connect},
@@ -62,6 +64,12 @@ protected:
             {"expect-file", &HostileTest::expectFile},
         };
         return all;
+    }
+
+    void system(const Step& step) {
+        if ((step.argument == "windows") != kOnWindows) {
+            GTEST_SKIP() << "the other system's files are meant";
+        }
     }
 
     void settings(const Step& step) {
@@ -141,11 +149,13 @@ protected:
     // Settings and files come first, and the gateway starts behind them.
     void runCase(const std::vector<Step>& steps) {
         const auto isPreparation = [](const Step& step) {
-            return step.verb == "settings" || step.verb == "file";
+            return step.verb == "system" || step.verb == "settings" || step.verb == "file";
         };
         const auto begin = std::find_if_not(steps.begin(), steps.end(), isPreparation);
         std::for_each(steps.begin(), begin, [this](const Step& step) { run(step); });
-        startGateway();
+        if (!IsSkipped()) {
+            startGateway();
+        }
         if (!IsSkipped()) {
             std::for_each(begin, steps.end(), [this](const Step& step) { run(step); });
         }

@@ -11,8 +11,8 @@ namespace platform {
 // Descriptors are below this; nothing where the system sets no such bound.
 [[nodiscard]] std::optional<qintptr> descriptorLimit();
 
-// The one that the next file or socket would get; nothing when there is none left, or the system
-// does not number them like that.
+// The one that the next file or socket would get; nothing when there is none left. 0 where the
+// system sets no bound.
 [[nodiscard]] std::optional<qintptr> nextDescriptor();
 
 } // namespace platform

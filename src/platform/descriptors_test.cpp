@@ -10,8 +10,9 @@ namespace {
 class DescriptorsTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (!nextDescriptor()) {
-            GTEST_SKIP() << "this system does not number what is open";
+        if (!descriptorLimit()) {
+            EXPECT_TRUE(nextDescriptor().has_value());
+            GTEST_SKIP() << "this system sets no bound";
         }
     }
 };
@@ -26,9 +27,6 @@ TEST_F(DescriptorsTest, theNextIsTheOneThatAFileGets) {
 }
 
 TEST_F(DescriptorsTest, theNextIsBelowTheLimit) {
-    if (!descriptorLimit()) {
-        GTEST_SKIP() << "there is no limit";
-    }
     EXPECT_LT(nextDescriptor().value(), descriptorLimit().value());
 }
 

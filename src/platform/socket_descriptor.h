@@ -13,8 +13,8 @@ public:
     explicit SocketDescriptor(qintptr descriptor) noexcept : descriptor_(descriptor) {}
     ~SocketDescriptor() { close(); }
 
-    SocketDescriptor(const SocketDescriptor&) = delete;
-    SocketDescriptor& operator=(const SocketDescriptor&) = delete;
+    SocketDescriptor(SocketDescriptor&& other) noexcept : descriptor_(other.release()) {}
+    SocketDescriptor& operator=(SocketDescriptor&&) = delete;
 
     [[nodiscard]] qintptr get() const noexcept { return descriptor_; }
 

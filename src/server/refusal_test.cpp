@@ -26,13 +26,13 @@ TEST_F(RefusalTest, whoHasAskedIsRefusedAtOnceAndTheConnectionClosed) {
     connection_.client().send(get("/fwfiles/a"));
     QElapsedTimer timer;
     timer.start();
-    refuseConnection(connection_.takeDescriptor());
+    refuseConnection(connection_.takeDescriptor().release());
     EXPECT_LT(timer.elapsed(), 20'000);
     EXPECT_EQ(connection_.client().readToEnd(), kRefusal);
 }
 
 TEST_F(RefusalTest, theClientIsWaitedForFirst) {
-    std::thread server([this] { refuseConnection(connection_.takeDescriptor()); });
+    std::thread server([this] { refuseConnection(connection_.takeDescriptor().release()); });
     EXPECT_FALSE(connection_.client().socket().waitForReadyRead(300));
     connection_.client().send("x");
     EXPECT_EQ(connection_.client().readToEnd(), kRefusal);
@@ -42,7 +42,7 @@ TEST_F(RefusalTest, theClientIsWaitedForFirst) {
 TEST_F(RefusalTest, whoNeverAsksIsRefusedWhenTheTimeIsOver) {
     QElapsedTimer timer;
     timer.start();
-    refuseConnection(connection_.takeDescriptor(), 300ms);
+    refuseConnection(connection_.takeDescriptor().release(), 300ms);
     EXPECT_GE(timer.elapsed(), 290);
     EXPECT_EQ(connection_.client().readToEnd(), kRefusal);
 }
@@ -51,12 +51,12 @@ TEST_F(RefusalTest, whoHasGoneIsNotWaitedFor) {
     connection_.client().abort();
     QElapsedTimer timer;
     timer.start();
-    refuseConnection(connection_.takeDescriptor());
+    refuseConnection(connection_.takeDescriptor().release());
     EXPECT_LT(timer.elapsed(), 20'000);
 }
 
 TEST_F(RefusalTest, aLongRequestDoesNotCostTheReply) {
-    std::thread server([this] { refuseConnection(connection_.takeDescriptor()); });
+    std::thread server([this] { refuseConnection(connection_.takeDescriptor().release()); });
     connection_.client().send("GET /" + QByteArray(200'000, 'x') + " HTTP/1.1\r\n\r\n");
     EXPECT_EQ(connection_.client().readToEnd(), kRefusal);
     server.join();

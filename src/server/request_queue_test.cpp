@@ -14,7 +14,7 @@ namespace {
 class RequestQueueTest : public testing::Test {
 protected:
     std::unique_ptr<Worker> makeWorker() {
-        return std::make_unique<Worker>(kNoDescriptor, surroundings_);
+        return std::make_unique<Worker>(platform::SocketDescriptor(kNoDescriptor), surroundings_);
     }
 
     static constexpr qintptr kNoDescriptor = -1;

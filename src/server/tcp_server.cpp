@@ -21,7 +21,9 @@
 
 #include <chrono>
 #include <cstddef>
+#include <new>
 #include <optional>
+#include <utility>
 
 using namespace quorin;
 using namespace Qt::StringLiterals;
@@ -59,8 +61,8 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     queueWatcher_->start(QThread::InheritPriority);
     openControlChannel();
 
-    // Without a descriptor to accept with, QTcpServer gives up for good.
-    connect(this, &QTcpServer::acceptError, this, &TcpServer::holdConnections);
+    connect(this, &QTcpServer::acceptError, this, &TcpServer::recoverFromAcceptError);
+    admissionTimer_.setInterval(std::chrono::duration_cast<std::chrono::milliseconds>(kIdlePoll));
     connect(&admissionTimer_, &QTimer::timeout, this, &TcpServer::admitConnections);
 }
 
@@ -115,13 +117,24 @@ bool TcpServer::listen(const QHostAddress& address, quint16 port) {
     return true;
 }
 
+// QTcpServer has paused itself, and would do so for good.
+void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
+    if (error == QAbstractSocket::SocketResourceError) {
+        holdConnections();
+    } else {
+        Logger::logError(
+            endMessage(QString(u"a connection could not be accepted: " + errorString())));
+        admissionTimer_.start();
+    }
+}
+
 // Pausing alone would not end the round of accepting that may be under way.
 void TcpServer::holdConnections() {
     setMaxPendingConnections(0);
     pauseAccepting();
     if (!admissionTimer_.isActive()) {
         Logger::logError(endMessage(u"connections wait for free descriptors"_s));
-        admissionTimer_.start(std::chrono::duration_cast<std::chrono::milliseconds>(kIdlePoll));
+        admissionTimer_.start();
     }
 }
 
@@ -139,7 +152,16 @@ void TcpServer::admitConnections() {
 }
 
 void TcpServer::incomingConnection(qintptr socketDescriptor) {
-    auto worker = std::make_unique<Worker>(socketDescriptor, surroundings_);
+    try {
+        admit(platform::SocketDescriptor(socketDescriptor));
+    } catch (const std::bad_alloc&) {
+        // Its connection is closed already; those that come when there is memory are served.
+    }
+}
+
+void TcpServer::admit(platform::SocketDescriptor descriptor) {
+    const qintptr number = descriptor.get();
+    auto worker = std::make_unique<Worker>(std::move(descriptor), surroundings_);
     const GatewaySettings& settings = GatewaySettings::instance();
     const std::size_t load =
         static_cast<std::size_t>(QThreadPool::globalInstance()->activeThreadCount()) +
@@ -152,7 +174,7 @@ void TcpServer::incomingConnection(qintptr socketDescriptor) {
         return;
     }
     requestQueue_.append(std::move(worker));
-    if (!descriptorBudget_.covers(socketDescriptor + 1)) {
+    if (!descriptorBudget_.covers(number + 1)) {
         holdConnections();
     }
 }

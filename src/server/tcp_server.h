@@ -46,6 +46,8 @@ private:
     void logListeningMode() const;
     void loadCertificate();
     void openControlChannel();
+    void admit(platform::SocketDescriptor descriptor);
+    void recoverFromAcceptError(QAbstractSocket::SocketError error);
     void holdConnections();
     void admitConnections();
     void stopWatchers();

@@ -72,8 +72,9 @@ protected:
         context_.socket = std::make_unique<QSslSocket>();
         context_.disconnected = false;
         QSslSocket& socket = *context_.socket;
-        ASSERT_TRUE(socket.setSocketDescriptor(
-            connection_->takeDescriptor(), QAbstractSocket::ConnectedState, QIODevice::ReadWrite));
+        ASSERT_TRUE(socket.setSocketDescriptor(connection_->takeDescriptor().release(),
+                                               QAbstractSocket::ConnectedState,
+                                               QIODevice::ReadWrite));
         QObject::connect(&socket, &QSslSocket::disconnected,
                          [this] { context_.disconnected = true; });
     }

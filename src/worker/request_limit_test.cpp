@@ -32,10 +32,8 @@ protected:
     ~RequestLimitTest() override { GatewaySettings::instance() = {}; }
 
     void SetUp() override {
-        descriptor_ = connection_.takeDescriptor();
-        const qint64 granted = enlargeReceiveBuffer(descriptor_, kBufferSize);
+        const qint64 granted = enlargeReceiveBuffer(descriptor_.get(), kBufferSize);
         if (granted < 4 * kLimit) {
-            Worker(descriptor_, surroundings_); // closes the connection
             GTEST_SKIP() << "this system grants a receive buffer of " << granted << " bytes";
         }
     }
@@ -43,9 +41,9 @@ protected:
     // The reply to a request that was there in whole, and in one piece.
     QByteArray replyTo(const QByteArray& request) {
         connection_.client().send(request);
-        EXPECT_TRUE(waitUntil([&] { return arrivedBytes(descriptor_) == request.size(); }))
-            << arrivedBytes(descriptor_);
-        auto worker = std::make_unique<Worker>(descriptor_, surroundings_);
+        EXPECT_TRUE(waitUntil([&] { return arrivedBytes(descriptor_.get()) == request.size(); }))
+            << arrivedBytes(descriptor_.get());
+        auto worker = std::make_unique<Worker>(std::move(descriptor_), surroundings_);
         std::thread thread([&worker] {
             worker->run();
             worker.reset();
@@ -66,7 +64,7 @@ protected:
     DataFolder data_;
     WorkerSurroundings surroundings_;
     Loopback connection_;
-    qintptr descriptor_ = -1;
+    platform::SocketDescriptor descriptor_ = connection_.takeDescriptor();
 };
 
 TEST_F(RequestLimitTest, oneByteLessThanTheLimitIsServed) {

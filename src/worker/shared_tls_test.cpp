@@ -24,7 +24,7 @@ namespace {
 class Connection {
 public:
     explicit Connection(const SharedTls& tls) {
-        socket_.setSocketDescriptor(loopback_.takeDescriptor());
+        socket_.setSocketDescriptor(loopback_.takeDescriptor().release());
         tls.startServerEncryption(socket_);
     }
 

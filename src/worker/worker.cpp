@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <new>
+#include <utility>
 
 using namespace quorin;
 using namespace Qt::StringLiterals;
@@ -39,6 +41,10 @@ void traceStart(QStringView function) {
 
 void traceEnd(QStringView function) {
     Logger::logDebug([function] { return endMessage(function.toString()); });
+}
+
+QString messageOf(const std::exception& exception) {
+    return endMessage(QString::fromUtf8(exception.what()));
 }
 
 std::chrono::milliseconds connectionTimeout() {
@@ -69,22 +75,32 @@ bool isRefusedAsLarge(std::string_view target) {
 
 } // namespace
 
-Worker::Worker(qintptr socketDescriptor, const WorkerSurroundings& surroundings)
-    : descriptor_(socketDescriptor), surroundings_(surroundings) {
+Worker::Worker(platform::SocketDescriptor descriptor, const WorkerSurroundings& surroundings)
+    : descriptor_(std::move(descriptor)), surroundings_(surroundings) {
     context_.documentRoot = surroundings.documentRoot;
     context_.communicationScheme = surroundings.communicationScheme;
 }
 
 Worker::~Worker() {
-    if (context_.socket && context_.socket->isOpen()) {
-        discardUnread(*context_.socket);
-        context_.socket->disconnectFromHost(); // bids farewell over TLS, which close() does not
-        context_.socket->flush();
-        context_.socket->close();
-    }
+    keepFailure([this] {
+        if (context_.socket && context_.socket->isOpen()) {
+            discardUnread(*context_.socket);
+            context_.socket->disconnectFromHost(); // bids farewell over TLS, which close() does not
+            context_.socket->flush();
+            context_.socket->close();
+        }
+    });
 }
 
 void Worker::run() {
+    try {
+        serveConnection();
+    } catch (const std::bad_alloc&) {
+        // There was no memory even for the line that tells of it. The connection closes.
+    }
+}
+
+void Worker::serveConnection() {
     traceStart(kRun);
     try {
         eventLoop_.emplace();
@@ -97,6 +113,18 @@ void Worker::run() {
         traceEnd(kRun);
     } catch (const GatewayException& exception) {
         Logger::logError(exception.message());
+    } catch (const std::exception& exception) {
+        Logger::logError(messageOf(exception));
+    }
+}
+
+template<std::invocable Action>
+void Worker::keepFailure(Action&& action) noexcept {
+    try {
+        std::forward<Action>(action)();
+    } catch (...) {
+        escaped_ = std::current_exception();
+        endLoop();
     }
 }
 
@@ -129,26 +157,29 @@ void Worker::SslSocketReadyRead() {
     if (requestTaken_) {
         return; // sent ahead, while its only request is served
     }
-    traceStart(kReadyRead);
-    if (!surroundings_.quitRequested) {
-        requestTaken_ = true;
-        try {
-            serveRequest();
+    keepFailure([this] {
+        traceStart(kReadyRead);
+        if (!surroundings_.quitRequested) {
+            requestTaken_ = true;
+            answerRequest();
             endLoop();
-        } catch (const GatewayException& exception) {
-            if (!exception.isSilent()) {
-                Logger::logError(exception.message());
-            }
-            replyToFailure();
-        } catch (const std::exception& exception) {
-            Logger::logError(endMessage(QString::fromUtf8(exception.what())));
-            replyToFailure();
         }
-        if (escaped_) {
-            return;
+        traceEnd(kReadyRead);
+    });
+}
+
+void Worker::answerRequest() {
+    try {
+        serveRequest();
+    } catch (const GatewayException& exception) {
+        if (!exception.isSilent()) {
+            Logger::logError(exception.message());
         }
+        replyToFailure();
+    } catch (const std::exception& exception) {
+        Logger::logError(messageOf(exception));
+        replyToFailure();
     }
-    traceEnd(kReadyRead);
 }
 
 void Worker::serveRequest() {
@@ -177,27 +208,26 @@ void Worker::serveRequest() {
 // Every failure ends in this reply, also when a status told of it before; only a reply that has
 // begun with success stays alone.
 void Worker::replyToFailure() {
-    try {
-        if (!context_.responseStarted) {
-            writeSocket(*context_.socket, makeResponse("500", {}));
-        }
-    } catch (...) {
-        escaped_ = std::current_exception();
+    if (!context_.responseStarted) {
+        writeSocket(*context_.socket, makeResponse("500", {}));
     }
-    endLoop();
 }
 
 void Worker::SslSocketDisconnected() {
-    traceStart(kDisconnected);
-    context_.disconnected = true;
-    traceEnd(kDisconnected);
-    endLoop();
+    keepFailure([this] {
+        traceStart(kDisconnected);
+        context_.disconnected = true;
+        traceEnd(kDisconnected);
+        endLoop();
+    });
 }
 
 void Worker::ConnectionTimeout() {
-    connectionTimer_->stop();
-    Logger::logError(endMessage(u"connect timeout"_s));
-    endLoop();
+    keepFailure([this] {
+        connectionTimer_->stop();
+        Logger::logError(endMessage(u"connect timeout"_s));
+        endLoop();
+    });
 }
 
 void Worker::endLoop() {

@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <atomic>
+#include <concepts>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -31,10 +32,10 @@ class Worker : public QObject, public QRunnable {
 
 public:
     // Takes the descriptor over. `surroundings` outlives the worker.
-    Worker(qintptr socketDescriptor, const WorkerSurroundings& surroundings);
+    Worker(platform::SocketDescriptor descriptor, const WorkerSurroundings& surroundings);
     ~Worker() override;
 
-    // The whole life of the connection.
+    // The whole life of the connection. Whatever fails ends the connection and nothing else.
     void run() override;
 
     // Hands the connection of a worker that never runs to the caller.
@@ -48,8 +49,15 @@ public Q_SLOTS:
     void ConnectionTimeout();
 
 private:
+    // Does what a slot is for: a failure must not get out into the event loop. It ends the loop
+    // instead, and the connection with it.
+    template<std::invocable Action>
+    void keepFailure(Action&& action) noexcept;
+
+    void serveConnection();
     void openSocket();
     void startConnectionTimer();
+    void answerRequest();
     void serveRequest();
     void replyToFailure();
     void endLoop();
@@ -63,6 +71,6 @@ private:
     std::unique_ptr<QTimer> connectionTimer_;
 
     bool requestTaken_ = false;
-    // A failure no slot may let out into the event loop; run() throws it again.
+    // What keepFailure() kept; thrown again behind the event loop.
     std::exception_ptr escaped_;
 };

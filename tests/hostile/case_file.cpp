@@ -120,7 +120,8 @@ QByteArray takeBytes(std::string_view& text) {
 Step readStep(int line, std::string_view text) {
     Step step{.line = line, .verb = std::string(takeWord(text)), .argument = {}, .bytes = {}};
     const bool hasArgument = step.verb == "settings" || step.verb == "file" ||
-                             step.verb == "expect-file" || step.verb == "hold";
+                             step.verb == "expect-file" || step.verb == "hold" ||
+                             step.verb == "system";
     if (hasArgument) {
         const std::string_view word = takeWord(text);
         step.argument = QByteArray(word.data(), static_cast<qsizetype>(word.size()));

@@ -64,6 +64,9 @@ Gateway::Gateway(const Site& site, LogLibrary log) : site_(site) {
 
 Gateway::~Gateway() {
     kill();
+    if (!process_.isOpen()) {
+        return; // never started
+    }
     const QByteArray errors = errorOutput();
     if (!errors.isEmpty()) {
         std::fprintf(stderr, "gateway: %s\n", errors.constData());

@@ -17,8 +17,10 @@ public:
 
     [[nodiscard]] Client& client() noexcept { return *client_; }
 
-    // Hands the accepted end to the caller, who closes it from now on.
-    [[nodiscard]] qintptr takeDescriptor() { return acceptor_.accepted.value().release(); }
+    // Hands the accepted end to the caller.
+    [[nodiscard]] platform::SocketDescriptor takeDescriptor() {
+        return std::move(acceptor_.accepted.value());
+    }
 
 private:
     class Acceptor : public QTcpServer {

@@ -8,7 +8,7 @@ std::optional<qintptr> descriptorLimit() {
 }
 
 std::optional<qintptr> nextDescriptor() {
-    return std::nullopt;
+    return 0;
 }
 
 } // namespace platform

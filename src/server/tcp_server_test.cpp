@@ -1,0 +1,69 @@
+#include "server/tcp_server.h"
+
+#include "config/gateway_settings.h"
+#include "support/client.h"
+#include "support/deadline.h"
+#include "worker/handler_fixture.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+class TcpServerTest : public testing::Test {
+protected:
+    TcpServerTest() {
+        GatewaySettings& settings = GatewaySettings::instance();
+        settings = {};
+        settings.MaxUserSession = 2;
+        settings.ConnectionTimeout = 30;
+        settings.HTTPRequestTimeout = 600;
+        settings.IsMadeClientRequestWaited = true;
+        data_.write(u"root/a"_s, "content");
+        qputenv("TMPDIR", pipes_.path().toUtf8()); // another gateway here keeps its control pipe
+    }
+    ~TcpServerTest() override {
+        GatewaySettings::instance() = {};
+        restoreTemporaryFolder();
+    }
+
+    void restoreTemporaryFolder() const {
+        if (temporaryFolder_.isNull()) {
+            qunsetenv("TMPDIR");
+        } else {
+            qputenv("TMPDIR", temporaryFolder_);
+        }
+    }
+
+    LogRecord log_;
+    DataFolder data_;
+    const QByteArray temporaryFolder_ = qgetenv("TMPDIR");
+    const QTemporaryDir pipes_;
+};
+
+TEST_F(TcpServerTest, acceptingGoesOnAfterAConnectionThatFailed) {
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    server.pauseAccepting(); // as QTcpServer does before it tells
+    Q_EMIT server.acceptError(QAbstractSocket::NetworkError);
+
+    Client client(server.serverPort());
+    client.send(get("/a"));
+    EXPECT_TRUE(waitUntil([&] {
+        QCoreApplication::processEvents();
+        return client.socket().bytesAvailable() > 0;
+    }));
+    EXPECT_EQ(client.readToEnd(),
+              "HTTP/1.1 200\r\nContent-Length: 7\r\nContent-Type: inode/directory\r\n\r\ncontent");
+    EXPECT_EQ(log_.lines().filter(u"5 "_s).size(), 1);
+    EXPECT_TRUE(log_.lines().filter(u"5 "_s).constFirst().startsWith(
+        u"5 [End] a connection could not be accepted: "));
+}
+
+} // namespace
+} // namespace quorin::test
