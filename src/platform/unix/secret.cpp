@@ -1,6 +1,6 @@
 #include "platform/secret.h"
 
-#include <string.h> // explicit_bzero stands in no C++ header
+#include <string.h> // NOLINT(modernize-deprecated-headers): explicit_bzero is in no C++ header
 
 namespace platform {
 
