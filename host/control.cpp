@@ -9,12 +9,23 @@
 
 namespace quorin {
 
+namespace {
+
+constexpr std::chrono::seconds kConnecting{5};
+// The gateway may be waiting for another controller first.
+constexpr std::chrono::seconds kReading = kCommandTimeout + kConnecting;
+
+int milliseconds(std::chrono::milliseconds time) {
+    return static_cast<int>(time.count());
+}
+
+} // namespace
+
 bool tellToStop(Gateway gateway) {
-    constexpr std::chrono::milliseconds patience = std::chrono::seconds(5);
-    constexpr int patienceMs = static_cast<int>(patience.count());
     QLocalSocket pipe;
-    pipe.connectToServer(kControlPipeName.toString(), QIODevice::WriteOnly);
-    if (!pipe.waitForConnected(patienceMs)) {
+    // Not for writing alone, which would not tell of the pipe's end.
+    pipe.connectToServer(kControlPipeName.toString(), QIODevice::ReadWrite);
+    if (!pipe.waitForConnected(milliseconds(kConnecting))) {
         return false;
     }
     if (gateway == Gateway::OfThisProcess && !platform::isServedByThisProcess(pipe)) {
@@ -22,11 +33,10 @@ bool tellToStop(Gateway gateway) {
     }
     pipe.write(kQuitCommand.data(), kQuitCommand.size());
     // A gateway that has read the command closes the pipe, which may come before the news that all
-    // was written.
-    const bool delivered =
-        pipe.waitForBytesWritten(patienceMs) || pipe.state() == QLocalSocket::UnconnectedState;
-    pipe.disconnectFromServer();
-    return delivered;
+    // was written. To close it earlier from here could take the command along.
+    pipe.waitForBytesWritten(milliseconds(kConnecting));
+    return pipe.state() == QLocalSocket::UnconnectedState ||
+           pipe.waitForDisconnected(milliseconds(kReading));
 }
 
 } // namespace quorin

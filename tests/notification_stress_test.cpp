@@ -5,6 +5,7 @@
 #include "support/deadline.h"
 #include "support/gateway.h"
 #include "support/site.h"
+#include "support/system.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -269,15 +270,20 @@ TEST_F(SharedNotificationTest, eightReadersAndEightResettersSeeWholeDocumentsOnl
     EXPECT_EQ(QDir(site_.stagingPath(QString()))
                   .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
               QStringList());
-    // Nobody was refused but for the lock.
+    // Nobody was refused but for the lock; on Windows also where somebody else looked at the file
+    // in the instant in which it was to be replaced.
     const QStringList logged = site_.logged();
-    EXPECT_EQ(logged.count(u"5 Failed to Lock for \"" + stagingFile() + u'"'),
-              readsRefused_ + resetsRefused_);
+    const auto withoutLock = logged.count(u"5 Failed to Lock for \"" + stagingFile() + u'"');
+    if (kOnWindows) {
+        EXPECT_LE(withoutLock, readsRefused_ + resetsRefused_);
+    } else {
+        EXPECT_EQ(withoutLock, readsRefused_ + resetsRefused_);
+    }
     EXPECT_EQ(logged.count(u"2 GET notifications/n.json - -  200 0"_s), reads_);
     EXPECT_EQ(logged.count(u"3 DELETE notifications/n.json - -  204 0"_s), resets_);
     std::cout << stressTime().count() << " s: " << reads_ << " reads (" << pendingSeen_
-              << " of a pending item) and " << readsRefused_ << " without the lock, " << resets_
-              << " resets and " << resetsRefused_ << " without the lock, " << newest_
+              << " of a pending item) and " << readsRefused_ << " refused, " << resets_
+              << " resets and " << resetsRefused_ << " refused, " << newest_
               << " documents written\n";
     EXPECT_GT(reads_, 0);
     EXPECT_GT(pendingSeen_, 0);
