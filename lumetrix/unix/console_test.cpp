@@ -59,7 +59,9 @@ TEST(Console, LevelIsColouredOnATerminal) {
     auto* const logger = lumetrix_get_logger();
     lumetrix_set_output_dir(logger, log.utf8().c_str(), "Gateway");
     Terminal terminal;
-    ASSERT_TRUE(terminal.isReady());
+    if (!terminal.isReady()) {
+        GTEST_SKIP() << "no pseudo terminal is to be had here";
+    }
     lumetrix_set_enabled_console_out(logger, 1);
     lumetrix_log(logger, "GW", LUMETRIX_ERROR, "red");
     lumetrix_sync(logger);
