@@ -2,7 +2,6 @@
 
 #include "control.h"
 #include "platform/command_line.h"
-#include "platform/heap.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
 
@@ -63,7 +62,6 @@ int run(std::string program, std::string settings, std::string group) {
                      platform::gatewayLibraryName(), platform::SharedLibrary::lastError());
         return kNotDone;
     }
-    platform::shareOneHeap();
     const platform::TerminationWatch watch(stopOnTermination);
     std::vector<char*> arguments{program.data(), settings.data(), group.data(), nullptr};
     return mainFunc(static_cast<int>(arguments.size() - 1), arguments.data());
