@@ -74,8 +74,8 @@ protected:
     Site site_;
 };
 
-// How often the gateway is killed. What a kill takes is mostly the start behind it, which takes long
-// through an emulator.
+// How often the gateway is killed. What a kill takes is mostly the start behind it, which takes
+// long through an emulator.
 constexpr int kKills = kOnWindows ? 40 : 120;
 
 class KilledGatewayTest : public NotificationStressTest {
