@@ -2,6 +2,7 @@
 
 #include "control.h"
 #include "platform/command_line.h"
+#include "platform/heap.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
 
@@ -79,6 +80,7 @@ int stop(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    platform::suitHeapToWorkers();
     const std::vector<std::string> arguments = platform::commandLine(argc, argv);
     if (arguments.size() < 2) {
         return complainOfUsage("a command is missing");

@@ -17,8 +17,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <memory>
-#include <span>
 
 using namespace Qt::StringLiterals;
 
@@ -63,41 +61,42 @@ void finish(WorkerContext& worker) {
 }
 
 // A chunk, which may be a whole file, goes in pieces through the buffers of the socket and of TLS,
-// so that these need no more memory than a piece takes. Smaller pieces cost time: 256 KiB take a
-// third of the rate of a fast client (docs/performance.md).
-constexpr qint64 kPieceSize = qint64{1024} * 1024;
+// so that these need no more memory than a piece takes. Smaller pieces cost a fast client time,
+// larger ones many clients (docs/performance.md).
+constexpr qint64 kPieceSize = qint64{512} * 1024;
 
-// Fills `piece`. Behind the end of a file that has become shorter since its size was announced
-// come zeros.
-void readPiece(QFile& file, char* piece, qint64 size) {
+// Reads the next bytes of `file`, as many as `piece` is long. Behind the end of a file that has
+// become shorter since its size was announced come zeros.
+void readPiece(QFile& file, QByteArray& piece) {
+    char* const bytes = piece.data(); // its own, though the socket may still share the last piece
     qint64 filled = 0;
-    while (filled < size) {
-        const qint64 count = file.read(piece + filled, size - filled);
+    while (filled < piece.size()) {
+        const qint64 count = file.read(bytes + filled, piece.size() - filled);
         if (count <= 0) {
             break;
         }
         filled += count;
     }
-    std::memset(piece + filled, 0, static_cast<std::size_t>(size - filled));
+    std::memset(bytes + filled, 0, static_cast<std::size_t>(piece.size() - filled));
 }
 
-// Returns when the system has the whole chunk, or its time is over.
-void sendChunk(WorkerContext& worker, QFile& file, qint64 size, std::span<char> buffer) {
+// Returns when the system has the whole chunk, or its time is over. `piece` is memory that chunks
+// have in common.
+void sendChunk(WorkerContext& worker, QFile& file, qint64 size, QByteArray& piece) {
     const QDeadlineTimer deadline(kSendTimeout);
     for (qint64 remaining = size; remaining > 0 && !worker.disconnected;) {
-        const qint64 piece = std::min(remaining, static_cast<qint64>(buffer.size()));
-        readPiece(file, buffer.data(), piece);
-        writeUnlessGone(*worker.socket, {buffer.data(), piece});
+        piece.resize(std::min(remaining, kPieceSize));
+        readPiece(file, piece);
+        writeUnlessGone(*worker.socket, piece);
         waitUntilSent(*worker.socket, deadline);
-        remaining -= piece;
+        remaining -= piece.size();
     }
 }
 
 void sendBody(WorkerContext& worker, QFile& file, qint64 size) {
     const qint64 configured = GatewaySettings::instance().ThreadReadBufferSize;
     const qint64 chunkSize = configured > 0 ? std::min(configured, size) : size;
-    const auto bufferSize = static_cast<std::size_t>(std::min(chunkSize, kPieceSize));
-    const auto buffer = std::make_unique_for_overwrite<char[]>(bufferSize);
+    QByteArray piece;
     for (qint64 remaining = size; remaining > 0;) {
         if (worker.disconnected) {
             failRequest(u"socket disconnected"_s);
@@ -106,7 +105,7 @@ void sendBody(WorkerContext& worker, QFile& file, qint64 size) {
             failRequest(u"requet expired"_s);
         }
         const qint64 chunk = std::min(remaining, chunkSize);
-        sendChunk(worker, file, chunk, {buffer.get(), bufferSize});
+        sendChunk(worker, file, chunk, piece);
         remaining -= chunk;
     }
 }

@@ -41,13 +41,13 @@ qint64 unsentBytes(const QSslSocket& socket) {
     return socket.bytesToWrite() + socket.encryptedBytesToWrite();
 }
 
-void writeUnlessGone(QSslSocket& socket, QByteArrayView bytes) {
+void writeUnlessGone(QSslSocket& socket, const QByteArray& bytes) {
     if (socket.state() == QAbstractSocket::ConnectedState) {
-        socket.write(bytes.data(), bytes.size());
+        socket.write(bytes);
     }
 }
 
-void writeSocket(QSslSocket& socket, QByteArrayView bytes, std::chrono::milliseconds timeout) {
+void writeSocket(QSslSocket& socket, const QByteArray& bytes, std::chrono::milliseconds timeout) {
     writeUnlessGone(socket, bytes);
     const QDeadlineTimer deadline(timeout);
     while (socket.isValid() && !deadline.hasExpired()) {

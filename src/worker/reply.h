@@ -28,13 +28,14 @@ inline constexpr std::chrono::seconds kSendTimeout{30};
 [[nodiscard]] QByteArray serialized(const http::Response& response);
 
 // Hands `bytes` to `socket`, unless its peer has gone: then they are lost like those that were
-// under way, and Qt would complain of them on the standard error output.
-void writeUnlessGone(QSslSocket& socket, QByteArrayView bytes);
+// under way, and Qt would complain of them on the standard error output. The socket shares what it
+// cannot send at once; it copies nothing over TLS.
+void writeUnlessGone(QSslSocket& socket, const QByteArray& bytes);
 
 // Sends `bytes`, looking every 10 ms whether they have left. Throws a GatewayException of kind
 // Request when they have not after `timeout`, or the socket is of no use. A peer that goes
 // meanwhile takes its bytes along and is no failure; the socket's disconnected() tells of it.
-void writeSocket(QSslSocket& socket, QByteArrayView bytes,
+void writeSocket(QSslSocket& socket, const QByteArray& bytes,
                  std::chrono::milliseconds timeout = kSendTimeout);
 
 // Sends the reply that makeResponse() makes; throws as writeSocket() does.
