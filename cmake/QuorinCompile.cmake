@@ -58,7 +58,10 @@ else()
   endif()
 endif()
 
+# For tests of what a sanitizer changes.
+set(quorin_is_sanitized false)
 if(QUORIN_SANITIZE)
+  set(quorin_is_sanitized true)
   target_compile_options(quorin_compile INTERFACE
     -fsanitize=${QUORIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quorin_compile INTERFACE -fsanitize=${QUORIN_SANITIZE})
