@@ -138,6 +138,23 @@ TEST_P(DownloadTest, aReaderThatPausesBeforeTheEndStillGetsEveryByte) {
     EXPECT_TRUE(received == expected) << received.size();
 }
 
+TEST_P(DownloadTest, aReaderThatStallsForLongerThanAChunkMayTakeCatchesUpWhileChunksAreLeft) {
+    const QByteArray content = patternOf(64 * 1024 * 1024); // the system alone holds some MiB
+    site_.writeFile(u"fwfiles/pattern"_s, content);
+    Settings settings;
+    settings.ThreadReadBufferSize = "4194304";
+    startGateway(settings);
+    Client client(site_.port(), GetParam());
+    client.limitReadAhead(4096);
+    client.send(get("/fwfiles/pattern"));
+    const QByteArray expected = streamed(content);
+    QByteArray received = client.read(4096);
+    QThread::sleep(32); // what is tested: more than the 30 seconds of a chunk
+    client.limitReadAhead(0);
+    received += client.readToEnd();
+    EXPECT_TRUE(received == expected) << received.size();
+}
+
 TEST_P(DownloadTest, whatTheClientSendsMeanwhileTakesNothingFromItsReply) {
     const QByteArray content = patternOf(8 * 1024 * 1024);
     site_.writeFile(u"fwfiles/pattern"_s, content);

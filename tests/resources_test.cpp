@@ -116,6 +116,33 @@ TEST_F(ResourcesTest, sixteenSlowReadersCostAChunkAndALittleEach) {
     EXPECT_LE(most - before, clients * (chunk + 512 * kKiB));
 }
 
+// When the time of its chunk is over, the rest of the chunk is not read into memory.
+TEST_F(ResourcesTest, aClientThatReadsNothingCostsAPiece) {
+    writeSparseFile(u"fwfiles/large"_s, 512 * kMiB);
+    Settings settings;
+    settings.ThreadReadBufferSize = "0"; // a chunk is the file
+    startGateway(settings);
+    waitForWorkers();
+    const qint64 before = figures().residentBytes;
+    const qsizetype ended = site_.logged().count(u"2 [End] void __cdecl Worker::run(void)"_s);
+    Client client(site_.port());
+    client.limitReadAhead(4096);
+    client.send(get("/fwfiles/large"));
+    EXPECT_EQ(client.read(4096).size(), 4096);
+    qint64 most = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        most = std::max(most, figures().residentBytes);
+        return site_.logged().count(u"2 [End] void __cdecl Worker::run(void)"_s) > ended;
+    }));
+    client.limitReadAhead(0);
+    EXPECT_LT(client.readToEnd().size(), 64 * kMiB) << "what the system held";
+    std::cout << "growth at most " << (most - before) / kKiB << " KiB\n";
+    if (!isMemoryTelling()) {
+        GTEST_SKIP() << "memory says nothing under a sanitizer; the transfer ended";
+    }
+    EXPECT_LE(most - before, 4 * kMiB);
+}
+
 TEST_F(ResourcesTest, aFloodWhileServingGrowsNothing) {
     writeSparseFile(u"fwfiles/large"_s, 64 * kMiB);
     startGateway();

@@ -80,23 +80,28 @@ void readPiece(QFile& file, QByteArray& piece) {
     std::memset(bytes + filled, 0, static_cast<std::size_t>(piece.size() - filled));
 }
 
-// Returns when the system has the whole chunk, or its time is over. `piece` is memory that chunks
-// have in common.
-void sendChunk(WorkerContext& worker, QFile& file, qint64 size, QByteArray& piece) {
+// Sends the next `size` bytes of `file`. Returns when the system has them all, or when the time of
+// a chunk is over: then how many bytes are still to be read, for no more than a piece waits in
+// memory for a slow client. `piece` is memory that chunks have in common.
+qint64 sendChunk(WorkerContext& worker, QFile& file, qint64 size, QByteArray& piece) {
+    QSslSocket& socket = *worker.socket;
     const QDeadlineTimer deadline(kSendTimeout);
-    for (qint64 remaining = size; remaining > 0 && !worker.disconnected;) {
-        piece.resize(std::min(remaining, kPieceSize));
+    waitUntilSent(socket, deadline); // what the last chunk left
+    while (size > 0 && !worker.disconnected && unsentBytes(socket) == 0) {
+        piece.resize(std::min(size, kPieceSize));
         readPiece(file, piece);
-        writeUnlessGone(*worker.socket, piece);
-        waitUntilSent(*worker.socket, deadline);
-        remaining -= piece.size();
+        size -= piece.size();
+        writeUnlessGone(socket, piece);
+        waitUntilSent(socket, deadline);
     }
+    return size;
 }
 
 void sendBody(WorkerContext& worker, QFile& file, qint64 size) {
     const qint64 configured = GatewaySettings::instance().ThreadReadBufferSize;
     const qint64 chunkSize = configured > 0 ? std::min(configured, size) : size;
     QByteArray piece;
+    qint64 due = 0;
     for (qint64 remaining = size; remaining > 0;) {
         if (worker.disconnected) {
             failRequest(u"socket disconnected"_s);
@@ -105,7 +110,7 @@ void sendBody(WorkerContext& worker, QFile& file, qint64 size) {
             failRequest(u"requet expired"_s);
         }
         const qint64 chunk = std::min(remaining, chunkSize);
-        sendChunk(worker, file, chunk, piece);
+        due = sendChunk(worker, file, due + chunk, piece);
         remaining -= chunk;
     }
 }

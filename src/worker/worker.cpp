@@ -90,6 +90,7 @@ Worker::~Worker() {
             context_.socket->close();
         }
     });
+    context_.socket.reset(); // it may tell of its end only now, which asks for the event loop
 }
 
 void Worker::run() {

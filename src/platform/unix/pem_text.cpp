@@ -18,7 +18,12 @@ class PemBlock {
 public:
     // Reads the next block of `bio`; empty when there is none, or a broken one.
     explicit PemBlock(BIO* bio) {
-        PEM_read_bio_ex(bio, &label_, &header_, &data_, &size_, PEM_FLAG_SECURE);
+        if (PEM_read_bio_ex(bio, &label_, &header_, &data_, &size_, PEM_FLAG_SECURE) != 1) {
+            // OpenSSL before 3.0.8 leaves addresses behind that it has freed.
+            label_ = header_ = nullptr;
+            data_ = nullptr;
+            size_ = 0;
+        }
     }
     ~PemBlock() {
         OPENSSL_secure_clear_free(label_, label().size());

@@ -105,6 +105,7 @@ public:
         if (exportTo(bytes.data(), size, written) != ERROR_SUCCESS) {
             return {};
         }
+        bytes.truncate(written);
         return bytes;
     }
 
