@@ -4,6 +4,7 @@
 #include "support/deadline.h"
 #include "support/gateway.h"
 #include "support/process_figures.h"
+#include "support/serving_test.h"
 #include "support/site.h"
 
 #include <QCoreApplication>
@@ -63,8 +64,7 @@ protected:
     void waitForWorkers() const {
         ASSERT_TRUE(waitUntil([&] {
             const QStringList logged = site_.logged();
-            return logged.count(u"2 [Start] void __cdecl Worker::run(void)"_s) ==
-                   logged.count(u"2 [End] void __cdecl Worker::run(void)"_s);
+            return logged.count(kRunStarts) == logged.count(kRunEnds);
         }));
     }
 
@@ -124,7 +124,7 @@ TEST_F(ResourcesTest, aClientThatReadsNothingCostsAPiece) {
     startGateway(settings);
     waitForWorkers();
     const qint64 before = figures().residentBytes;
-    const qsizetype ended = site_.logged().count(u"2 [End] void __cdecl Worker::run(void)"_s);
+    const qsizetype ended = site_.logged().count(kRunEnds);
     Client client(site_.port());
     client.limitReadAhead(4096);
     client.send(get("/fwfiles/large"));
@@ -132,7 +132,7 @@ TEST_F(ResourcesTest, aClientThatReadsNothingCostsAPiece) {
     qint64 most = 0;
     EXPECT_TRUE(waitUntil([&] {
         most = std::max(most, figures().residentBytes);
-        return site_.logged().count(u"2 [End] void __cdecl Worker::run(void)"_s) > ended;
+        return site_.logged().count(kRunEnds) > ended;
     }));
     client.limitReadAhead(0);
     EXPECT_LT(client.readToEnd().size(), 64 * kMiB) << "what the system held";
@@ -178,7 +178,7 @@ TEST_F(ResourcesTest, twoThousandDroppedConnectionsLeaveNothingBehind) {
         for (int i = 0; i < 8; ++i) {
             all.push_back(std::make_unique<Client>(site_.port()));
         }
-        ASSERT_TRUE(site_.waitUntilLogged(u"2 [Start] void __cdecl Worker::run(void)"_s, 10));
+        ASSERT_TRUE(site_.waitUntilLogged(kRunStarts, 10));
     }
     waitForWorkers();
     const ProcessFigures before = figures();
@@ -208,10 +208,7 @@ TEST_F(ResourcesTest, twoThousandDroppedConnectionsLeaveNothingBehind) {
             client->abort();
         }
     }
-    ASSERT_TRUE(waitUntil([&] {
-        return site_.logged().count(u"2 [Start] void __cdecl Worker::run(void)"_s) >=
-               connections + 10;
-    }));
+    ASSERT_TRUE(waitUntil([&] { return site_.logged().count(kRunStarts) >= connections + 10; }));
     waitForWorkers();
     ASSERT_TRUE(waitUntil([&] { return figures().descriptors <= before.descriptors; }))
         << figures().descriptors << " descriptors after " << before.descriptors;

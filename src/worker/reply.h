@@ -28,8 +28,8 @@ inline constexpr std::chrono::seconds kSendTimeout{30};
 [[nodiscard]] QByteArray serialized(const http::Response& response);
 
 // Hands `bytes` to `socket`, unless its peer has gone: then they are lost like those that were
-// under way, and Qt would complain of them on the standard error output. The socket shares what it
-// cannot send at once; it copies nothing over TLS.
+// under way, and Qt would complain of them on the standard error output. Over TLS the
+// socket shares `bytes` until they are encrypted, and copies nothing.
 void writeUnlessGone(QSslSocket& socket, const QByteArray& bytes);
 
 // Sends `bytes`, looking every 10 ms whether they have left. Throws a GatewayException of kind

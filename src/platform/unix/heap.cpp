@@ -10,7 +10,7 @@ namespace platform {
 
 void suitHeapToWorkers() noexcept {
 #ifdef __GLIBC__
-    // As many parts as the smallest machines have cores. With four memory grew by 4 % from the
+    // As many parts as the smallest machines have cores. With four memory grew by 7 % from the
     // second to the tenth minute of a mixed load; with one, sixteen clients over TLS wait for each
     // other.
     mallopt(M_ARENA_MAX, 2);
