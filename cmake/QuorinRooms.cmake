@@ -17,18 +17,20 @@ function(quorin_room name)
   endif()
 endfunction()
 
-# quorin_test(<name> SOURCES <file>... [LINKS <target>...] [PROPERTIES <ctest property> <value>...])
+# quorin_test(<name> SOURCES <file>... [LINKS <target>...] [FOLDER <name>]
+#             [PROPERTIES <ctest property> <value>...])
 #
+# FOLDER is the folder of the program below the tests' own.
 # A GoogleTest program; each of its tests is one CTest test. For Windows the program as a whole is
 # one: starting it once a test would take minutes, through the emulator of a cross build even more.
 function(quorin_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SOURCES;LINKS;PROPERTIES")
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "FOLDER" "SOURCES;LINKS;PROPERTIES")
   if(NOT BUILD_TESTING)
     return()
   endif()
   add_executable(${name} ${test_SOURCES})
   set_target_properties(${name} PROPERTIES
-    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/${test_FOLDER}")
   target_link_libraries(${name} PRIVATE ${test_LINKS} GTest::gmock GTest::gtest_main quorin_compile)
   if(WIN32)
     add_test(NAME ${name} COMMAND ${name})

@@ -12,6 +12,7 @@
 #include "server/queue_watcher.h"
 #include "server/refusal.h"
 #include "server/thread_pool_watcher.h"
+#include "worker/tls_backend.h"
 #include "worker/tls_configuration.h"
 
 #include <QCoreApplication>
@@ -84,6 +85,9 @@ void TcpServer::logListeningMode() const {
 }
 
 void TcpServer::loadCertificate() {
+    if (const std::optional<QString> missing = missingTlsBackend()) {
+        throw GatewayException(GatewayException::Fatal, endMessage(*missing), false);
+    }
     const GatewaySettings& settings = GatewaySettings::instance();
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);

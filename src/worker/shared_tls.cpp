@@ -12,16 +12,27 @@
 
 namespace quorin {
 
+void SharedTls::configure(const QSslConfiguration& configuration) {
+    configuration_ = configuration;
+    uncachedContexts_.emplace();
+}
+
 void SharedTls::startServerEncryption(QSslSocket& socket) const {
     socket.setSslConfiguration(configuration_);
-    const std::shared_ptr<QSslContext> shared = context();
-    if (shared) {
+    if (const std::shared_ptr<QSslContext> shared = context()) {
         QSslSocketPrivate::checkSettingSslContext(&socket, shared);
+        socket.startServerEncryption();
+    } else {
+        createContext(socket);
     }
-    socket.startServerEncryption();
-    if (!shared) {
-        adopt(QSslSocketPrivate::sslContext(&socket));
+}
+
+void SharedTls::createContext(QSslSocket& socket) const {
+    {
+        const platform::UncachedTlsContexts::Scope scope;
+        socket.startServerEncryption();
     }
+    adopt(QSslSocketPrivate::sslContext(&socket));
 }
 
 std::shared_ptr<QSslContext> SharedTls::context() const {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "platform/uncached_tls_contexts.h"
+
 #include <QDeadlineTimer>
 #include <QSslConfiguration>
 
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 class QSslContext;
 class QSslSocket;
@@ -23,7 +26,7 @@ public:
     explicit SharedTls(std::chrono::milliseconds lifetime = kLifetime) : lifetime_(lifetime) {}
 
     // Before the first connection.
-    void configure(const QSslConfiguration& configuration) { configuration_ = configuration; }
+    void configure(const QSslConfiguration& configuration);
 
     // Begins TLS on a connection that a client opened. Any number of threads at a time, each for
     // its own socket.
@@ -31,10 +34,12 @@ public:
 
 private:
     [[nodiscard]] std::shared_ptr<QSslContext> context() const;
+    void createContext(QSslSocket& socket) const;
     void adopt(std::shared_ptr<QSslContext> context) const;
 
     std::chrono::milliseconds lifetime_;
     QSslConfiguration configuration_;
+    std::optional<platform::UncachedTlsContexts> uncachedContexts_; // set by configure()
 
     mutable std::mutex mutex_;
     // Null when a connection has to make its own: at the beginning, when the time is over, where

@@ -54,9 +54,13 @@ std::chrono::milliseconds connectionTimeout() {
     return std::min(configured, longest); // a timer counts in an int
 }
 
-// Takes in what the client has sent and nobody will read. To close over unread bytes would reset
-// the connection, and the client could lose the end of its reply.
+// Discards what the client has sent beyond its request. Closing a connection with unread bytes
+// resets it, and the client may lose the end of its reply. Not over TLS: there waitForReadyRead(0)
+// does not return while records arrive that carry no data, such as key updates.
 void discardUnread(QSslSocket& socket) {
+    if (socket.mode() != QSslSocket::UnencryptedMode) {
+        return;
+    }
     qint64 discarded = 0;
     while (socket.state() == QAbstractSocket::ConnectedState && discarded < kRequestLimit) {
         discarded += socket.skip(socket.bytesAvailable());
@@ -82,10 +86,11 @@ Worker::Worker(platform::SocketDescriptor descriptor, const WorkerSurroundings& 
 }
 
 Worker::~Worker() {
+    acceptsRequest_ = false;
     keepFailure([this] {
         if (context_.socket && context_.socket->isOpen()) {
             discardUnread(*context_.socket);
-            context_.socket->disconnectFromHost(); // bids farewell over TLS, which close() does not
+            context_.socket->disconnectFromHost(); // sends close_notify over TLS; close() does not
             context_.socket->flush();
             context_.socket->close();
         }
@@ -143,6 +148,9 @@ void Worker::openSocket() {
             Qt::DirectConnection);
     if (GatewaySettings::instance().HttpsEnabled) {
         surroundings_.tls.startServerEncryption(socket);
+        if (socket.mode() == QSslSocket::UnencryptedMode) {
+            failRequest(u"TLS could not be started"_s);
+        }
     }
 }
 
@@ -155,13 +163,13 @@ void Worker::startConnectionTimer() {
 }
 
 void Worker::SslSocketReadyRead() {
-    if (requestTaken_) {
-        return; // sent ahead, while its only request is served
+    if (!acceptsRequest_) {
+        return;
     }
     keepFailure([this] {
         traceStart(kReadyRead);
         if (!surroundings_.quitRequested) {
-            requestTaken_ = true;
+            acceptsRequest_ = false;
             answerRequest();
             endLoop();
         }
@@ -225,6 +233,7 @@ void Worker::SslSocketDisconnected() {
 
 void Worker::ConnectionTimeout() {
     keepFailure([this] {
+        acceptsRequest_ = false;
         connectionTimer_->stop();
         Logger::logError(endMessage(u"connect timeout"_s));
         endLoop();

@@ -70,7 +70,9 @@ private:
     std::optional<QEventLoop> eventLoop_;
     std::unique_ptr<QTimer> connectionTimer_;
 
-    bool requestTaken_ = false;
+    // False once the request is taken, the connection has timed out or the event loop has ended:
+    // Qt may emit readyRead() after each of these.
+    bool acceptsRequest_ = true;
     // What keepFailure() kept; thrown again behind the event loop.
     std::exception_ptr escaped_;
 };

@@ -4,6 +4,7 @@
 #include "worker/handler_fixture.h"
 #include "worker/tls_configuration.h"
 
+#include <latch>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -88,6 +89,30 @@ TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
               "HTTP/1.1 200 OK\r\nContent-Length: 31\r\nContent-Type: application/json\r\n\r\n"
               "{\"CommunicationScheme\":\"https\"}");
     thread.join();
+}
+
+TEST_F(WorkerTest, ServesNothingAfterConnectTimeout) {
+    GatewaySettings::instance().ConnectionTimeout = 0;
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    std::latch ended(1);
+    std::latch sent(1);
+    std::thread thread([&] {
+        worker->run();
+        ended.count_down();
+        sent.wait();
+        worker.reset();
+    });
+    ended.wait();
+    connection_.client().send(get("/api/WebApiCommScheme"));
+    sent.count_down();
+    thread.join();
+    EXPECT_EQ(connection_.client().readToEnd(), "");
+    EXPECT_EQ(
+        log_.lines(),
+        (QStringList{u"2 [Start] void __cdecl Worker::run(void)"_s, u"5 [End] connect timeout"_s,
+                     u"2 [End] void __cdecl Worker::run(void)"_s,
+                     u"2 [Start] void __cdecl Worker::SslSocketDisconnected(void)"_s,
+                     u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s}));
 }
 
 } // namespace
