@@ -8,7 +8,7 @@
 
 namespace {
 
-bool commaIsDecimalPoint() {
+bool decimalPointIsComma() {
     std::array<char, 8> text{};
     const int length = std::snprintf(text.data(), text.size(), "%.1f", 0.5);
     return length == 3 && std::string_view(text.data()) == "0,5";
@@ -18,7 +18,7 @@ bool commaIsDecimalPoint() {
 
 GermanLocale::GermanLocale() : before_(std::setlocale(LC_ALL, nullptr)) {
     for (const char* const name : {"de_DE.UTF-8", "German_Germany.1252"}) {
-        if (std::setlocale(LC_ALL, name) != nullptr && commaIsDecimalPoint()) {
+        if (std::setlocale(LC_ALL, name) != nullptr && decimalPointIsComma()) {
             return;
         }
     }
