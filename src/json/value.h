@@ -26,8 +26,8 @@ enum class Kind : std::uint32_t {
     Array = 64,
 };
 
-// JSON value and, with the values nested in it, JSON document: null, a boolean, an integer, a
-// double, a string, an object or an array.
+// A JSON value: null, a boolean, an integer, a double, a string, an object or an array. Owns the
+// values nested in it.
 //
 // Copies are deep; a moved-from value is null. Not thread-safe, but several threads may read the
 // same value.

@@ -8,13 +8,14 @@
 namespace ravenjson {
 
 // Bitwise OR of the flags below. Without kPretty the text has no line breaks and no spaces, and
-// the other flags have no effect.
+// the other flags have no effect. The default indentation is two spaces, also if both indent flags
+// are set.
 using WriterOptions = std::uint32_t;
 
 inline constexpr WriterOptions kCompact = 0;
-inline constexpr WriterOptions kIndentFourSpaces = 0x01; // default: two spaces
-inline constexpr WriterOptions kIndentTab = 0x02;        // default: two spaces
-inline constexpr WriterOptions kCrLf = 0x04;             // "\r\n" instead of "\n"
+inline constexpr WriterOptions kIndentFourSpaces = 0x01;
+inline constexpr WriterOptions kIndentTab = 0x02;
+inline constexpr WriterOptions kCrLf = 0x04; // "\r\n" instead of "\n"
 inline constexpr WriterOptions kPretty = 0x80;
 
 // Appends `value` as JSON text to `output`. If `value` contains NaN or an infinite double, stops
