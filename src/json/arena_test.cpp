@@ -131,7 +131,7 @@ TEST(ArenaTest, FreesBlocksFromAnotherThread) {
         std::thread([&] { Arena::deallocate(blocks.back()); }).join();
         blocks.pop_back();
     }
-    // ... and afterwards, on two threads at once.
+    // ... and afterwards, on two threads concurrently.
     const auto freeAlternateBlocks = [&](std::size_t first) {
         for (std::size_t i = first; i < blocks.size(); i += 2) {
             Arena::deallocate(blocks[i]);

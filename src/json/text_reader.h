@@ -115,7 +115,7 @@ private:
         return accepted ? Next::Delimiter : fail(message::kHandlerCancelled);
     }
 
-    // Returns the next byte, or NUL at the end: wherever peek() is used, both are the same error.
+    // Returns the next byte, or NUL at the end; no caller accepts a NUL byte.
     [[nodiscard]] char peek() const { return position_ != end_ ? *position_ : '\0'; }
 
     void skipWhitespace() {

@@ -153,7 +153,7 @@ private:
     void destroyContainer() noexcept;
     void copyContainer(const Value& other);
     [[noreturn]] static void throwKindMismatch();
-    void require(Kind kind) const {
+    void requireKind(Kind kind) const {
         if (kind_ != kind) {
             throwKindMismatch();
         }
@@ -212,47 +212,47 @@ inline Value::Value(const Value& other) : Value() {
 }
 
 inline bool Value::boolean() const {
-    require(Kind::Boolean);
+    requireKind(Kind::Boolean);
     return payload_.boolean;
 }
 
 inline std::int64_t Value::integer() const {
-    require(Kind::Integer);
+    requireKind(Kind::Integer);
     return payload_.integer;
 }
 
 inline double Value::floating() const {
-    require(Kind::Double);
+    requireKind(Kind::Double);
     return payload_.floating;
 }
 
 inline const Value::String& Value::string() const {
-    require(Kind::String);
+    requireKind(Kind::String);
     return static_cast<const Container<String>*>(payload_.container)->content;
 }
 
 inline Value::String& Value::string() {
-    require(Kind::String);
+    requireKind(Kind::String);
     return static_cast<Container<String>*>(payload_.container)->content;
 }
 
 inline const Value::Object& Value::object() const {
-    require(Kind::Object);
+    requireKind(Kind::Object);
     return static_cast<const Container<Object>*>(payload_.container)->content;
 }
 
 inline Value::Object& Value::object() {
-    require(Kind::Object);
+    requireKind(Kind::Object);
     return static_cast<Container<Object>*>(payload_.container)->content;
 }
 
 inline const Value::Array& Value::array() const {
-    require(Kind::Array);
+    requireKind(Kind::Array);
     return static_cast<const Container<Array>*>(payload_.container)->content;
 }
 
 inline Value::Array& Value::array() {
-    require(Kind::Array);
+    requireKind(Kind::Array);
     return static_cast<Container<Array>*>(payload_.container)->content;
 }
 

@@ -14,5 +14,5 @@ public:
     GermanLocale& operator=(const GermanLocale&) = delete;
 
 private:
-    std::string before_;
+    std::string previous_;
 };
