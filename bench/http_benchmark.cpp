@@ -1,8 +1,8 @@
-// Parsing requests and writing responses. Each request is parsed three times:
-//   Parse/...          our parser: a complete request record
-//   HttpParser/...     http-parser with callbacks that fill the same record
-//   HttpParserScan/... http-parser without callbacks: the scan alone, nothing is kept
-// Responses are written beside snprintf, which is what a C program would use.
+// Parses requests and serializes responses. Each request is parsed by
+//   Parse/...          our parser, into a Request
+//   HttpParser/...     http-parser with callbacks that fill the same Request
+//   HttpParserScan/... http-parser without callbacks, which stores nothing
+// Serializing a response is compared with snprintf.
 
 #include "http/header_names.h"
 #include "http/request_parser.h"
@@ -49,12 +49,12 @@ constexpr std::string_view kBrowser =
     "Priority: u=0, i\r\n"
     "\r\n";
 
-std::string upload(std::size_t size) {
+std::string postRequest(std::size_t size) {
     return "POST /plugins/a.bin HTTP/1.1\r\nHost: gateway.example:8080\r\nContent-Length: " +
            std::to_string(size) + "\r\n\r\n" + std::string(size, 'x');
 }
 
-std::string manyHeaders(std::int64_t count) {
+std::string requestWithHeaders(std::int64_t count) {
     std::string input = "GET / HTTP/1.1\r\n";
     for (std::int64_t i = 0; i < count; ++i) {
         input += "X-Header-" + std::to_string(i) + ": value " + std::to_string(i) + "\r\n";
@@ -62,7 +62,7 @@ std::string manyHeaders(std::int64_t count) {
     return input + "\r\n";
 }
 
-void report(benchmark::State& state, std::string_view input) {
+void setThroughput(benchmark::State& state, std::string_view input) {
     state.SetItemsProcessed(state.iterations());
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input.size()));
 }
@@ -71,21 +71,23 @@ void parse(benchmark::State& state, std::string_view input) {
     for (auto _ : state) {
         Request request;
         if (!parser::parse(request, input)) {
-            state.SkipWithError("the request was refused");
+            state.SkipWithError("the request was rejected");
             break;
         }
         benchmark::DoNotOptimize(request);
     }
-    report(state, input);
+    setThroughput(state, input);
 }
 
-// Collects what the callbacks of http-parser report into the record our parser fills. The input is
-// one buffer, so each piece is reported once and whole, and a view of it lasts.
-struct Collector {
+// Fills a Request from the callbacks of http-parser. The whole input is one buffer, so http-parser
+// reports each token in one piece, and views of the tokens remain valid.
+struct RequestBuilder {
     Request request;
     std::string_view name;
 
-    static Collector& of(http_parser* parser) { return *static_cast<Collector*>(parser->data); }
+    static RequestBuilder& of(http_parser* parser) {
+        return *static_cast<RequestBuilder*>(parser->data);
+    }
 
     static http_parser_settings settings() {
         http_parser_settings settings;
@@ -118,19 +120,19 @@ struct Collector {
 };
 
 void httpParser(benchmark::State& state, std::string_view input) {
-    const http_parser_settings settings = Collector::settings();
+    const http_parser_settings settings = RequestBuilder::settings();
     for (auto _ : state) {
-        Collector collector;
+        RequestBuilder builder;
         http_parser parser;
         http_parser_init(&parser, HTTP_REQUEST);
-        parser.data = &collector;
+        parser.data = &builder;
         if (http_parser_execute(&parser, &settings, input.data(), input.size()) != input.size()) {
-            state.SkipWithError("the request was refused");
+            state.SkipWithError("the request was rejected");
             break;
         }
-        benchmark::DoNotOptimize(collector);
+        benchmark::DoNotOptimize(builder);
     }
-    report(state, input);
+    setThroughput(state, input);
 }
 
 void httpParserScan(benchmark::State& state, std::string_view input) {
@@ -140,37 +142,37 @@ void httpParserScan(benchmark::State& state, std::string_view input) {
         http_parser parser;
         http_parser_init(&parser, HTTP_REQUEST);
         if (http_parser_execute(&parser, &settings, input.data(), input.size()) != input.size()) {
-            state.SkipWithError("the request was refused");
+            state.SkipWithError("the request was rejected");
             break;
         }
         benchmark::DoNotOptimize(parser);
     }
-    report(state, input);
+    setThroughput(state, input);
 }
 
-void parseRefused(benchmark::State& state) {
+void parseRejected(benchmark::State& state) {
     constexpr std::string_view kInput = "GET /fwfiles/controller-4.2.1.zip\r\n\r\n";
     for (auto _ : state) {
         Request request;
         benchmark::DoNotOptimize(parser::parse(request, kInput));
     }
-    report(state, kInput);
+    setThroughput(state, kInput);
 }
 
-// The time of many headers may grow like that of filling a map, and no faster.
+// The time per request should grow no faster than N log N, like inserting into a map.
 void parseManyHeaders(benchmark::State& state) {
-    const std::string input = manyHeaders(state.range(0));
+    const std::string input = requestWithHeaders(state.range(0));
     parse(state, input);
     state.SetComplexityN(state.range(0));
 }
 
 void parseBody(benchmark::State& state) {
-    const std::string input = upload(static_cast<std::size_t>(state.range(0)));
+    const std::string input = postRequest(static_cast<std::size_t>(state.range(0)));
     parse(state, input);
 }
 
 void httpParserBody(benchmark::State& state) {
-    const std::string input = upload(static_cast<std::size_t>(state.range(0)));
+    const std::string input = postRequest(static_cast<std::size_t>(state.range(0)));
     httpParser(state, input);
 }
 
@@ -184,7 +186,7 @@ QUORIN_REQUEST(reset, kReset);
 QUORIN_REQUEST(browser, kBrowser);
 BENCHMARK(parseBody)->Name("Parse/body")->Arg(1 << 20);
 BENCHMARK(httpParserBody)->Name("HttpParser/body")->Arg(1 << 20);
-BENCHMARK(parseRefused)->Name("Parse/refused");
+BENCHMARK(parseRejected)->Name("Parse/rejected");
 BENCHMARK(parseManyHeaders)
     ->Name("Parse/headers")
     ->RangeMultiplier(10)

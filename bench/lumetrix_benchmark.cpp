@@ -1,9 +1,9 @@
-// What a log call costs its caller: through the logging library's C functions, and through spdlog
-// itself set up alike (a queue of 8192 lines whose callers wait when it is full, one writing
-// thread, a daily file, the same line pattern).
-//   BelowLevel<...>  a call below the output level. SpdlogByCall is spdlog behind a function that
-//                    cannot be inlined, as a library's never can be.
-//   Line<...>/N      50000 lines from each of N threads, to the last byte in the file
+// Cost of a log call: through the C functions of the logging library, and through spdlog with the
+// same configuration (a queue of 8192 lines that blocks when full, one writer thread, a daily file,
+// the same line pattern).
+//   BelowLevel<...>  a call below the output level. SpdlogByCall calls spdlog through a function
+//                    pointer, so the call cannot be inlined, as with a shared library.
+//   Line<...>/N      50,000 lines from each of N threads, until all are written to the file
 
 #include "lumetrix.h"
 
@@ -22,20 +22,20 @@
 namespace {
 
 constexpr int kQueueLength = 8192;
-constexpr int kLinesAThread = 50'000;
+constexpr int kLinesPerThread = 50'000;
 constexpr const char* kMessage = "GET fwfiles/controller-4.2.1.zip - -  200 0";
 
-// A directory for one benchmark's files.
-class Directory {
+// Temporary directory for the log files of one benchmark.
+class TemporaryDirectory {
 public:
-    Directory() : path_(std::filesystem::temp_directory_path() / "lumetrix_benchmark") {
+    TemporaryDirectory() : path_(std::filesystem::temp_directory_path() / "lumetrix_benchmark") {
         std::filesystem::remove_all(path_);
         std::filesystem::create_directories(path_);
     }
-    ~Directory() { std::filesystem::remove_all(path_); }
+    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
 
-    Directory(const Directory&) = delete;
-    Directory& operator=(const Directory&) = delete;
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     const std::filesystem::path& path() const { return path_; }
 
@@ -60,15 +60,15 @@ public:
     void info() { log_(logger_, "GW", LUMETRIX_INFO, kMessage); }
 
 private:
-    Directory directory_;
+    TemporaryDirectory directory_;
     lumetrix_logger* logger_ = lumetrix_get_logger();
-    decltype(lumetrix_log)* log_ = lumetrix_log; // the gateway, too, calls by pointer
+    decltype(lumetrix_log)* log_ = lumetrix_log; // the gateway also calls through a pointer
 };
 
 class Spdlog {
 public:
     Spdlog() { logger_->set_pattern("_dt:%Y%m%dT%H%M%S.%e%z\t_l:%l\t_th:%t\t_m:Quorin5\tmsg:%v"); }
-    ~Spdlog() { pool_.reset(); } // writes out what is queued
+    ~Spdlog() { pool_.reset(); } // writes the queued lines
 
     Spdlog(const Spdlog&) = delete;
     Spdlog& operator=(const Spdlog&) = delete;
@@ -77,7 +77,7 @@ public:
     void info() { logger_->log(spdlog::level::info, spdlog::string_view_t(kMessage)); }
 
 protected:
-    Directory directory_;
+    TemporaryDirectory directory_;
     std::shared_ptr<spdlog::details::thread_pool> pool_ =
         std::make_shared<spdlog::details::thread_pool>(kQueueLength, 1U);
     std::shared_ptr<spdlog::async_logger> logger_ = std::make_shared<spdlog::async_logger>(
@@ -87,7 +87,7 @@ protected:
         pool_, spdlog::async_overflow_policy::block);
 };
 
-// spdlog behind the border of a library.
+// spdlog behind a call that cannot be inlined.
 class SpdlogByCall : public Spdlog {
 public:
     void debug() { log_(this, "GW", LUMETRIX_DEBUG, kMessage); }
@@ -123,7 +123,7 @@ void Line(benchmark::State& state) {
         std::vector<std::jthread> callers;
         for (std::size_t thread = 0; thread < threads; ++thread) {
             callers.emplace_back([&logger] {
-                for (int line = 0; line < kLinesAThread; ++line) {
+                for (int line = 0; line < kLinesPerThread; ++line) {
                     logger->info();
                 }
             });
@@ -131,7 +131,7 @@ void Line(benchmark::State& state) {
         callers.clear();
         logger.reset();
     }
-    state.SetItemsProcessed(state.iterations() * state.range(0) * kLinesAThread);
+    state.SetItemsProcessed(state.iterations() * state.range(0) * kLinesPerThread);
 }
 
 BENCHMARK(BelowLevel<Spdlog>);

@@ -20,7 +20,7 @@ std::string twoDigits(unsigned number) {
     return text.size() < 2 ? '0' + text : text;
 }
 
-// Writes the documents by hand, so that none of the libraries compared has a say in the text.
+// Does not use any of the libraries compared, so that none of them determines the text.
 class DocumentBuilder {
 public:
     std::string build(std::size_t bytes) {
@@ -41,7 +41,7 @@ public:
         }
         text += kRemark;
         while (text.size() + kEnd.size() < bytes) {
-            text += '.'; // up to the size asked for
+            text += '.'; // pads to the size requested
         }
         text += kEnd;
         return text;

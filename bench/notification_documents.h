@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-// A notification document of `bytes` bytes (some 700 at least): the three pending items, and the
-// history of what was pending before, as long as it takes. Compact, with the members in the order
-// of their meaning, not of their names. The same text in every run.
+// Returns a notification document of `bytes` bytes, at least about 700: three pending items, then
+// history entries up to the size requested. Compact; the members are not sorted by name. The same
+// text on every call.
 std::string notificationDocument(std::size_t bytes);

@@ -1,6 +1,6 @@
-// Reads any bytes as JSON in all three ways, and holds the results against each other: the ways
-// agree on what is well-formed; what parses is written, compact and pretty, and reads back as the
-// same document.
+// Parses arbitrary bytes as JSON with parse(), parseValue() and skipValue().
+//   - All three agree on whether the input is well-formed.
+//   - A parsed document, written compact or pretty, reads back as the same document.
 
 #include "require.h"
 #include "json/reader.h"
@@ -17,10 +17,10 @@ namespace {
 
 using ravenjson::Value;
 
-// Counts what it is told, and can stop the reading at any piece.
+// Counts events. Cancels at the event with number `cancelAt`, counted from 1; 0: never.
 class Counter final : public ravenjson::Handler {
 public:
-    explicit Counter(std::size_t stopAt) : stopAt_(stopAt) {}
+    explicit Counter(std::size_t cancelAt) : cancelAt_(cancelAt) {}
 
     bool null() override { return count(); }
     bool boolean(bool) override { return count(); }
@@ -33,29 +33,29 @@ public:
     bool key(std::string_view) override { return count(); }
     bool endObject() override { return leave(); }
 
-    [[nodiscard]] std::size_t pieces() const { return pieces_; }
+    [[nodiscard]] std::size_t events() const { return events_; }
     [[nodiscard]] std::size_t open() const { return open_; }
 
 private:
-    bool count() { return ++pieces_ != stopAt_; }
+    bool count() { return ++events_ != cancelAt_; }
     bool enter() {
         ++open_;
         return count();
     }
     bool leave() {
-        require(open_ > 0);
+        require(open_ > 0, "each end event has a start event");
         --open_;
         return count();
     }
 
-    std::size_t stopAt_;
-    std::size_t pieces_ = 0;
+    std::size_t cancelAt_;
+    std::size_t events_ = 0;
     std::size_t open_ = 0;
 };
 
-// The same document, but for what writing gives up by its rules: a double without a fraction is
-// written without one and comes back as an integer. Doubles of 17 digits come back exactly.
-bool isSameAsWritten(const Value& original, const Value& readBack) {
+// Equality, except that a double may read back as an integer: the writer adds no fraction to a
+// whole number.
+bool isSameAfterRoundTrip(const Value& original, const Value& readBack) {
     if (original.kind() == ravenjson::Kind::Double && readBack.isInteger()) {
         return original.floating() == static_cast<double>(readBack.integer());
     }
@@ -67,7 +67,7 @@ bool isSameAsWritten(const Value& original, const Value& readBack) {
             return false;
         }
         for (std::size_t i = 0; i < original.array().size(); ++i) {
-            if (!isSameAsWritten(original.at(i), readBack.at(i))) {
+            if (!isSameAfterRoundTrip(original.at(i), readBack.at(i))) {
                 return false;
             }
         }
@@ -79,33 +79,31 @@ bool isSameAsWritten(const Value& original, const Value& readBack) {
         }
         for (const auto& [key, member] : original.object()) {
             const Value* const other = readBack.find(key);
-            if (other == nullptr || !isSameAsWritten(member, *other)) {
+            if (other == nullptr || !isSameAfterRoundTrip(member, *other)) {
                 return false;
             }
         }
         return true;
     }
-    if (original.kind() == ravenjson::Kind::Integer && original.integer() == INT64_MIN) {
-        return true; // a wrapped one; never reached, since its text reads as a double
-    }
     return original == readBack;
 }
 
-// A text that holds a wrapped integer of the lowest value reads back as a double.
-bool holdsLowestInteger(const Value& value) {
+// The minimum integer, which a wrapped number can yield, is written with digits that read back as a
+// double.
+bool containsMinInteger(const Value& value) {
     if (value.isInteger()) {
         return value.integer() == INT64_MIN;
     }
     if (value.isArray()) {
         for (const Value& element : value.array()) {
-            if (holdsLowestInteger(element)) {
+            if (containsMinInteger(element)) {
                 return true;
             }
         }
     }
     if (value.isObject()) {
         for (const auto& [key, member] : value.object()) {
-            if (holdsLowestInteger(member)) {
+            if (containsMinInteger(member)) {
                 return true;
             }
         }
@@ -113,21 +111,23 @@ bool holdsLowestInteger(const Value& value) {
     return false;
 }
 
-void checkWriting(const Value& document, ravenjson::WriterOptions options) {
+void checkRoundTrip(const Value& document, ravenjson::WriterOptions options) {
     std::string text;
     std::string error;
     if (!ravenjson::write(document, options, text, error)) {
-        require(error == "Floating point is nan or inf.");
-        require(text == ravenjson::toString(document, options));
+        require(error == "Floating point is nan or inf.",
+                "only NaN and infinity cannot be written");
+        require(text == ravenjson::toString(document, options),
+                "toString() returns the same partial text");
         return;
     }
     Value readBack;
-    require(ravenjson::parse(text, readBack, error));
-    if (!holdsLowestInteger(document)) {
-        require(isSameAsWritten(document, readBack));
+    require(ravenjson::parse(text, readBack, error), "written text is well-formed");
+    if (!containsMinInteger(document)) {
+        require(isSameAfterRoundTrip(document, readBack), "written text reads back equal");
+        require(ravenjson::toString(readBack, options) == text,
+                "a second write gives the same text");
     }
-    // What was read back is written to the same text again.
-    require(ravenjson::toString(readBack, options) == text || holdsLowestInteger(document));
 }
 
 } // namespace
@@ -138,35 +138,38 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Value document;
     std::string error;
     const bool isDocument = ravenjson::parse(text, document, error);
-    require(isDocument == error.empty());
+    require(isDocument == error.empty(), "parse() sets the error only on failure");
 
-    const char* skipped = text.data();
+    const char* skipPosition = text.data();
     std::string skipError;
-    const bool isValue = ravenjson::skipValue(skipped, text.data() + size, skipError);
-    require(skipped >= text.data() && skipped <= text.data() + size);
+    const bool isValue = ravenjson::skipValue(skipPosition, text.data() + size, skipError);
+    require(skipPosition >= text.data() && skipPosition <= text.data() + size,
+            "the position stays inside the input");
 
-    const char* told = text.data();
-    std::string tellError;
+    const char* position = text.data();
+    std::string eventError;
     Counter counter(0);
-    require(ravenjson::parseValue(told, text.data() + size, counter, tellError) == isValue);
-    require(skipError == tellError);
+    require(ravenjson::parseValue(position, text.data() + size, counter, eventError) == isValue,
+            "parseValue() and skipValue() agree");
+    require(skipError == eventError, "parseValue() and skipValue() report the same error");
     if (isValue) {
-        require(told == skipped);
-        require(counter.open() == 0);
-        Counter impatient(counter.pieces());
-        told = text.data();
-        require(!ravenjson::parseValue(told, text.data() + size, impatient, tellError));
-        require(tellError == "SAX handler cancels parsing.");
+        require(position == skipPosition, "parseValue() and skipValue() stop at the same place");
+        require(counter.open() == 0, "each start event has an end event");
+        Counter canceller(counter.events());
+        position = text.data();
+        require(!ravenjson::parseValue(position, text.data() + size, canceller, eventError),
+                "the handler can cancel at the last event");
+        require(eventError == "SAX handler cancels parsing.", "cancelling has its own error");
     }
 
     if (isDocument) {
-        require(isValue);
-        checkWriting(document, ravenjson::kCompact);
-        checkWriting(document, ravenjson::kPretty | ravenjson::kIndentTab | ravenjson::kCrLf);
+        require(isValue, "a document is a value");
+        checkRoundTrip(document, ravenjson::kCompact);
+        checkRoundTrip(document, ravenjson::kPretty | ravenjson::kIndentTab | ravenjson::kCrLf);
         const Value copy = document;
-        require(copy == document);
+        require(copy == document, "a copy is equal");
     } else if (!isValue) {
-        require(error == skipError);
+        require(error == skipError, "parse() and skipValue() report the same error");
     }
     return 0;
 }

@@ -1,9 +1,9 @@
-// Certificates and keys in PEM, as an operator may leave them in a folder. The first byte says
-// what the others are: PEM text as it stands, or the content of one block. Whatever they are,
-//   - nobody is asked for a pass phrase and no error stays in OpenSSL's queue;
-//   - a certificate that was read is read from its own encoding as the same certificate, and has a
-//     serial number without a byte for its sign alone;
-//   - a key that was read is exported, and read from what was exported as the same key.
+// Reads arbitrary certificates and keys in PEM. The first byte selects what the rest is: PEM text,
+// or the content of one PEM block.
+//   - OpenSSL prompts for no pass phrase, and its error queue is empty afterwards.
+//   - A certificate is the same after encoding and reading it again, and its serial number has no
+//     sign byte.
+//   - A key is the same after exporting and reading it again.
 
 #include "platform/unix/base64_lines.h"
 #include "platform/unix/pem_text.h"
@@ -20,42 +20,43 @@ namespace {
 
 using namespace platform;
 
-constexpr std::array<const char*, 7> kLabels{nullptr, // text as it stands
+constexpr std::array<const char*, 7> kLabels{nullptr, // PEM text
                                              "CERTIFICATE",     "PRIVATE KEY",
                                              "RSA PRIVATE KEY", "EC PRIVATE KEY",
                                              "DSA PRIVATE KEY", "ENCRYPTED PRIVATE KEY"};
 
-SecretBytes armoured(const char* label, QByteArrayView content) {
+SecretBytes pemBlock(const char* label, QByteArrayView content) {
     return SecretBytes::joined({"-----BEGIN ", label, "-----\n", base64LinesOf(content).view(),
                                 "-----END ", label, "-----\n"});
 }
 
 void checkCertificate(const X509& certificate) {
     const QByteArray der = derOf(certificate);
-    const X509Pointer again = firstCertificate(armoured("CERTIFICATE", der).view());
-    require(again != nullptr, "a certificate's encoding is one");
-    require(derOf(*again) == der, "an encoding stays as it is");
-    require(dnsNamesOf(*again) == dnsNamesOf(certificate), "so do the DNS names");
-    require(!dnsNamesOf(certificate).empty(), "there is a DNS name, empty or not");
-    require(displayNameOf(*again) == displayNameOf(certificate), "so does the name to show");
-    require(notBeforeOf(*again) == notBeforeOf(certificate), "so does the first bound");
-    require(notAfterOf(*again) == notAfterOf(certificate), "so does the second bound");
+    const X509Pointer again = firstCertificate(pemBlock("CERTIFICATE", der).view());
+    require(again != nullptr, "an encoded certificate can be read");
+    require(derOf(*again) == der, "re-encoding gives the same bytes");
+    require(dnsNamesOf(*again) == dnsNamesOf(certificate), "the DNS names are the same");
+    require(!dnsNamesOf(certificate).empty(), "the list of DNS names is not empty");
+    require(displayNameOf(*again) == displayNameOf(certificate), "the display name is the same");
+    require(notBeforeOf(*again) == notBeforeOf(certificate), "the start of validity is the same");
+    require(notAfterOf(*again) == notAfterOf(certificate), "the end of validity is the same");
 
     const QByteArray serialNumber = serialNumberOf(certificate);
-    require(serialNumber == serialNumberOf(*again), "so does the serial number");
-    require(serialNumber.size() < 2 || serialNumber.back() != 0, "no byte for the sign alone");
+    require(serialNumber == serialNumberOf(*again), "the serial number is the same");
+    require(serialNumber.size() < 2 || serialNumber.back() != 0,
+            "the serial number has no sign byte");
 }
 
 void checkKey(const EVP_PKEY& key) {
-    require(!algorithmGroupOf(key).isEmpty(), "a key has a group of algorithms");
+    require(!algorithmGroupOf(key).isEmpty(), "a key has an algorithm group");
     const SecretBytes pkcs8 = pkcs8Of(key);
     if (pkcs8.empty()) {
-        return; // a kind of key that cannot be written as PKCS #8
+        return; // OpenSSL cannot export this key type as PKCS #8
     }
-    const auto again = firstPrivateKey(armoured("PRIVATE KEY", pkcs8.view()).view());
-    require(again && *again, "an exported key is one");
-    require(pkcs8Of(**again).view() == pkcs8.view(), "an exported key stays as it is");
-    require(algorithmGroupOf(**again) == algorithmGroupOf(key), "so does its group");
+    const auto again = firstPrivateKey(pemBlock("PRIVATE KEY", pkcs8.view()).view());
+    require(again && *again, "an exported key can be read");
+    require(pkcs8Of(**again).view() == pkcs8.view(), "exporting again gives the same bytes");
+    require(algorithmGroupOf(**again) == algorithmGroupOf(key), "the algorithm group is the same");
 }
 
 void checkText(QByteArrayView pem) {
@@ -70,7 +71,7 @@ void checkText(QByteArrayView pem) {
     if (certificate && key && *key) {
         (void)isKeyOf(*certificate, **key);
     }
-    require(ERR_peek_error() == 0, "no error stays in the queue");
+    require(ERR_peek_error() == 0, "the OpenSSL error queue is empty");
 }
 
 } // namespace
@@ -84,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (label == nullptr) {
         checkText(rest);
     } else {
-        checkText(armoured(label, rest).view());
+        checkText(pemBlock(label, rest).view());
     }
     return 0;
 }

@@ -1,7 +1,7 @@
-// The request parser on arbitrary bytes. Whatever they are,
-//   - no error escapes, and each token lies in the input, right before its delimiter;
-//   - a request that was read and is written down again is read as the same request;
-//   - the headers and the body of a request, written as a response, come back unchanged.
+// Parses arbitrary bytes as an HTTP request.
+//   - The only error is kMalformed, and each token is a view of the input up to its delimiter.
+//   - A parsed request, serialized again, parses as the same request.
+//   - Headers and body of a request survive being serialized as a response.
 
 #include "http/request_parser.h"
 #include "http/response.h"
@@ -24,25 +24,30 @@ void checkTokens(std::string_view input) {
             const std::size_t before = position;
             const auto token = parser::readUntil(position, input, delimiter);
             if (token.isError()) {
-                require(token.error().code == quorin::Error::kMalformed, "the one error code");
-                require(position == before, "a failure leaves the position alone");
+                require(token.error().code == quorin::Error::kMalformed,
+                        "kMalformed is the only error");
+                require(position == before, "a failure leaves the position unchanged");
                 const auto rest = input.substr(before);
                 const std::size_t found = rest.find(delimiter);
                 require(found == std::string_view::npos || found > rest.find("\r\n"),
-                        "there was no token");
+                        "readUntil() fails only without a token");
                 break;
             }
-            require(token.value().data() == input.data() + before, "the token is in the input");
-            require(position == before + token.value().size() + delimiter.size(), "passed over");
+            require(token.value().data() == input.data() + before,
+                    "the token is a view of the input");
+            require(position == before + token.value().size() + delimiter.size(),
+                    "the position is after the delimiter");
             require(input.substr(position - delimiter.size(), delimiter.size()) == delimiter,
-                    "the delimiter ends the token");
-            require(token.value().find(delimiter) == std::string_view::npos, "the first delimiter");
-            require(token.value().find("\r\n") == std::string_view::npos, "within one line");
+                    "the delimiter follows the token");
+            require(token.value().find(delimiter) == std::string_view::npos,
+                    "the token ends at the first delimiter");
+            require(token.value().find("\r\n") == std::string_view::npos,
+                    "the token is within one line");
         }
     }
 }
 
-std::string written(const Request& request) {
+std::string serialized(const Request& request) {
     std::string text(methodName(request.line.method));
     text.append(" ").append(request.line.target).append(" ");
     text.append(versionName(request.line.version)).append("\r\n");
@@ -53,9 +58,9 @@ std::string written(const Request& request) {
 }
 
 void checkRoundTrip(const Request& request) {
-    Request again;
-    require(parser::parse(again, written(request)), "a request written down is well-formed");
-    require(again == request, "a request survives being written down");
+    Request parsed;
+    require(parser::parse(parsed, serialized(request)), "a serialized request is well-formed");
+    require(parsed == request, "a serialized request parses as the same request");
 }
 
 void checkResponse(const Request& request) {
@@ -64,15 +69,15 @@ void checkResponse(const Request& request) {
     response.appendBody(asText(request.body));
     const auto bytes = response.serialize();
 
-    // "HTTP/1.1 200 OK" has the three words of a request line.
-    Request read;
-    require(parser::parse(read, asText(bytes)), "a response has lines and headers");
-    require(read.headers == request.headers, "headers survive");
-    require(read.body == request.body, "the body survives");
+    // The status line "HTTP/1.1 200 OK" parses as a request line because it has three words, too.
+    Request parsed;
+    require(parser::parse(parsed, asText(bytes)), "a serialized response is well-formed");
+    require(parsed.headers == request.headers, "the headers are the same");
+    require(parsed.body == request.body, "the body is the same");
 
     std::vector<std::uint8_t> copy(response.serializedSize());
     response.serializeTo(reinterpret_cast<char*>(copy.data()));
-    require(copy == bytes, "both ways of serializing agree");
+    require(copy == bytes, "serialize() and serializeTo() agree");
 }
 
 } // namespace

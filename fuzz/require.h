@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-// What a fuzzer claims of every input; a claim that does not hold is a finding, whose stack trace
-// says where.
-inline void require(bool holds, const char* what = "a claim") {
-    if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what);
+// Checks a property that must hold for every input. If `condition` is false, prints `property` and
+// aborts, which libFuzzer reports as a finding with a stack trace.
+inline void require(bool condition, const char* property = "see the stack trace") {
+    if (!condition) {
+        std::fprintf(stderr, "requirement failed: %s\n", property);
         std::abort();
     }
 }

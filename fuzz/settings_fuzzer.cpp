@@ -1,7 +1,7 @@
-// The settings file with arbitrary bytes in it, for the primary gateway or, by the first byte, the
-// secondary one. Whatever they are, either
-//   - a fatal error tells what is wrong, or
-//   - all is known that must be, and every value is within its bounds.
+// Loads a settings file with arbitrary content. The first byte selects the primary or the secondary
+// gateway. Either
+//   - loading fails with an error that describes the problem, or
+//   - all mandatory settings are set and every number is in its range.
 
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
@@ -26,12 +26,12 @@ void checkBounds(const GatewaySettings& settings) {
     require(settings.MaxLargeFileRequest == 4 ||
                 (settings.MaxLargeFileRequest >= 1 &&
                  settings.MaxLargeFileRequest < settings.MaxUserSession),
-            "the limit for large files can be reached, or is the default");
+            "MaxLargeFileRequest is in its range or the default");
     require(settings.LogLevel == u"debug" || settings.LogLevel == u"info" ||
                 settings.LogLevel == u"warn" || settings.LogLevel == u"error",
-            "the level is one of four");
+            "the log level is one of the four known");
     require(!settings.OrganizationId.isEmpty() && !settings.RootUrl.isEmpty(),
-            "the texts that must be there are");
+            "OrganizationId and RootUrl are not empty");
 }
 
 } // namespace
@@ -50,7 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(!isPrimary || !GatewaySettings::instance().GatewayAddress.isEmpty(),
                 "a primary gateway has an address");
     } catch (const GatewayException& exception) {
-        require(exception.message().startsWith(u"[End] "), "the error says what is wrong");
+        require(exception.message().startsWith(u"[End] "),
+                "the error is a fatal one with a description");
     }
     return 0;
 }

@@ -1,8 +1,8 @@
-// GET and, by the first byte, DELETE of an arbitrary target, in a document root that lies among
-// files of nobody's business. Whatever the target,
-//   - there is a reply, and a failure never gets one that tells of success;
-//   - a document that is sent is one of those below the root, and no other;
-//   - nothing outside the root, and no file but a notification that is reset, changes.
+// Requests an arbitrary target with GET or DELETE, selected by the first byte. The document root is
+// surrounded by files that must not be served.
+//   - Every request gets a reply, and a failed request no 2xx status.
+//   - Only files below the root are sent.
+//   - No file changes except a notification document that is reset.
 
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
@@ -26,19 +26,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr const char* kSecret = "nobody's business";
-constexpr const char* kServed = "served to all";
+constexpr const char* kSecret = "outside the document root";
+constexpr const char* kPublic = "inside the document root";
 constexpr const char* kNotification =
     R"({"RemoteSetting":{"IsExist":true,"LastUpdated":"2024-05-15T00:00:00Z"}})";
 
-// A root with a file in each kind of folder, and secrets all around it.
-class Machine {
+// Document root with a file in each kind of folder, and secret files around it.
+class Files {
 public:
-    Machine() {
+    Files() {
         for (const char* const name : {"root/update.json", "root/update_.json", "root/fwfiles/a",
                                        "root/fwfiles/b c", "root/fwfiles/a.zip", "root/fwfiles/..a",
                                        "root/patterns/deep/p", "root/api/x", "root/%2e%2e/a"}) {
-            folder_.write(QString::fromLatin1(name), QByteArrayView(kServed));
+            folder_.write(QString::fromLatin1(name), QByteArrayView(kPublic));
         }
         for (const QString& name : secrets_) {
             folder_.write(name, QByteArrayView(kSecret));
@@ -51,12 +51,12 @@ public:
 
     void check() const {
         for (const QString& name : secrets_) {
-            require(folder_.read(name) == kSecret, "what is outside stays as it is");
+            require(folder_.read(name) == kSecret, "a file outside the root is unchanged");
         }
         const QByteArray notification = folder_.read(notification_);
         require(notification == kNotification || notification == "{}",
-                "a notification stays or is reset");
-        require(folder_.read(u"root/fwfiles/a"_s) == kServed, "a file stays as it is");
+                "a notification is unchanged or reset");
+        require(folder_.read(u"root/fwfiles/a"_s) == kPublic, "a file in the root is unchanged");
     }
 
 private:
@@ -66,14 +66,15 @@ private:
     QString notification_ = u"root/notifications/n.json"_s;
 };
 
-// Two connected sockets: the gateway's and the client's.
+// Socket pair: the gateway's end and the client's end.
 class Connection {
 public:
     Connection() {
         std::array<int, 2> ends{};
-        require(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) == 0, "there are sockets");
+        require(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) == 0,
+                "the socket pair can be created");
         gateway_ = std::make_unique<QSslSocket>();
-        require(gateway_->setSocketDescriptor(ends[0]), "a socket takes its descriptor");
+        require(gateway_->setSocketDescriptor(ends[0]), "QSslSocket accepts the descriptor");
         client_ = ends[1];
     }
     ~Connection() { close(client_); }
@@ -100,18 +101,18 @@ private:
 };
 
 void checkReply(const QByteArray& reply, bool isServed) {
-    require(reply.startsWith("HTTP/1.1 "), "there is a reply");
-    require(!reply.contains(kSecret), "no secret leaves");
+    require(reply.startsWith("HTTP/1.1 "), "every request gets a reply");
+    require(!reply.contains(kSecret), "no secret is sent");
     const bool isSuccess = reply.startsWith("HTTP/1.1 2");
-    require(isServed || !isSuccess, "what fails is refused");
+    require(isServed || !isSuccess, "a failed request gets no 2xx status");
     if (isSuccess) {
-        require(reply.endsWith(kServed) || reply.endsWith(kNotification) || reply.endsWith("\"}") ||
+        require(reply.endsWith(kPublic) || reply.endsWith(kNotification) || reply.endsWith("\"}") ||
                     reply.startsWith("HTTP/1.1 204 "),
-                "what is sent is there for all");
+                "the body is a file below the root or an api reply");
     }
 }
 
-int useFewFiles() {
+int initialize() {
     static int argumentCount = 1;
     static char name[] = "fuzzer";
     static char* arguments[] = {name, nullptr};
@@ -124,11 +125,11 @@ int useFewFiles() {
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    return useFewFiles();
+    return initialize();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Machine machine;
+    static const Files files;
     if (size == 0) {
         return 0;
     }
@@ -138,10 +139,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     request.line.target.assign(reinterpret_cast<const char*>(data + 1), size - 1);
     request.headers.set("X-Quorin-Notification-Reset-Date", "2024-06-01T00:00:00Z");
 
-    machine.writeNotification();
+    files.writeNotification();
     Connection connection;
     quorin::WorkerContext context;
-    context.documentRoot = machine.root();
+    context.documentRoot = files.root();
     context.socket = connection.takeGateway();
     bool isServed = true;
     try {
@@ -150,6 +151,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         isServed = false;
     }
     checkReply(connection.received(), isServed);
-    machine.check();
+    files.check();
     return 0;
 }

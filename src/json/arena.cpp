@@ -9,23 +9,23 @@
 namespace ravenjson {
 namespace {
 
-constexpr std::size_t kSmallestPage = 1024;
-constexpr std::size_t kLargestFirstPage = 64 * kSmallestPage;
-constexpr std::size_t kLargestPage = 256 * kLargestFirstPage;
+constexpr std::size_t kMinPageBytes = 1024;
+constexpr std::size_t kMaxFirstPageBytes = 64 * kMinPageBytes;
+constexpr std::size_t kMaxPageBytes = 256 * kMaxFirstPageBytes;
 
 } // namespace
 
-// Stands at the beginning of its own memory.
+// Header of a page; the blocks follow it in the same allocation.
 struct Arena::Page {
-    // While blocks are still cut from a page, they are counted by the arena alone, and this count
-    // is too high to be brought to zero by those that are freed.
+    // Initial count of a page still in use by an arena. Only the arena counts the blocks it
+    // allocates, so the count must not reach 0 before closePage() corrects it.
     static constexpr std::size_t kOpen = std::numeric_limits<std::size_t>::max() / 2;
 
     std::atomic<std::size_t> blocks{kOpen};
 };
 
 Arena::Arena(std::size_t expectedBytes) noexcept
-    : nextPageBytes_(std::clamp(expectedBytes, kSmallestPage, kLargestFirstPage)),
+    : nextPageBytes_(std::clamp(expectedBytes, kMinPageBytes, kMaxFirstPageBytes)),
       outer_(std::exchange(current_, this)) {}
 
 Arena::~Arena() {
@@ -33,8 +33,8 @@ Arena::~Arena() {
     closePage();
 }
 
-void* Arena::allocateAlone(std::size_t bytes) {
-    return new (::operator new(sizeof(BlockHead) + bytes)) BlockHead{nullptr} + 1;
+void* Arena::allocateFromHeap(std::size_t bytes) {
+    return new (::operator new(sizeof(BlockHeader) + bytes)) BlockHeader{nullptr} + 1;
 }
 
 void Arena::addPage() {
@@ -43,34 +43,34 @@ void Arena::addPage() {
     page_ = new (memory) Page;
     free_ = static_cast<std::byte*>(memory) + sizeof(Page);
     pageEnd_ = static_cast<std::byte*>(memory) + nextPageBytes_;
-    nextPageBytes_ = std::min(nextPageBytes_ * 2, kLargestPage);
+    nextPageBytes_ = std::min(nextPageBytes_ * 2, kMaxPageBytes);
 }
 
 void Arena::closePage() noexcept {
     if (page_ != nullptr) {
-        giveBack(*std::exchange(page_, nullptr), Page::kOpen - std::exchange(blocks_, 0));
+        releaseBlocks(*std::exchange(page_, nullptr), Page::kOpen - std::exchange(blocks_, 0));
     }
 }
 
-void Arena::giveBack(Page& page, std::size_t blocks) noexcept {
+void Arena::releaseBlocks(Page& page, std::size_t blocks) noexcept {
     if (page.blocks.fetch_sub(blocks, std::memory_order_acq_rel) == blocks) {
         page.~Page();
         ::operator delete(&page);
     }
 }
 
-Arena::FreeTogether::FreeTogether() noexcept {
-    freeTogether_ = this;
+Arena::DeallocationBatch::DeallocationBatch() noexcept {
+    currentBatch_ = this;
 }
 
-Arena::FreeTogether::~FreeTogether() {
+Arena::DeallocationBatch::~DeallocationBatch() {
     flush();
-    freeTogether_ = nullptr;
+    currentBatch_ = nullptr;
 }
 
-void Arena::FreeTogether::flush() noexcept {
+void Arena::DeallocationBatch::flush() noexcept {
     if (page_ != nullptr) {
-        giveBack(*std::exchange(page_, nullptr), std::exchange(blocks_, 0));
+        releaseBlocks(*std::exchange(page_, nullptr), std::exchange(blocks_, 0));
     }
 }
 

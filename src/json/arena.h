@@ -6,100 +6,104 @@
 
 namespace ravenjson {
 
-// Memory for trees, which are made of many small parts that come, and mostly go, together.
+// Arena allocator for value trees: many small blocks with similar lifetimes.
 //
-// While an Arena lives, the small blocks its thread allocates are cut from the arena's pages, one
-// behind another. Without one, each block comes from the heap by itself. Either way a block may
-// be freed at any time and by any thread, also after the arena is gone: a page goes back to the
-// heap with the last of its blocks. So a block that outlives the others keeps its page.
+// While an Arena exists, allocate() on its thread takes small blocks from the arena's pages;
+// without an Arena, and for large blocks, it uses the heap. Any thread may free a block, before or
+// after the arena is destroyed. A page is freed with its last block, so one remaining block keeps
+// its whole page allocated.
 //
-// An Arena belongs to the scope and the thread it is made in; the innermost one counts.
+// Arenas nest: the innermost one is used. Destroy them on the thread that created them, in reverse
+// order of construction.
 class Arena {
 public:
-    // The first page has about that size, each further one twice the size of the one before.
+    // `expectedBytes` is the approximate size of the first page; each further page is twice as
+    // large as the one before, up to a limit.
     explicit Arena(std::size_t expectedBytes) noexcept;
     ~Arena();
 
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
 
-    // A block aligned for pointers and 64-bit numbers, as `bytes` must be. Throws std::bad_alloc.
+    // Returns a block aligned for pointers and 64-bit integers. `bytes` must be a multiple of that
+    // alignment. Throws std::bad_alloc.
     [[nodiscard]] static void* allocate(std::size_t bytes) {
         Arena* const arena = current_;
-        return arena != nullptr && bytes <= kLargestBlock ? arena->cut(bytes)
-                                                          : allocateAlone(bytes);
+        return arena != nullptr && bytes <= kMaxBlockBytes ? arena->allocateFromPage(bytes)
+                                                           : allocateFromHeap(bytes);
     }
+    // Frees a block returned by allocate(). Thread-safe.
     static void deallocate(void* block) noexcept;
 
-    class FreeTogether;
+    class DeallocationBatch;
 
 private:
     struct Page;
 
-    // Stands before each block.
-    struct BlockHead {
-        Page* page; // none: the block is from the heap by itself
+    // Precedes each block.
+    struct BlockHeader {
+        Page* page; // nullptr if the block was allocated from the heap
     };
 
-    static constexpr std::size_t kLargestBlock = 256; // the heap is good enough at larger ones
+    static constexpr std::size_t kMaxBlockBytes = 256; // larger blocks gain little from an arena
 
-    void* cut(std::size_t bytes) {
-        bytes += sizeof(BlockHead);
+    void* allocateFromPage(std::size_t bytes) {
+        bytes += sizeof(BlockHeader);
         if (static_cast<std::size_t>(pageEnd_ - free_) < bytes) {
             addPage();
         }
         ++blocks_;
-        return new (std::exchange(free_, free_ + bytes)) BlockHead{page_} + 1;
+        return new (std::exchange(free_, free_ + bytes)) BlockHeader{page_} + 1;
     }
 
-    [[nodiscard]] static void* allocateAlone(std::size_t bytes);
+    [[nodiscard]] static void* allocateFromHeap(std::size_t bytes);
     void addPage();
     void closePage() noexcept;
-    static void giveBack(Page& page, std::size_t blocks) noexcept;
+    static void releaseBlocks(Page& page, std::size_t blocks) noexcept;
 
     static inline thread_local constinit Arena* current_ = nullptr;
-    static inline thread_local constinit FreeTogether* freeTogether_ = nullptr;
+    static inline thread_local constinit DeallocationBatch* currentBatch_ = nullptr;
 
-    Page* page_ = nullptr;   // the one that blocks are cut from
-    std::size_t blocks_ = 0; // cut from that page
+    Page* page_ = nullptr;   // the current page, from which blocks are allocated
+    std::size_t blocks_ = 0; // allocated from the current page
     std::byte* free_ = nullptr;
     std::byte* pageEnd_ = nullptr;
     std::size_t nextPageBytes_;
     Arena* const outer_;
 };
 
-// While one lives, the blocks its thread frees are taken off their page's count many at a time,
-// since each time the threads have to agree on it. Not to be nested.
-class Arena::FreeTogether {
+// While one exists, deallocations on its thread update a page's atomic block count once for a run
+// of blocks of the same page instead of once per block. Must not be nested.
+class Arena::DeallocationBatch {
 public:
-    FreeTogether() noexcept;
-    ~FreeTogether();
+    DeallocationBatch() noexcept;
+    ~DeallocationBatch();
 
-    FreeTogether(const FreeTogether&) = delete;
-    FreeTogether& operator=(const FreeTogether&) = delete;
+    DeallocationBatch(const DeallocationBatch&) = delete;
+    DeallocationBatch& operator=(const DeallocationBatch&) = delete;
 
 private:
     friend class Arena;
 
-    void free(Page& page) noexcept;
+    void add(Page& page) noexcept;
     void flush() noexcept;
 
-    Page* page_ = nullptr; // the one that the last blocks belong to
+    Page* page_ = nullptr; // the page of the blocks counted
     std::size_t blocks_ = 0;
 };
 
 inline void Arena::deallocate(void* block) noexcept {
-    BlockHead* const head = static_cast<BlockHead*>(block) - 1;
-    if (head->page == nullptr) {
-        ::operator delete(head);
-    } else if (freeTogether_ != nullptr) {
-        freeTogether_->free(*head->page);
+    BlockHeader* const header = static_cast<BlockHeader*>(block) - 1;
+    if (header->page == nullptr) {
+        ::operator delete(header);
+    } else if (currentBatch_ != nullptr) {
+        currentBatch_->add(*header->page);
     } else {
-        giveBack(*head->page, 1);
+        releaseBlocks(*header->page, 1);
     }
 }
 
-inline void Arena::FreeTogether::free(Page& page) noexcept {
+inline void Arena::DeallocationBatch::add(Page& page) noexcept {
     if (&page != page_) {
         flush();
         page_ = &page;
@@ -107,7 +111,7 @@ inline void Arena::FreeTogether::free(Page& page) noexcept {
     ++blocks_;
 }
 
-// Has the parts of standard containers allocated by Arena.
+// Standard allocator that uses Arena::allocate() and Arena::deallocate().
 template<class T>
 struct ArenaAllocator {
     static_assert(alignof(T) <= alignof(void*));

@@ -1,6 +1,6 @@
 #include "json/arena.h"
 
-#include "json/testing/heap_watch.h"
+#include "json/testing/allocation_counter.h"
 
 #include <gtest/gtest.h>
 
@@ -14,10 +14,10 @@ namespace {
 using ravenjson::Arena;
 using ravenjson::ArenaAllocator;
 
-constexpr std::size_t kPage = 4096;
+constexpr std::size_t kPageBytes = 4096;
 
-TEST(ArenaTest, withoutOneEachBlockIsFromTheHeap) {
-    const HeapWatch heap;
+TEST(ArenaTest, AllocatesFromHeapWithoutArena) {
+    const AllocationCounter heap;
     void* const first = Arena::allocate(24);
     void* const second = Arena::allocate(24);
     EXPECT_EQ(heap.liveBlocks(), 2);
@@ -27,12 +27,12 @@ TEST(ArenaTest, withoutOneEachBlockIsFromTheHeap) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ArenaTest, blocksShareAPageWhichLeavesWithTheLastOfThem) {
-    const HeapWatch heap;
+TEST(ArenaTest, FreesPageWithItsLastBlock) {
+    const AllocationCounter heap;
     void* first = nullptr;
     void* second = nullptr;
     {
-        const Arena arena(kPage);
+        const Arena arena(kPageBytes);
         first = Arena::allocate(24);
         second = Arena::allocate(24);
         EXPECT_EQ(heap.liveBlocks(), 1);
@@ -44,23 +44,23 @@ TEST(ArenaTest, blocksShareAPageWhichLeavesWithTheLastOfThem) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ArenaTest, aPageWithoutBlocksLeavesWithTheArena) {
-    const HeapWatch heap;
-    { const Arena unused(kPage); }
+TEST(ArenaTest, DestructorFreesUnusedPage) {
+    const AllocationCounter heap;
+    { const Arena unused(kPageBytes); }
     EXPECT_EQ(heap.allocations(), 0U);
     {
-        const Arena arena(kPage);
+        const Arena arena(kPageBytes);
         Arena::deallocate(Arena::allocate(24));
-        EXPECT_EQ(heap.liveBlocks(), 1) << "the page is still cut from";
+        EXPECT_EQ(heap.liveBlocks(), 1) << "the arena still uses the page";
     }
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ArenaTest, blocksAreAlignedAndDoNotOverlap) {
+TEST(ArenaTest, BlocksAreAlignedAndDoNotOverlap) {
     std::vector<unsigned char*> blocks;
     constexpr std::size_t kBytes = 40;
     {
-        const Arena arena(kPage);
+        const Arena arena(kPageBytes);
         for (int i = 0; i < 1000; ++i) {
             blocks.push_back(static_cast<unsigned char*>(Arena::allocate(kBytes)));
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(blocks.back()) % alignof(std::uint64_t), 0U);
@@ -76,11 +76,11 @@ TEST(ArenaTest, blocksAreAlignedAndDoNotOverlap) {
     }
 }
 
-TEST(ArenaTest, pagesGrowSoThatManyBlocksTakeFewOfThem) {
+TEST(ArenaTest, PageSizeGrowsGeometrically) {
     std::vector<void*> blocks(100'000);
-    const HeapWatch heap;
+    const AllocationCounter heap;
     {
-        const Arena arena(kPage);
+        const Arena arena(kPageBytes);
         for (void*& block : blocks) {
             block = Arena::allocate(32);
         }
@@ -92,9 +92,9 @@ TEST(ArenaTest, pagesGrowSoThatManyBlocksTakeFewOfThem) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ArenaTest, largeBlocksAreLeftToTheHeap) {
-    const HeapWatch heap;
-    const Arena arena(kPage);
+TEST(ArenaTest, AllocatesLargeBlocksFromHeap) {
+    const AllocationCounter heap;
+    const Arena arena(kPageBytes);
     void* const large = Arena::allocate(100'000);
     EXPECT_EQ(heap.liveBlocks(), 1);
     std::memset(large, 1, 100'000);
@@ -102,13 +102,13 @@ TEST(ArenaTest, largeBlocksAreLeftToTheHeap) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ArenaTest, theInnermostCounts) {
-    const HeapWatch heap;
-    const Arena outer(kPage);
+TEST(ArenaTest, UsesInnermostArena) {
+    const AllocationCounter heap;
+    const Arena outer(kPageBytes);
     void* const first = Arena::allocate(24);
     void* second = nullptr;
     {
-        const Arena inner(kPage);
+        const Arena inner(kPageBytes);
         second = Arena::allocate(24);
         EXPECT_EQ(heap.liveBlocks(), 2);
     }
@@ -120,63 +120,63 @@ TEST(ArenaTest, theInnermostCounts) {
     Arena::deallocate(third);
 }
 
-TEST(ArenaTest, anotherThreadMayFreeABlock) {
+TEST(ArenaTest, FreesBlocksFromAnotherThread) {
     std::vector<void*> blocks;
     {
-        const Arena arena(kPage);
+        const Arena arena(kPageBytes);
         for (int i = 0; i < 2000; ++i) {
             blocks.push_back(Arena::allocate(24));
         }
-        // While the page is open ...
+        // While the arena still uses the page ...
         std::thread([&] { Arena::deallocate(blocks.back()); }).join();
         blocks.pop_back();
     }
-    // ... and both at a time afterwards.
-    const auto freeEverySecond = [&](std::size_t first) {
+    // ... and afterwards, on two threads concurrently.
+    const auto freeAlternateBlocks = [&](std::size_t first) {
         for (std::size_t i = first; i < blocks.size(); i += 2) {
             Arena::deallocate(blocks[i]);
         }
     };
-    std::thread other(freeEverySecond, 0);
-    freeEverySecond(1);
+    std::thread other(freeAlternateBlocks, 0);
+    freeAlternateBlocks(1);
     other.join();
 }
 
-TEST(ArenaTest, freeingTogetherFreesFromAnyPage) {
-    const HeapWatch heap;
-    void* alone = Arena::allocate(24);
+TEST(ArenaTest, BatchFreesBlocksOfSeveralPages) {
+    const AllocationCounter heap;
+    void* onHeap = Arena::allocate(24);
     void* onFirst = nullptr;
     void* onSecond = nullptr;
-    void* onFirstToo = nullptr;
+    void* alsoOnFirst = nullptr;
     {
-        const Arena first(kPage);
+        const Arena first(kPageBytes);
         onFirst = Arena::allocate(24);
         {
-            const Arena second(kPage);
+            const Arena second(kPageBytes);
             onSecond = Arena::allocate(24);
         }
-        onFirstToo = Arena::allocate(24);
+        alsoOnFirst = Arena::allocate(24);
     }
     EXPECT_EQ(heap.liveBlocks(), 3);
     {
-        const Arena::FreeTogether together;
+        const Arena::DeallocationBatch batch;
         Arena::deallocate(onFirst);
-        Arena::deallocate(alone);
+        Arena::deallocate(onHeap);
         Arena::deallocate(onSecond);
-        Arena::deallocate(onFirstToo);
+        Arena::deallocate(alsoOnFirst);
     }
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ArenaAllocatorTest, servesStandardContainers) {
-    const HeapWatch heap;
+TEST(ArenaAllocatorTest, WorksWithStandardContainers) {
+    const AllocationCounter heap;
     std::vector<std::int64_t, ArenaAllocator<std::int64_t>> numbers;
     {
-        const Arena arena(kPage);
+        const Arena arena(kPageBytes);
         numbers.assign({1, 2, 3});
         EXPECT_EQ(heap.liveBlocks(), 1);
     }
-    numbers.resize(10, 4); // with the arena gone
+    numbers.resize(10, 4); // without the arena
     EXPECT_EQ(numbers.front(), 1);
     EXPECT_EQ(numbers.back(), 4);
     numbers = {};

@@ -16,7 +16,7 @@ std::size_t findQuote(const std::string& text, std::size_t from = 0) {
     return static_cast<std::size_t>(found - text.data());
 }
 
-TEST(ByteScanTest, findsTheFirstByteWhereverItStands) {
+TEST(ByteScanTest, FindsFirstMatchAtEveryPosition) {
     for (std::size_t length = 0; length < 70; ++length) {
         for (std::size_t place = 0; place < length; ++place) {
             std::string text(length, 'x');
@@ -27,13 +27,13 @@ TEST(ByteScanTest, findsTheFirstByteWhereverItStands) {
     }
 }
 
-TEST(ByteScanTest, isAtTheEndWhenThereIsNone) {
+TEST(ByteScanTest, ReturnsEndWithoutMatch) {
     for (std::size_t length = 0; length < 70; ++length) {
         EXPECT_EQ(findQuote(std::string(length, 'x')), length);
     }
 }
 
-TEST(ByteScanTest, looksAtNothingBeyondTheEnd) {
+TEST(ByteScanTest, IgnoresBytesBeyondEnd) {
     const std::string text = "xxxx\"";
     const char* const end = text.data() + 4;
     EXPECT_EQ(bytescan::find(
@@ -42,7 +42,7 @@ TEST(ByteScanTest, looksAtNothingBeyondTheEnd) {
               end);
 }
 
-TEST(ByteScanTest, comparesBytesAsUnsigned) {
+TEST(ByteScanTest, UpToComparesBytesAsUnsigned) {
     for (int byte = 0; byte < 256; ++byte) {
         std::string block(16, 'x');
         block[5] = static_cast<char>(byte);
@@ -51,7 +51,7 @@ TEST(ByteScanTest, comparesBytesAsUnsigned) {
     }
 }
 
-TEST(ByteScanTest, marksCanBeJoined) {
+TEST(ByteScanTest, OrCombinesMarks) {
     const std::string text = "a\\cdefghijklmno\"";
     const bytescan::Block block(text.data());
     EXPECT_EQ((block.equalTo('"') | block.equalTo('\\')).bits(), 0x8002U);

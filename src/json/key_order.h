@@ -4,12 +4,13 @@
 
 namespace ravenjson {
 
-// The ascending byte order of member names, which are found by any kind of string.
+// Orders member names by their bytes, as unsigned values. Transparent: lookup accepts any string
+// type that converts to std::string_view.
 struct KeyOrder {
     using is_transparent = void;
 
     bool operator()(std::string_view left, std::string_view right) const noexcept {
-        // Names mostly differ in their first byte, which is sooner asked than a library function.
+        // Most names differ in the first byte; comparing it here avoids a memcmp() call.
         if (!left.empty() && !right.empty() && left.front() != right.front()) {
             return static_cast<unsigned char>(left.front()) <
                    static_cast<unsigned char>(right.front());

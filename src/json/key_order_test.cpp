@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-TEST(KeyOrderTest, isTheAscendingOrderOfTheBytes) {
+TEST(KeyOrderTest, ComparesBytesAsUnsigned) {
     constexpr std::array kAscending = {""sv,      "\0"sv,   "\0a"sv,  " "sv,        "A"sv,
                                        "AB"sv,    "Aa"sv,   "a"sv,    "aB"sv,       "a\x7F"sv,
                                        "a\x80"sv, "\x7F"sv, "\x80"sv, "\xC3\xA4"sv, "\xFF"sv};

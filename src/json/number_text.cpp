@@ -1,5 +1,6 @@
 #include "json/number_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
@@ -8,8 +9,8 @@
 namespace ravenjson {
 namespace {
 
-// Whether a number no double can hold is too large, rather than too small.
-bool isTooLarge(std::string_view number) {
+// Returns whether a number outside the range of double overflows; otherwise it underflows.
+bool overflows(std::string_view number) {
     const std::size_t keyword = number.find_first_of("eE");
     const std::string_view digits = number.substr(0, keyword);
     const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
@@ -23,7 +24,7 @@ bool isTooLarge(std::string_view number) {
         }
         const auto result = std::from_chars(text.data(), text.data() + text.size(), exponent);
         if (result.ec == std::errc::result_out_of_range) {
-            return text.front() != '-'; // no text has digits enough to make up for it
+            return text.front() != '-'; // no number of digits outweighs such an exponent
         }
     }
     return exponent > firstDigit - point;
@@ -39,7 +40,7 @@ std::optional<double> toDouble(std::string_view number) {
         return std::nullopt;
     }
     if (error == std::errc::result_out_of_range) {
-        value = isTooLarge(number) ? std::numeric_limits<double>::infinity() : 0.0;
+        value = overflows(number) ? std::numeric_limits<double>::infinity() : 0.0;
         return number.front() == '-' ? -value : value;
     }
     return value;
@@ -47,14 +48,14 @@ std::optional<double> toDouble(std::string_view number) {
 
 void appendDouble(double value, std::string& text) {
     constexpr int kDigits = 17;
-    std::array<char, 32> buffer; // sign, digits, point, exponent: 24 at most
+    std::array<char, 32> buffer; // at most 24: sign, 17 digits, point, exponent
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                       std::chars_format::general, kDigits);
     text.append(buffer.data(), result.ptr);
 }
 
 void appendInteger(std::int64_t value, std::string& text) {
-    std::array<char, 20> buffer; // the lowest of all, sign included
+    std::array<char, 20> buffer; // length of the minimum, with its sign
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     text.append(buffer.data(), result.ptr);
 }

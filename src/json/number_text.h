@@ -5,18 +5,19 @@
 #include <string>
 #include <string_view>
 
-// Numbers to text and back. None of this depends on the locale: the decimal point is '.'.
+// Conversion between numbers and text. Independent of the locale: the decimal point is always '.'.
 namespace ravenjson {
 
-// The double nearest to a decimal number: [-]digits[.digits][e[+-]digits]. Beyond the range of
-// doubles it is infinite, below it zero, with the sign of the number. Nothing when `number` is not
-// such a number from its first byte to its last.
+// Converts [-]digits[.digits][e[+-]digits] to the nearest double. Returns infinity on overflow and
+// zero on underflow, both with the sign of the number. Returns nullopt if `number` as a whole does
+// not have this form.
 [[nodiscard]] std::optional<double> toDouble(std::string_view number);
 
-// Appends all 17 digits that tell a double from its neighbours, as "%.17g" does. `value` is
-// finite.
+// Appends `value` as printf does with "%.17g": 17 significant digits, enough to read back the same
+// double. `value` must be finite.
 void appendDouble(double value, std::string& text);
 
+// Appends `value` in decimal.
 void appendInteger(std::int64_t value, std::string& text);
 
 } // namespace ravenjson

@@ -22,7 +22,7 @@ using ravenjson::toDouble;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Bits instead of values, so that the two zeros differ.
+// Compared instead of the value because 0.0 == -0.0.
 std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
 }
@@ -33,13 +33,13 @@ void expectDouble(const std::string& number, double expected) {
     EXPECT_EQ(bitsOf(*value), bitsOf(expected)) << number.substr(0, 60) << ": " << *value;
 }
 
-// The same numbers in every run, so that a failure can be repeated.
+// Fixed seed: failures are reproducible.
 class Random : public std::mt19937_64 {
 public:
     explicit Random(result_type seed) : std::mt19937_64(seed) {} // NOLINT(cert-msc51-cpp)
 };
 
-// A double of any magnitude.
+// Returns a finite double of any magnitude.
 double randomDouble(Random& random) {
     for (;;) {
         const auto value = std::bit_cast<double>(random());
@@ -49,7 +49,7 @@ double randomDouble(Random& random) {
     }
 }
 
-std::string withPrintf(double value) {
+std::string printfText(double value) {
     std::array<char, 128> text{};
     const int length = std::snprintf(text.data(), text.size(), "%.17g", value);
     return {text.data(), static_cast<std::size_t>(length)};
@@ -61,7 +61,7 @@ std::string doubleText(double value) {
     return text;
 }
 
-TEST(NumberTextTest, readsUsualDoubles) {
+TEST(NumberTextTest, ReadsDoubles) {
     expectDouble("0.1", 0.1);
     expectDouble("-12.5", -12.5);
     expectDouble("1E+5", 100000.0);
@@ -69,14 +69,14 @@ TEST(NumberTextTest, readsUsualDoubles) {
     expectDouble("123456789012345678901234567890", 1.2345678901234568e29);
 }
 
-TEST(NumberTextTest, readsZeroWithItsSign) {
+TEST(NumberTextTest, ReadsSignedZero) {
     expectDouble("0.0", 0.0);
     expectDouble("-0.0", -0.0);
     expectDouble("0e999999999999999999999", 0.0);
     expectDouble("-0.00e-999999999999999999999", -0.0);
 }
 
-TEST(NumberTextTest, tooLargeIsInfinite) {
+TEST(NumberTextTest, OverflowYieldsInfinity) {
     expectDouble("1e309", kInfinity);
     expectDouble("-1e309", -kInfinity);
     expectDouble("1E+400", kInfinity);
@@ -89,7 +89,7 @@ TEST(NumberTextTest, tooLargeIsInfinite) {
     expectDouble("0." + std::string(400, '0') + "1e900", kInfinity);
 }
 
-TEST(NumberTextTest, tooSmallIsZero) {
+TEST(NumberTextTest, UnderflowYieldsZero) {
     expectDouble("1e-400", 0.0);
     expectDouble("-1e-400", -0.0);
     expectDouble("1e-99999999999999999999", 0.0);
@@ -98,7 +98,7 @@ TEST(NumberTextTest, tooSmallIsZero) {
     expectDouble("1" + std::string(400, '0') + "e-900", 0.0);
 }
 
-TEST(NumberTextTest, readsDenormals) {
+TEST(NumberTextTest, ReadsSubnormals) {
     expectDouble("4.9e-324", DBL_TRUE_MIN);
     expectDouble("-4.9e-324", -DBL_TRUE_MIN);
     expectDouble("2.4703282292062328e-324", DBL_TRUE_MIN);
@@ -106,12 +106,12 @@ TEST(NumberTextTest, readsDenormals) {
     expectDouble("2.2250738585072011e-308", 2.2250738585072011e-308);
 }
 
-TEST(NumberTextTest, manyDigitsAndALargeExponentCanMeet) {
+TEST(NumberTextTest, ExponentOffsetsManyDigits) {
     expectDouble("1" + std::string(400, '0') + "e-400", 1.0);
     expectDouble("0." + std::string(399, '0') + "1e400", 1.0);
 }
 
-TEST(NumberTextTest, refusesWhatIsNoNumberToItsEnd) {
+TEST(NumberTextTest, RejectsInvalidNumbers) {
     EXPECT_FALSE(toDouble(""));
     EXPECT_FALSE(toDouble("-"));
     EXPECT_FALSE(toDouble("x"));
@@ -120,7 +120,7 @@ TEST(NumberTextTest, refusesWhatIsNoNumberToItsEnd) {
     EXPECT_FALSE(toDouble(" 1"));
 }
 
-TEST(NumberTextTest, readsLikeTheCLibrary) {
+TEST(NumberTextTest, ReadsLikeStrtod) {
     Random random(1);
     for (int i = 0; i < 200'000; ++i) {
         const double value = randomDouble(random);
@@ -131,12 +131,12 @@ TEST(NumberTextTest, readsLikeTheCLibrary) {
     }
 }
 
-TEST(NumberTextTest, writesDoublesLikePrintf) {
+TEST(NumberTextTest, WritesDoublesLikePrintf) {
     for (const double value :
          {1.0,  -1.0, 0.1,  1.0 / 3, 1e15,    1e16,         1e17,     123456789.0,
           1e-4, 1e-5, 5e-5, DBL_MAX, DBL_MIN, DBL_TRUE_MIN, -DBL_MAX, 9007199254740993.0,
           1e22, 1e23, 0.5,  100.0}) {
-        EXPECT_EQ(doubleText(value), withPrintf(value));
+        EXPECT_EQ(doubleText(value), printfText(value));
     }
     EXPECT_EQ(doubleText(0.1), "0.10000000000000001");
     EXPECT_EQ(doubleText(1.0), "1");
@@ -145,13 +145,13 @@ TEST(NumberTextTest, writesDoublesLikePrintf) {
     Random random(2);
     for (int i = 0; i < 200'000; ++i) {
         const double value = randomDouble(random);
-        ASSERT_EQ(doubleText(value), withPrintf(value));
-        const double usual = static_cast<double>(random() % 1'000'000'000) / 1000;
-        ASSERT_EQ(doubleText(usual), withPrintf(usual));
+        ASSERT_EQ(doubleText(value), printfText(value));
+        const double common = static_cast<double>(random() % 1'000'000'000) / 1000;
+        ASSERT_EQ(doubleText(common), printfText(common));
     }
 }
 
-TEST(NumberTextTest, whatIsWrittenReadsBackToTheBit) {
+TEST(NumberTextTest, DoublesSurviveRoundTrip) {
     Random random(3);
     for (int i = 0; i < 100'000; ++i) {
         const double value = randomDouble(random);
@@ -159,7 +159,7 @@ TEST(NumberTextTest, whatIsWrittenReadsBackToTheBit) {
     }
 }
 
-TEST(NumberTextTest, writesIntegers) {
+TEST(NumberTextTest, WritesIntegers) {
     std::string text = "=";
     appendInteger(0, text);
     text += ' ';
@@ -171,9 +171,9 @@ TEST(NumberTextTest, writesIntegers) {
     EXPECT_EQ(text, "=0 -1 9223372036854775807 -9223372036854775808");
 }
 
-TEST(NumberTextTest, doesNotDependOnTheLocale) {
+TEST(NumberTextTest, IgnoresLocale) {
     const GermanLocale german;
-    ASSERT_EQ(withPrintf(0.5), "0,5") << "the locale must make a difference to the C library";
+    ASSERT_EQ(printfText(0.5), "0,5") << "the locale has no effect on the C library";
     EXPECT_EQ(doubleText(0.5), "0.5");
     EXPECT_EQ(doubleText(-1234567.25), "-1234567.25");
     expectDouble("0.5", 0.5);

@@ -14,12 +14,12 @@
 namespace ravenjson {
 namespace {
 
-// Makes a tree. A text that the reader put together is taken over instead of copied.
+// Sink that builds a value tree. Strings with resolved escapes are moved into it, not copied.
 class TreeBuilder {
 public:
     using Text = Value::String;
 
-    TreeBuilder() { open_.reserve(kUsualDepth); }
+    TreeBuilder() { open_.reserve(kTypicalDepth); }
 
     bool null() { return add(); }
     bool boolean(bool value) { return add(value); }
@@ -43,17 +43,17 @@ public:
         return true;
     }
 
-    bool key(std::string_view text) { return openMember(text); }
-    bool key(Value::String&& text) { return openMember(std::move(text)); }
+    bool key(std::string_view text) { return startMember(text); }
+    bool key(Value::String&& text) { return startMember(std::move(text)); }
     bool endObject() { return close(); }
 
-    // The finished tree.
+    // Returns the complete tree; call once.
     [[nodiscard]] Value take() { return std::move(root_); }
 
 private:
-    static constexpr std::size_t kUsualDepth = 16;
+    static constexpr std::size_t kTypicalDepth = 16;
 
-    // Where the next value stands, made from its payload.
+    // Constructs the next value in the innermost container, or as the root, and returns it.
     template<class... Payload>
     Value& place(Payload&&... payload) {
         if (elements_ != nullptr) {
@@ -68,10 +68,10 @@ private:
         return true;
     }
 
-    // A member of that name already there gives its place to the new one.
+    // If the key exists already, the new value replaces the old one.
     template<class Text>
-    bool openMember(Text&& text) {
-        // Names often come in order, as from our own writer: the end is the first place to look.
+    bool startMember(Text&& text) {
+        // Keys often arrive in order, as our writer emits them, so hint at the end.
         const auto member = members_->emplace_hint(members_->end(), std::piecewise_construct,
                                                    std::forward_as_tuple(std::forward<Text>(text)),
                                                    std::forward_as_tuple());
@@ -94,13 +94,13 @@ private:
     }
 
     Value root_;
-    std::vector<Value*> open_;         // the containers not yet closed, the innermost last
-    Value::Array* elements_ = nullptr; // of the innermost one when it is an array, else null
-    Value::Object* members_ = nullptr; // of the innermost one when it is an object
-    Value* slot_ = &root_;             // where the next value goes when it is no element
+    std::vector<Value*> open_;         // the open containers, innermost last
+    Value::Array* elements_ = nullptr; // the innermost container if it is an array, else nullptr
+    Value::Object* members_ = nullptr; // the innermost container if it is an object
+    Value* slot_ = &root_;             // receives the next value unless it is an array element
 };
 
-// Hands the events on to a handler from outside.
+// Sink that forwards the events to a caller's handler.
 class HandlerSink {
 public:
     using Text = std::string;
@@ -122,38 +122,38 @@ private:
     Handler& handler_;
 };
 
-// In the place of a text that nobody takes.
-struct NoText {
+// String type that discards what is appended.
+struct NullText {
     void reserve(std::size_t) {}
     void append(const char*, const char*) {}
-    NoText& operator+=(char) { return *this; }
+    NullText& operator+=(char) { return *this; }
 };
 
-// Tells nobody.
-class NoSink {
+// Sink that ignores the events.
+class NullSink {
 public:
-    using Text = NoText;
+    using Text = NullText;
 
     bool null() { return true; }
     bool boolean(bool) { return true; }
     bool integer(std::int64_t) { return true; }
     bool floating(double) { return true; }
     bool string(std::string_view) { return true; }
-    bool string(NoText) { return true; }
+    bool string(NullText) { return true; }
     bool startArray() { return true; }
     bool endArray() { return true; }
     bool startObject() { return true; }
     bool key(std::string_view) { return true; }
-    bool key(NoText) { return true; }
+    bool key(NullText) { return true; }
     bool endObject() { return true; }
 };
 
-// About what the tree of a compact text takes, strings left out.
+// Approximate size of the tree of a compact text, without long strings.
 constexpr std::size_t kTreeBytesPerTextByte = 4;
 
 template<class Sink>
-bool readOne(const char*& position, const char* end, Sink& sink, std::string& error) {
-    Reader<Sink> reader(position, end, sink);
+bool readWith(const char*& position, const char* end, Sink& sink, std::string& error) {
+    TextReader<Sink> reader(position, end, sink);
     const bool ok = reader.readValue();
     position = reader.position();
     if (!ok) {
@@ -167,7 +167,7 @@ bool readOne(const char*& position, const char* end, Sink& sink, std::string& er
 bool parse(std::string_view text, Value& value, std::string& error) {
     Arena arena(kTreeBytesPerTextByte * text.size());
     TreeBuilder builder;
-    Reader<TreeBuilder> reader(text.data(), text.data() + text.size(), builder);
+    TextReader<TreeBuilder> reader(text.data(), text.data() + text.size(), builder);
     if (!reader.readValue() || !reader.readEnd()) {
         error = reader.error();
         return false;
@@ -178,12 +178,12 @@ bool parse(std::string_view text, Value& value, std::string& error) {
 
 bool parseValue(const char*& position, const char* end, Handler& handler, std::string& error) {
     HandlerSink sink(handler);
-    return readOne(position, end, sink, error);
+    return readWith(position, end, sink, error);
 }
 
 bool skipValue(const char*& position, const char* end, std::string& error) {
-    NoSink sink;
-    return readOne(position, end, sink, error);
+    NullSink sink;
+    return readWith(position, end, sink, error);
 }
 
 } // namespace ravenjson

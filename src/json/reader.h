@@ -8,10 +8,10 @@
 
 namespace ravenjson {
 
-// Is told what a text holds, piece by piece, in the order of the text. Each function returns
-// whether to go on; false ends the reading with an error.
+// Event handler for parseValue(). Events arrive in document order. Each function returns whether
+// to continue; false stops parsing with an error.
 //
-// A text handed over has its escapes resolved, and is gone when the function returns.
+// In `text`, escapes are resolved. It is valid only during the call.
 class Handler {
 public:
     virtual ~Handler() = default;
@@ -24,35 +24,38 @@ public:
     virtual bool startArray() = 0;
     virtual bool endArray() = 0;
     virtual bool startObject() = 0;
-    // The name of a member; its value follows.
+    // Member name; the events of the member's value follow.
     virtual bool key(std::string_view text) = 0;
     virtual bool endObject() = 0;
 };
 
-// The three ways to read. All go by the same rules, and none depends on the locale:
+// The three functions below share one reader and follow the same rules:
 //
-// - Strings are bytes: control characters and anything from 0x80 up are taken as they stand.
-// - A number without fraction and exponent is an integer while it stays within the reader's
-//   bound, and a double beyond. The bound lets some numbers of 19 digits and more through that
-//   need more than 64 bits; these wrap around.
-// - A double too large for its type is infinite, one too small is zero.
-// - Nesting has no limit; it costs a byte of memory a level (a tree: the tree), and never stack.
+// - Strings are byte strings: control characters and bytes of 0x80 and above are copied unchanged,
+//   and UTF-8 is not validated.
+// - A number without fraction and exponent is an integer if it passes the reader's bound check,
+//   otherwise a double. Some numbers of 19 or more digits pass the check although they need more
+//   than 64 bits; they wrap modulo 2^64.
+// - A double that overflows is infinite; one that underflows is zero.
+// - Nesting depth is unlimited. Each open container takes one byte of heap memory, besides the
+//   tree itself, and no stack.
+// - The locale has no effect.
 //
-// On an error the result is false and `error` receives a fixed English text; else `error` stays
-// as it was.
+// Each returns false on error and sets `error` to a fixed English message; on success `error` is
+// unchanged. All may be called from any thread.
 
-// Reads the whole text into a tree; whitespace may stand around the value. Of a name that occurs
-// twice in one object the later value is kept. `value` changes on success only, and `text` may be
-// a part of it.
+// Parses `text`, one value with optional whitespace around it, into a tree. If an object contains a
+// key more than once, the last value wins. On error `value` is unchanged. `text` may point into
+// `value`.
 [[nodiscard]] bool parse(std::string_view text, Value& value, std::string& error);
 
-// Reads one value from [position, end), with whitespace before it, and tells `handler`. The
-// position is left behind the value, or on an error where the reading ended. What follows the
-// value is not looked at.
+// Parses one value, with optional whitespace before it, from [position, end) and reports it to
+// `handler`. Moves `position` to the end of the value or, on error, to where parsing stopped. Does
+// not examine what follows the value.
 [[nodiscard]] bool parseValue(const char*& position, const char* end, Handler& handler,
                               std::string& error);
 
-// Like parseValue(), and tells nobody: checks one value and skips it.
+// Like parseValue() without a handler: validates one value and skips it.
 [[nodiscard]] bool skipValue(const char*& position, const char* end, std::string& error);
 
 } // namespace ravenjson

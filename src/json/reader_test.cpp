@@ -1,7 +1,7 @@
 #include "json/reader.h"
 
+#include "json/testing/allocation_counter.h"
 #include "json/testing/german_locale.h"
-#include "json/testing/heap_watch.h"
 #include "json/testing/small_stack.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ using ravenjson::Value;
 constexpr std::size_t kManyLevels = 1'000'000;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Writes down what it is told, and cancels at one event if asked to.
+// Records the events as text. Cancels at the event with index `cancelAt`.
 class Recorder : public ravenjson::Handler {
 public:
     explicit Recorder(std::size_t cancelAt = std::string::npos) : cancelAt_(cancelAt) {}
@@ -51,7 +51,7 @@ private:
     std::string events_;
 };
 
-Value document(std::string_view text) {
+Value parsed(std::string_view text) {
     Value value;
     std::string error;
     EXPECT_TRUE(ravenjson::parse(text, value, error)) << error << ": " << text.substr(0, 80);
@@ -59,7 +59,7 @@ Value document(std::string_view text) {
     return value;
 }
 
-// The error of each way to read, which must be the same.
+// Returns the error of parse(), after checking that parseValue() and skipValue() report the same.
 std::string errorOf(std::string_view text) {
     Value value;
     std::string error;
@@ -89,27 +89,27 @@ std::string eventsOf(std::string_view text) {
     return recorder.events();
 }
 
-std::string inQuotes(std::string_view inner) {
+std::string jsonString(std::string_view inner) {
     return '"' + std::string(inner) + '"';
 }
 
-// --- whole documents ---------------------------------------------------------------------------
+// --- documents ---------------------------------------------------------------------------------
 
-TEST(ReaderTest, readsEachKind) {
-    EXPECT_TRUE(document("null").isNull());
-    EXPECT_EQ(document("true"), Value(true));
-    EXPECT_EQ(document("false"), Value(false));
-    EXPECT_EQ(document("12"), Value(12));
-    EXPECT_EQ(document("1.5"), Value(1.5));
-    EXPECT_EQ(document(R"("text")"), Value("text"));
-    EXPECT_EQ(document("[]"), Value(Kind::Array));
-    EXPECT_EQ(document("{}"), Value(Kind::Object));
+TEST(ReaderTest, ReadsEachKind) {
+    EXPECT_TRUE(parsed("null").isNull());
+    EXPECT_EQ(parsed("true"), Value(true));
+    EXPECT_EQ(parsed("false"), Value(false));
+    EXPECT_EQ(parsed("12"), Value(12));
+    EXPECT_EQ(parsed("1.5"), Value(1.5));
+    EXPECT_EQ(parsed(R"("text")"), Value("text"));
+    EXPECT_EQ(parsed("[]"), Value(Kind::Array));
+    EXPECT_EQ(parsed("{}"), Value(Kind::Object));
 }
 
-TEST(ReaderTest, readsNestedValues) {
-    const Value value = document(R"({"b":[1,2.5,"x",null,[],{}],"a":{"k":true,"l":[[false]]}})");
+TEST(ReaderTest, ReadsNestedValues) {
+    const Value value = parsed(R"({"b":[1,2.5,"x",null,[],{}],"a":{"k":true,"l":[[false]]}})");
     ASSERT_TRUE(value.isObject());
-    EXPECT_EQ(value.object().begin()->first, "a") << "members are in the order of their keys";
+    EXPECT_EQ(value.object().begin()->first, "a") << "members are sorted by key";
     const Value& list = *value.find("b");
     ASSERT_EQ(list.array().size(), 6U);
     EXPECT_EQ(list.at(0), Value(1));
@@ -122,9 +122,9 @@ TEST(ReaderTest, readsNestedValues) {
     EXPECT_EQ(value.find("a")->find("l")->at(0).at(0), Value(false));
 }
 
-TEST(ReaderTest, goesOnInTheRightContainerAfterANestedOne) {
+TEST(ReaderTest, ReturnsToOuterContainer) {
     EXPECT_EQ(eventsOf(R"([[1],2,{"a":[3],"b":4},5])"), "[ [ i1 ] i2 { a: [ i3 ] b: i4 } i5 ] ");
-    const Value value = document(R"([[1],2,{"a":[3],"b":{"c":4},"d":5},6])");
+    const Value value = parsed(R"([[1],2,{"a":[3],"b":{"c":4},"d":5},6])");
     ASSERT_EQ(value.array().size(), 4U);
     EXPECT_EQ(value.at(1), Value(2));
     EXPECT_EQ(value.at(2).object().size(), 3U);
@@ -132,28 +132,28 @@ TEST(ReaderTest, goesOnInTheRightContainerAfterANestedOne) {
     EXPECT_EQ(value.at(3), Value(6));
 }
 
-TEST(ReaderTest, aRepeatedKeyKeepsTheLaterValue) {
-    EXPECT_EQ(document(R"({"a":1,"b":2,"a":3})"), document(R"({"a":3,"b":2})"));
-    EXPECT_EQ(document(R"({"a":[1,2],"a":{"x":1}})"), document(R"({"a":{"x":1}})"));
-    EXPECT_EQ(document(R"({"a":{"x":1},"a":{"y":2}})"), document(R"({"a":{"y":2}})"));
-    EXPECT_EQ(document(R"({"\u0061":1,"a":2})"), document(R"({"a":2})"));
-    EXPECT_EQ(eventsOf(R"({"a":1,"a":2})"), "{ a: i1 a: i2 } ") << "a handler is told of both";
+TEST(ReaderTest, RepeatedKeyKeepsLastValue) {
+    EXPECT_EQ(parsed(R"({"a":1,"b":2,"a":3})"), parsed(R"({"a":3,"b":2})"));
+    EXPECT_EQ(parsed(R"({"a":[1,2],"a":{"x":1}})"), parsed(R"({"a":{"x":1}})"));
+    EXPECT_EQ(parsed(R"({"a":{"x":1},"a":{"y":2}})"), parsed(R"({"a":{"y":2}})"));
+    EXPECT_EQ(parsed(R"({"\u0061":1,"a":2})"), parsed(R"({"a":2})"));
+    EXPECT_EQ(eventsOf(R"({"a":1,"a":2})"), "{ a: i1 a: i2 } ") << "a handler receives both";
 }
 
-TEST(ReaderTest, whitespaceIsTheseFourBytes) {
-    EXPECT_EQ(document(" \t\n\r{ \t\n\r\"a\" \t\n\r: \t\n\r[ \t\n\r1 \t\n\r, 2 ] \t\n\r} \r\n"),
-              document(R"({"a":[1,2]})"));
-    EXPECT_EQ(document("  {  }  \r\n"), Value(Kind::Object));
-    EXPECT_EQ(document(" [ ] "), Value(Kind::Array));
+TEST(ReaderTest, AcceptsExactlyFourWhitespaceBytes) {
+    EXPECT_EQ(parsed(" \t\n\r{ \t\n\r\"a\" \t\n\r: \t\n\r[ \t\n\r1 \t\n\r, 2 ] \t\n\r} \r\n"),
+              parsed(R"({"a":[1,2]})"));
+    EXPECT_EQ(parsed("  {  }  \r\n"), Value(Kind::Object));
+    EXPECT_EQ(parsed(" [ ] "), Value(Kind::Array));
     for (const char other : {'\v', '\f', '\0', '\b', '\x1F', '\x7F', '\xA0', '\x85'}) {
         EXPECT_EQ(errorOf(std::string(1, other) + "1"),
                   "Unexpected character exists while parsing.");
     }
     EXPECT_EQ(errorOf("\xEF\xBB\xBF{}"), "Unexpected character exists while parsing.")
-        << "no byte order mark";
+        << "a byte order mark is not whitespace";
 }
 
-TEST(ReaderTest, nothingMayFollowTheValueOfADocument) {
+TEST(ReaderTest, RejectsTrailingText) {
     for (const std::string_view text : {"true false", "{}{}", "1 2", "[]]", "truex", "nullnull",
                                         "1x", "1.5.5", "\"a\"b", "{},"}) {
         Value value;
@@ -167,30 +167,30 @@ TEST(ReaderTest, nothingMayFollowTheValueOfADocument) {
     EXPECT_EQ(error, "Gabage string exists after json string.");
 }
 
-TEST(ReaderTest, aFailureLeavesTheValueAsItWas) {
+TEST(ReaderTest, ErrorLeavesValueUnchanged) {
     Value value = "before";
     std::string error;
     EXPECT_FALSE(ravenjson::parse("[1,2", value, error));
     EXPECT_EQ(value, Value("before"));
 }
 
-TEST(ReaderTest, successReplacesTheValueAndLeavesTheErrorAsItWas) {
+TEST(ReaderTest, SuccessSetsValueAndKeepsError) {
     Value value = "before";
     std::string error = "untouched";
     EXPECT_TRUE(ravenjson::parse("[1]", value, error));
-    EXPECT_EQ(value, document("[1]"));
+    EXPECT_EQ(value, parsed("[1]"));
     EXPECT_EQ(error, "untouched");
 }
 
-TEST(ReaderTest, theTextMayBeAPartOfTheValue) {
+TEST(ReaderTest, ParsesTextStoredInTheValue) {
     Value value(Kind::Array);
     value.append(R"({"inner":"a text that is not short"})");
     std::string error;
     EXPECT_TRUE(ravenjson::parse(value.at(0).string(), value, error));
-    EXPECT_EQ(value, document(R"({"inner":"a text that is not short"})"));
+    EXPECT_EQ(value, parsed(R"({"inner":"a text that is not short"})"));
 }
 
-// --- unexpected text ---------------------------------------------------------------------------
+// --- errors ------------------------------------------------------------------------------------
 
 struct ErrorCase {
     std::string text;
@@ -203,7 +203,7 @@ struct ErrorCase {
 
 class ReaderErrorTest : public testing::TestWithParam<ErrorCase> {};
 
-TEST_P(ReaderErrorTest, isReportedByAllWaysToRead) {
+TEST_P(ReaderErrorTest, AllModesReportTheSameError) {
     const auto& [text, error] = GetParam();
     EXPECT_EQ(errorOf(text), error);
     EXPECT_EQ(errorOf(" \t" + text), error);
@@ -380,74 +380,74 @@ INSTANTIATE_TEST_SUITE_P(Objects, ReaderErrorTest,
 
 // --- numbers -----------------------------------------------------------------------------------
 
-TEST(ReaderNumberTest, withoutFractionAndExponentItIsAnInteger) {
-    EXPECT_EQ(document("0"), Value(0));
-    EXPECT_EQ(document("-0"), Value(0));
-    EXPECT_EQ(document("7"), Value(7));
-    EXPECT_EQ(document("-1234567890"), Value(-1234567890));
-    EXPECT_EQ(document("999999999999999999"), Value(999999999999999999));
-    EXPECT_EQ(document("9223372036854775807"), Value(std::numeric_limits<std::int64_t>::max()));
-    EXPECT_EQ(document("-9223372036854775807"), Value(-9223372036854775807));
+TEST(ReaderNumberTest, ReadsIntegers) {
+    EXPECT_EQ(parsed("0"), Value(0));
+    EXPECT_EQ(parsed("-0"), Value(0));
+    EXPECT_EQ(parsed("7"), Value(7));
+    EXPECT_EQ(parsed("-1234567890"), Value(-1234567890));
+    EXPECT_EQ(parsed("999999999999999999"), Value(999999999999999999));
+    EXPECT_EQ(parsed("9223372036854775807"), Value(std::numeric_limits<std::int64_t>::max()));
+    EXPECT_EQ(parsed("-9223372036854775807"), Value(-9223372036854775807));
 }
 
-TEST(ReaderNumberTest, beyondTheBoundAnEightOrNineMakesItADouble) {
-    EXPECT_EQ(document("9223372036854775808"), Value(9223372036854775808.0));
-    EXPECT_EQ(document("9223372036854775809"), Value(9223372036854775809.0));
-    EXPECT_EQ(document("-9223372036854775808"), Value(-9223372036854775808.0));
-    EXPECT_EQ(document("9999999999999999999"), Value(9999999999999999999.0));
-    EXPECT_EQ(document("9999999999999999998"), Value(9999999999999999998.0));
-    EXPECT_EQ(document("92233720368547758080"), Value(92233720368547758080.0))
-        << "later digits do not make it an integer again";
-    EXPECT_EQ(document("12345678901234567898"), Value(12345678901234567898.0));
+TEST(ReaderNumberTest, DigitAboveSevenAtBoundYieldsDouble) {
+    EXPECT_EQ(parsed("9223372036854775808"), Value(9223372036854775808.0));
+    EXPECT_EQ(parsed("9223372036854775809"), Value(9223372036854775809.0));
+    EXPECT_EQ(parsed("-9223372036854775808"), Value(-9223372036854775808.0));
+    EXPECT_EQ(parsed("9999999999999999999"), Value(9999999999999999999.0));
+    EXPECT_EQ(parsed("9999999999999999998"), Value(9999999999999999998.0));
+    EXPECT_EQ(parsed("92233720368547758080"), Value(92233720368547758080.0))
+        << "later digits do not turn it into an integer";
+    EXPECT_EQ(parsed("12345678901234567898"), Value(12345678901234567898.0));
 }
 
-TEST(ReaderNumberTest, beyondTheBoundOtherDigitsWrapAround) {
-    // All of them modulo 2^64.
-    EXPECT_EQ(document("9223372036854775810"), Value(-9223372036854775806));
-    EXPECT_EQ(document("9999999999999999997"), Value(-8446744073709551619));
-    EXPECT_EQ(document("-9999999999999999997"), Value(8446744073709551619));
-    EXPECT_EQ(document("12345678901234567890"), Value(-6101065172474983726));
-    EXPECT_EQ(document("18446744073709551617"), Value(1));
-    EXPECT_EQ(document("18446744073709551616"), Value(0));
-    // Wrapped below zero it is below the bound again, and any digit goes on.
-    EXPECT_EQ(document("99999999999999999979"), Value(7766279631452241899));
-    EXPECT_EQ(document("-99999999999999999979"), Value(-7766279631452241899));
-    // Down to the lowest integer, which has no positive counterpart.
-    EXPECT_EQ(document("27670116110564327424"), Value(std::numeric_limits<std::int64_t>::min()));
-    EXPECT_EQ(document("-27670116110564327424"), Value(std::numeric_limits<std::int64_t>::min()));
+TEST(ReaderNumberTest, OtherDigitsAtBoundWrap) {
+    // The results are modulo 2^64.
+    EXPECT_EQ(parsed("9223372036854775810"), Value(-9223372036854775806));
+    EXPECT_EQ(parsed("9999999999999999997"), Value(-8446744073709551619));
+    EXPECT_EQ(parsed("-9999999999999999997"), Value(8446744073709551619));
+    EXPECT_EQ(parsed("12345678901234567890"), Value(-6101065172474983726));
+    EXPECT_EQ(parsed("18446744073709551617"), Value(1));
+    EXPECT_EQ(parsed("18446744073709551616"), Value(0));
+    // A sum that wrapped to a negative value is below the bound, so any digit is added.
+    EXPECT_EQ(parsed("99999999999999999979"), Value(7766279631452241899));
+    EXPECT_EQ(parsed("-99999999999999999979"), Value(-7766279631452241899));
+    // The minimum, which negation leaves unchanged.
+    EXPECT_EQ(parsed("27670116110564327424"), Value(std::numeric_limits<std::int64_t>::min()));
+    EXPECT_EQ(parsed("-27670116110564327424"), Value(std::numeric_limits<std::int64_t>::min()));
 }
 
-TEST(ReaderNumberTest, withFractionOrExponentItIsADouble) {
-    EXPECT_EQ(document("1.0"), Value(1.0));
-    EXPECT_EQ(document("0.1"), Value(0.1));
-    EXPECT_EQ(document("-12.625"), Value(-12.625));
-    EXPECT_EQ(document("1E+5"), Value(100000.0));
-    EXPECT_EQ(document("1e5"), Value(100000.0));
-    EXPECT_EQ(document("125e-3"), Value(0.125));
-    EXPECT_EQ(document("0e1"), Value(0.0));
-    EXPECT_EQ(document("9223372036854775807.0"), Value(9223372036854775807.0));
-    EXPECT_EQ(document("99999999999999999999e-1"), Value(9999999999999999999.9));
+TEST(ReaderNumberTest, FractionOrExponentYieldsDouble) {
+    EXPECT_EQ(parsed("1.0"), Value(1.0));
+    EXPECT_EQ(parsed("0.1"), Value(0.1));
+    EXPECT_EQ(parsed("-12.625"), Value(-12.625));
+    EXPECT_EQ(parsed("1E+5"), Value(100000.0));
+    EXPECT_EQ(parsed("1e5"), Value(100000.0));
+    EXPECT_EQ(parsed("125e-3"), Value(0.125));
+    EXPECT_EQ(parsed("0e1"), Value(0.0));
+    EXPECT_EQ(parsed("9223372036854775807.0"), Value(9223372036854775807.0));
+    EXPECT_EQ(parsed("99999999999999999999e-1"), Value(9999999999999999999.9));
 }
 
-TEST(ReaderNumberTest, anExponentMayHaveZerosInFront) {
-    EXPECT_EQ(document("1e007"), Value(1e7));
-    EXPECT_EQ(document("1e-002"), Value(0.01));
+TEST(ReaderNumberTest, AcceptsLeadingZerosInExponent) {
+    EXPECT_EQ(parsed("1e007"), Value(1e7));
+    EXPECT_EQ(parsed("1e-002"), Value(0.01));
 }
 
-TEST(ReaderNumberTest, aNegativeZeroDoubleKeepsItsSign) {
-    EXPECT_TRUE(std::signbit(document("-0.0").floating()));
-    EXPECT_TRUE(std::signbit(document("-0e5").floating()));
+TEST(ReaderNumberTest, NegativeZeroDoubleKeepsSign) {
+    EXPECT_TRUE(std::signbit(parsed("-0.0").floating()));
+    EXPECT_TRUE(std::signbit(parsed("-0e5").floating()));
 }
 
-TEST(ReaderNumberTest, rangeIsNotTested) {
-    EXPECT_EQ(document("1e400"), Value(kInfinity));
-    EXPECT_EQ(document("-1e400"), Value(-kInfinity));
-    EXPECT_EQ(document("9" + std::string(400, '9')), Value(kInfinity));
-    EXPECT_EQ(document("1e-400"), Value(0.0));
-    EXPECT_EQ(document("4.9e-324"), Value(std::numeric_limits<double>::denorm_min()));
+TEST(ReaderNumberTest, AcceptsDoublesOutOfRange) {
+    EXPECT_EQ(parsed("1e400"), Value(kInfinity));
+    EXPECT_EQ(parsed("-1e400"), Value(-kInfinity));
+    EXPECT_EQ(parsed("9" + std::string(400, '9')), Value(kInfinity));
+    EXPECT_EQ(parsed("1e-400"), Value(0.0));
+    EXPECT_EQ(parsed("4.9e-324"), Value(std::numeric_limits<double>::denorm_min()));
 }
 
-TEST(ReaderNumberTest, endsWhereItsLastDigitDoes) {
+TEST(ReaderNumberTest, NumberEndsAfterItsLastDigit) {
     EXPECT_EQ(eventsOf("[1,-2.5,3]"), "[ i1 d-2.500000 i3 ] ");
     const std::string text = "12";
     const char* position = text.data();
@@ -461,11 +461,11 @@ TEST(ReaderNumberTest, endsWhereItsLastDigitDoes) {
     EXPECT_TRUE(ravenjson::skipValue(position, position + 1, error));
 }
 
-TEST(ReaderNumberTest, doesNotDependOnTheLocale) {
+TEST(ReaderNumberTest, IgnoresLocale) {
     const GermanLocale german;
-    EXPECT_EQ(document("[0.5,-1234567.25,1e-2,1234567]"),
-              document("[5e-1,-123456725e-2,0.01,1234567]"));
-    EXPECT_EQ(document("0.5").floating(), 0.5);
+    EXPECT_EQ(parsed("[0.5,-1234567.25,1e-2,1234567]"),
+              parsed("[5e-1,-123456725e-2,0.01,1234567]"));
+    EXPECT_EQ(parsed("0.5").floating(), 0.5);
     Value value;
     std::string error;
     EXPECT_FALSE(ravenjson::parse("0,5", value, error));
@@ -473,67 +473,67 @@ TEST(ReaderNumberTest, doesNotDependOnTheLocale) {
 
 // --- strings -----------------------------------------------------------------------------------
 
-TEST(ReaderStringTest, copiesBytesAsTheyAre) {
-    for (const std::size_t around : {0U, 20U}) {
-        const std::string padding(around, 'x');
+TEST(ReaderStringTest, CopiesBytesUnchanged) {
+    for (const std::size_t paddingSize : {0U, 20U}) { // 20: long enough for the SSE2 search
+        const std::string padding(paddingSize, 'x');
         for (int byte = 0; byte < 256; ++byte) {
             if (byte != '"' && byte != '\\') {
                 std::string text = padding;
                 text += static_cast<char>(byte);
                 text += padding;
-                EXPECT_EQ(document(inQuotes(text)), Value(text)) << byte;
+                EXPECT_EQ(parsed(jsonString(text)), Value(text)) << byte;
             }
         }
     }
-    EXPECT_EQ(document(inQuotes("\xFF\xC0 not UTF-8")), Value("\xFF\xC0 not UTF-8"));
+    EXPECT_EQ(parsed(jsonString("\xFF\xC0 not UTF-8")), Value("\xFF\xC0 not UTF-8"));
 }
 
-TEST(ReaderStringTest, resolvesEscapes) {
-    EXPECT_EQ(document(R"("\"\\\/\b\f\n\r\t")"), Value("\"\\/\b\f\n\r\t"));
-    EXPECT_EQ(document(R"("a\nb")"), Value("a\nb"));
-    EXPECT_EQ(document(R"("\n")"), Value("\n"));
+TEST(ReaderStringTest, ResolvesEscapes) {
+    EXPECT_EQ(parsed(R"("\"\\\/\b\f\n\r\t")"), Value("\"\\/\b\f\n\r\t"));
+    EXPECT_EQ(parsed(R"("a\nb")"), Value("a\nb"));
+    EXPECT_EQ(parsed(R"("\n")"), Value("\n"));
     const std::string longText(50, 'x');
-    EXPECT_EQ(document(inQuotes(longText + "\\t" + longText + "\\\\" + longText)),
+    EXPECT_EQ(parsed(jsonString(longText + "\\t" + longText + "\\\\" + longText)),
               Value(longText + '\t' + longText + '\\' + longText));
 }
 
-TEST(ReaderStringTest, writesCodePointsAsUtf8) {
-    EXPECT_EQ(document(R"("\u0041")"), Value("A"));
-    EXPECT_EQ(document(R"("\u007f")"), Value("\x7F"));
-    EXPECT_EQ(document(R"("\u0080")"), Value("\xC2\x80"));
-    EXPECT_EQ(document(R"("\u00e4\u00E4")"), Value("\xC3\xA4\xC3\xA4"));
-    EXPECT_EQ(document(R"("\u07FF")"), Value("\xDF\xBF"));
-    EXPECT_EQ(document(R"("\u0800")"), Value("\xE0\xA0\x80"));
-    EXPECT_EQ(document(R"("\u20aC")"), Value("\xE2\x82\xAC"));
-    EXPECT_EQ(document(R"("\uD7FF")"), Value("\xED\x9F\xBF"));
-    EXPECT_EQ(document(R"("\uE000")"), Value("\xEE\x80\x80"));
-    EXPECT_EQ(document(R"("\uFFFF")"), Value("\xEF\xBF\xBF"));
+TEST(ReaderStringTest, EncodesCodePointsAsUtf8) {
+    EXPECT_EQ(parsed(R"("\u0041")"), Value("A"));
+    EXPECT_EQ(parsed(R"("\u007f")"), Value("\x7F"));
+    EXPECT_EQ(parsed(R"("\u0080")"), Value("\xC2\x80"));
+    EXPECT_EQ(parsed(R"("\u00e4\u00E4")"), Value("\xC3\xA4\xC3\xA4"));
+    EXPECT_EQ(parsed(R"("\u07FF")"), Value("\xDF\xBF"));
+    EXPECT_EQ(parsed(R"("\u0800")"), Value("\xE0\xA0\x80"));
+    EXPECT_EQ(parsed(R"("\u20aC")"), Value("\xE2\x82\xAC"));
+    EXPECT_EQ(parsed(R"("\uD7FF")"), Value("\xED\x9F\xBF"));
+    EXPECT_EQ(parsed(R"("\uE000")"), Value("\xEE\x80\x80"));
+    EXPECT_EQ(parsed(R"("\uFFFF")"), Value("\xEF\xBF\xBF"));
 }
 
-TEST(ReaderStringTest, joinsSurrogates) {
-    EXPECT_EQ(document(R"("\uD83D\uDE00")"), Value("\xF0\x9F\x98\x80"));
-    EXPECT_EQ(document(R"("\ud800\udc00")"), Value("\xF0\x90\x80\x80"));
-    EXPECT_EQ(document(R"("\uDBFF\uDFFF")"), Value("\xF4\x8F\xBF\xBF"));
-    EXPECT_EQ(document(R"("a\uD83D\uDE00b")"), Value("a\xF0\x9F\x98\x80"
-                                                     "b"));
+TEST(ReaderStringTest, CombinesSurrogatePairs) {
+    EXPECT_EQ(parsed(R"("\uD83D\uDE00")"), Value("\xF0\x9F\x98\x80"));
+    EXPECT_EQ(parsed(R"("\ud800\udc00")"), Value("\xF0\x90\x80\x80"));
+    EXPECT_EQ(parsed(R"("\uDBFF\uDFFF")"), Value("\xF4\x8F\xBF\xBF"));
+    EXPECT_EQ(parsed(R"("a\uD83D\uDE00b")"), Value("a\xF0\x9F\x98\x80"
+                                                   "b"));
 }
 
-TEST(ReaderStringTest, mayHoldNul) {
-    EXPECT_EQ(document(R"("a\u0000b")"), Value("a\0b"s));
-    EXPECT_EQ(document(R"({"\u0000":1})").object().begin()->first, std::string_view("\0", 1));
+TEST(ReaderStringTest, AcceptsEscapedNul) {
+    EXPECT_EQ(parsed(R"("a\u0000b")"), Value("a\0b"s));
+    EXPECT_EQ(parsed(R"({"\u0000":1})").object().begin()->first, std::string_view("\0", 1));
 }
 
-TEST(ReaderStringTest, keysAreStringsToo) {
-    EXPECT_EQ(document(R"({"a\n\u00e4":1})").object().begin()->first, "a\n\xC3\xA4");
-    EXPECT_EQ(document(R"({"":1})").object().begin()->first, "");
+TEST(ReaderStringTest, ReadsKeysLikeStrings) {
+    EXPECT_EQ(parsed(R"({"a\n\u00e4":1})").object().begin()->first, "a\n\xC3\xA4");
+    EXPECT_EQ(parsed(R"({"":1})").object().begin()->first, "");
     const std::string longKey(100, 'k');
-    EXPECT_EQ(document('{' + inQuotes(longKey) + ":1}").object().begin()->first,
+    EXPECT_EQ(parsed('{' + jsonString(longKey) + ":1}").object().begin()->first,
               std::string_view(longKey));
 }
 
 // --- events ------------------------------------------------------------------------------------
 
-TEST(ReaderEventTest, eachPieceIsToldInTheOrderOfTheText) {
+TEST(ReaderEventTest, ReportsEventsInDocumentOrder) {
     EXPECT_EQ(eventsOf(R"({"b":[null,true,false,1,2.5,"x\n"],"a":{}})"),
               "{ b: [ null true false i1 d2.500000 \"x\n\" ] a: { } } ");
     EXPECT_EQ(eventsOf("[]"), "[ ] ");
@@ -541,7 +541,7 @@ TEST(ReaderEventTest, eachPieceIsToldInTheOrderOfTheText) {
     EXPECT_EQ(eventsOf("[[],[{}]]"), "[ [ ] [ { } ] ] ");
 }
 
-TEST(ReaderEventTest, oneValueIsReadAndThePositionLeftBehindIt) {
+TEST(ReaderEventTest, StopsAfterOneValue) {
     const std::string text = "  [1] true, \"x\"";
     const char* position = text.data();
     const char* const end = position + text.size();
@@ -550,12 +550,12 @@ TEST(ReaderEventTest, oneValueIsReadAndThePositionLeftBehindIt) {
     EXPECT_TRUE(ravenjson::parseValue(position, end, recorder, error));
     EXPECT_EQ(position - text.data(), 5);
     EXPECT_TRUE(ravenjson::parseValue(position, end, recorder, error));
-    EXPECT_EQ(position - text.data(), 10) << "whitespace before it is skipped, not that behind it";
+    EXPECT_EQ(position - text.data(), 10) << "skips whitespace before the value, not after it";
     EXPECT_EQ(recorder.events(), "[ i1 ] true ");
     EXPECT_EQ(error, "");
 }
 
-TEST(ReaderEventTest, aByteBehindALiteralIsNotLookedAt) {
+TEST(ReaderEventTest, IgnoresByteAfterLiteral) {
     const std::string text = "truefalse";
     const char* position = text.data();
     Recorder recorder;
@@ -564,7 +564,7 @@ TEST(ReaderEventTest, aByteBehindALiteralIsNotLookedAt) {
     EXPECT_EQ(position - text.data(), 4);
 }
 
-TEST(ReaderEventTest, aHandlerCancelsAtAnyEvent) {
+TEST(ReaderEventTest, HandlerCancelsAtAnyEvent) {
     const std::string text = R"({"b":[null,true,1,2.5,"x","\n",[]],"\t":{}})";
     const char* const end = text.data() + text.size();
     std::string error;
@@ -578,12 +578,12 @@ TEST(ReaderEventTest, aHandlerCancelsAtAnyEvent) {
         error.clear();
         EXPECT_FALSE(ravenjson::parseValue(position, end, recorder, error));
         EXPECT_EQ(error, "SAX handler cancels parsing.");
-        EXPECT_EQ(recorder.count(), event + 1) << "nothing is told after that";
+        EXPECT_EQ(recorder.count(), event + 1) << "no event follows";
         EXPECT_EQ(all.events().substr(0, recorder.events().size()), recorder.events());
     }
 }
 
-TEST(ReaderEventTest, whatPrecedesAnErrorHasBeenTold) {
+TEST(ReaderEventTest, ReportsEventsBeforeAnError) {
     Recorder recorder;
     std::string error;
     const std::string text = R"({"a":[1,2)";
@@ -594,7 +594,7 @@ TEST(ReaderEventTest, whatPrecedesAnErrorHasBeenTold) {
 
 // --- skipping ----------------------------------------------------------------------------------
 
-TEST(ReaderSkipTest, leavesThePositionBehindTheValue) {
+TEST(ReaderSkipTest, StopsAfterTheValue) {
     const std::string text = R"( {"a":[1,2.5,"x\n\uD83D\uDE00",null,true,false,{}]} tail)";
     const char* position = text.data();
     std::string error;
@@ -603,19 +603,19 @@ TEST(ReaderSkipTest, leavesThePositionBehindTheValue) {
     EXPECT_EQ(error, "");
 }
 
-// --- cost --------------------------------------------------------------------------------------
+// --- allocations -------------------------------------------------------------------------------
 
-TEST(ReaderCostTest, aStringIsCopiedOnce) {
-    const std::string text = inQuotes(std::string(1'000'000, 'x'));
+TEST(ReaderAllocationTest, CopiesStringOnce) {
+    const std::string text = jsonString(std::string(1'000'000, 'x'));
     Value value;
     std::string error;
-    const HeapWatch heap;
+    const AllocationCounter heap;
     ASSERT_TRUE(ravenjson::parse(text, value, error));
     EXPECT_LT(heap.allocatedBytes(), 1'100'000U);
 }
 
-TEST(ReaderCostTest, aHandlerIsToldOfTheTextWhereItStands) {
-    class Sink : public Recorder {
+TEST(ReaderAllocationTest, PassesHandlerViewsOfTheInput) {
+    class LengthCounter : public Recorder {
         bool string(std::string_view text) override {
             length += text.size();
             return true;
@@ -624,30 +624,30 @@ TEST(ReaderCostTest, aHandlerIsToldOfTheTextWhereItStands) {
 
     public:
         std::size_t length = 0;
-    } sink;
+    } handler;
     const std::string longText(100'000, 'x');
-    const std::string text = '{' + inQuotes(longText) + ':' + inQuotes(longText) + '}';
+    const std::string text = '{' + jsonString(longText) + ':' + jsonString(longText) + '}';
     const char* position = text.data();
     std::string error;
-    const HeapWatch heap;
-    ASSERT_TRUE(ravenjson::parseValue(position, position + text.size(), sink, error));
-    EXPECT_EQ(sink.length, 2 * longText.size());
+    const AllocationCounter heap;
+    ASSERT_TRUE(ravenjson::parseValue(position, position + text.size(), handler, error));
+    EXPECT_EQ(handler.length, 2 * longText.size());
     EXPECT_LT(heap.allocatedBytes(), 1000U);
 }
 
-TEST(ReaderCostTest, skippingTakesNoMemory) {
+TEST(ReaderAllocationTest, SkippingDoesNotAllocate) {
     const std::string text = R"({"a":["text with \n \t escapes, longer than a short one",12.5]})";
     const char* position = text.data();
     std::string error;
-    const HeapWatch heap;
+    const AllocationCounter heap;
     ASSERT_TRUE(ravenjson::skipValue(position, position + text.size(), error));
     EXPECT_EQ(heap.allocations(), 0U);
 }
 
-TEST(ReaderCostTest, aFailedDocumentIsReleased) {
+TEST(ReaderAllocationTest, ErrorFreesPartialTree) {
     Value value;
     std::string error(200, 'x');
-    const HeapWatch heap;
+    const AllocationCounter heap;
     EXPECT_FALSE(
         ravenjson::parse(R"({"a":[1,{"long":"a text that is not at all short"},)", value, error));
     EXPECT_EQ(heap.liveBlocks(), 0);
@@ -655,15 +655,15 @@ TEST(ReaderCostTest, aFailedDocumentIsReleased) {
 
 // --- depth -------------------------------------------------------------------------------------
 
-TEST(ReaderDepthTest, aMillionOpenBracketsFailCleanly) {
+TEST(ReaderDepthTest, RejectsMillionOpenBrackets) {
     const std::string text(kManyLevels, '[');
-    onSmallStack([&] { EXPECT_EQ(errorOf(text), kCharacter); });
+    runOnSmallStack([&] { EXPECT_EQ(errorOf(text), kCharacter); });
 }
 
-TEST(ReaderDepthTest, aMillionLevelsOfArraysAreRead) {
+TEST(ReaderDepthTest, ReadsMillionNestedArrays) {
     const std::string text = std::string(kManyLevels, '[') + std::string(kManyLevels, ']');
-    onSmallStack([&] {
-        const Value value = document(text);
+    runOnSmallStack([&] {
+        const Value value = parsed(text);
         std::size_t levels = 1;
         for (const Value* inner = &value; !inner->array().empty(); inner = &inner->at(0)) {
             ++levels;
@@ -672,25 +672,25 @@ TEST(ReaderDepthTest, aMillionLevelsOfArraysAreRead) {
     });
 }
 
-TEST(ReaderDepthTest, aMillionLevelsOfObjectsAreRead) {
+TEST(ReaderDepthTest, ReadsMillionNestedObjects) {
     std::string text;
     for (std::size_t i = 0; i < kManyLevels; ++i) {
         text += R"({"a":)";
     }
-    onSmallStack([&] {
+    runOnSmallStack([&] {
         EXPECT_EQ(errorOf(text), kCharacter);
         text += "1" + std::string(kManyLevels, '}');
-        const Value value = document(text);
+        const Value value = parsed(text);
         const char* position = text.data();
         std::string error;
         EXPECT_TRUE(ravenjson::skipValue(position, position + text.size(), error));
     });
 }
 
-TEST(ReaderDepthTest, aDeepValueUnderARepeatedKeyIsReplaced) {
+TEST(ReaderDepthTest, RepeatedKeyReplacesDeepValue) {
     const std::string deep = std::string(kManyLevels, '[') + std::string(kManyLevels, ']');
-    onSmallStack(
-        [&] { EXPECT_EQ(document(R"({"a":)" + deep + R"(,"a":1})"), document(R"({"a":1})")); });
+    runOnSmallStack(
+        [&] { EXPECT_EQ(parsed(R"({"a":)" + deep + R"(,"a":1})"), parsed(R"({"a":1})")); });
 }
 
 } // namespace

@@ -13,17 +13,17 @@
 
 namespace ravenjson {
 
-// What an error is called. None says where it is.
+// Error messages. They contain no position.
 namespace message {
 inline constexpr const char* kUnexpectedCharacter = "Unexpected character exists while parsing.";
 inline constexpr const char* kInvalidBoolean = "Invalid boolean type string exists.";
 inline constexpr const char* kInvalidNull = "Invalid null type string exists.";
 inline constexpr const char* kUnexpectedZero =
     "Unexpected '0' character is found while parsing number.";
-inline constexpr const char* kNoDigit = "Digit is not found while parsing number.";
-inline constexpr const char* kNoFractionDigit =
+inline constexpr const char* kMissingDigit = "Digit is not found while parsing number.";
+inline constexpr const char* kMissingFractionDigit =
     "Digit is not found after the decimal point while parsing number.";
-inline constexpr const char* kNoExponentDigit =
+inline constexpr const char* kMissingExponentDigit =
     "Digit is not found after exponent keyword while parsing number.";
 inline constexpr const char* kInvalidFloatingPoint = "Failed to parse floating point.";
 inline constexpr const char* kUnexpectedEscape =
@@ -32,15 +32,16 @@ inline constexpr const char* kInvalidHex =
     "Invalid unicode hex string is found while parsing string.";
 inline constexpr const char* kInvalidSurrogates =
     "Invalid unicode surrogate pair is found while parsing string.";
-inline constexpr const char* kNoStringEnd = "Expected string ending character '\"' is not found.";
+inline constexpr const char* kMissingStringEnd =
+    "Expected string ending character '\"' is not found.";
 inline constexpr const char* kUnexpectedArrayComma = "Unexpected comma exists while parsing array.";
 inline constexpr const char* kUnexpectedArrayText = "Unexpected string exists while parsing array.";
 inline constexpr const char* kUnexpectedObjectComma =
     "Unexpected comma exists while parsing object.";
 inline constexpr const char* kUnexpectedObjectText =
     "Unexpected string exists while parsing object.";
-inline constexpr const char* kHandlerCancels = "SAX handler cancels parsing.";
-inline constexpr const char* kGarbage = "Gabage string exists after json string.";
+inline constexpr const char* kHandlerCancelled = "SAX handler cancels parsing.";
+inline constexpr const char* kTrailingText = "Gabage string exists after json string.";
 } // namespace message
 
 constexpr bool isWhitespace(char c) {
@@ -51,19 +52,22 @@ constexpr bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Reads a text once, from front to back, and tells a sink what it holds. What comes of it is the
-// sink's affair; the rules of the language are all here.
+// Single-pass JSON reader. Checks the syntax and reports each value to `Sink`, a class with the
+// functions of Handler. A string with escapes is passed to the sink as an rvalue of `Sink::Text`,
+// any other string as a view of the input.
+//
+// Not recursive: stack use does not depend on the nesting depth.
 template<class Sink>
-class Reader {
+class TextReader {
 public:
-    Reader(const char* begin, const char* end, Sink& sink)
+    TextReader(const char* begin, const char* end, Sink& sink)
         : position_(begin), end_(end), sink_(sink) {}
 
     [[nodiscard]] const char* position() const { return position_; }
-    // The text for the error that made a function return false.
+    // The message of the error that made readValue() or readEnd() return false.
     [[nodiscard]] const char* error() const { return error_; }
 
-    // One value with all that is in it.
+    // Reads one value, including nested values. Returns false on error.
     [[nodiscard]] bool readValue() {
         Next next = Next::Value;
         while (next == Next::Value) {
@@ -78,25 +82,25 @@ public:
         return next == Next::End;
     }
 
-    // Nothing but whitespace up to the end.
+    // Skips whitespace. Returns false if anything else precedes the end.
     [[nodiscard]] bool readEnd() {
         skipWhitespace();
-        return position_ == end_ || refuse(message::kGarbage);
+        return position_ == end_ || reportError(message::kTrailingText);
     }
 
 private:
-    // What the text must go on with.
+    // What must come next.
     enum class Next {
         Value,
         Key,
-        Delimiter, // what stands behind a complete value: a comma or a closing bracket
-        End,       // nothing, the outermost value is complete
+        Delimiter, // after a complete value: a comma or a closing bracket
+        End,       // nothing: the outermost value is complete
         Error,
     };
 
-    static constexpr std::size_t kUsualRest = 32; // of a string behind its first escape
+    static constexpr std::size_t kTypicalTail = 32; // bytes of a string after its first escape
 
-    bool refuse(const char* message) {
+    bool reportError(const char* message) {
         error_ = message;
         return false;
     }
@@ -106,12 +110,12 @@ private:
         return Next::Error;
     }
 
-    // A value is complete when the sink, told of it, says so too.
-    Next completeIf(bool accepted) {
-        return accepted ? Next::Delimiter : fail(message::kHandlerCancels);
+    // What comes next after an event; `accepted` is the return value of the sink.
+    Next afterEvent(bool accepted) {
+        return accepted ? Next::Delimiter : fail(message::kHandlerCancelled);
     }
 
-    // The next byte. The end reads as NUL, which is an error like the end wherever it is asked.
+    // Returns the next byte, or NUL at the end; no caller accepts a NUL byte.
     [[nodiscard]] char peek() const { return position_ != end_ ? *position_ : '\0'; }
 
     void skipWhitespace() {
@@ -155,22 +159,22 @@ private:
         }
     }
 
-    Next readLiteral(std::string_view literal, const char* mismatch, auto&& tell) {
+    Next readLiteral(std::string_view literal, const char* mismatch, auto&& emit) {
         for (const char c : literal) {
             if (peek() != c) {
                 return fail(mismatch);
             }
             ++position_;
         }
-        return completeIf(tell());
+        return afterEvent(emit());
     }
 
     Next openArray() {
         ++position_;
         if (!sink_.startArray()) {
-            return fail(message::kHandlerCancels);
+            return fail(message::kHandlerCancelled);
         }
-        closers_ += ']';
+        closingBrackets_ += ']';
         skipWhitespace();
         return peek() == ']' ? Next::Delimiter : Next::Value;
     }
@@ -178,16 +182,16 @@ private:
     Next openObject() {
         ++position_;
         if (!sink_.startObject()) {
-            return fail(message::kHandlerCancels);
+            return fail(message::kHandlerCancelled);
         }
-        closers_ += '}';
+        closingBrackets_ += '}';
         skipWhitespace();
         return peek() == '}' ? Next::Delimiter : Next::Key;
     }
 
     Next readKey() {
         if (peek() != '"') {
-            return fail(message::kNoStringEnd); // a string not begun does not end either
+            return fail(message::kMissingStringEnd); // this case has no message of its own
         }
         const Next next = readString(
             [this](auto&& text) { return sink_.key(std::forward<decltype(text)>(text)); });
@@ -203,11 +207,11 @@ private:
     }
 
     Next readDelimiter() {
-        if (closers_.empty()) {
+        if (closingBrackets_.empty()) {
             return Next::End;
         }
         skipWhitespace();
-        return closers_.back() == ']' ? readArrayDelimiter() : readObjectDelimiter();
+        return closingBrackets_.back() == ']' ? readArrayDelimiter() : readObjectDelimiter();
     }
 
     Next readArrayDelimiter() {
@@ -218,8 +222,8 @@ private:
             return peek() == ']' ? fail(message::kUnexpectedArrayComma) : Next::Value;
         case ']':
             ++position_;
-            closers_.pop_back();
-            return completeIf(sink_.endArray());
+            closingBrackets_.pop_back();
+            return afterEvent(sink_.endArray());
         default:
             return fail(message::kUnexpectedArrayText);
         }
@@ -233,8 +237,8 @@ private:
             return peek() == '}' ? fail(message::kUnexpectedObjectComma) : Next::Key;
         case '}':
             ++position_;
-            closers_.pop_back();
-            return completeIf(sink_.endObject());
+            closingBrackets_.pop_back();
+            return afterEvent(sink_.endObject());
         default:
             return fail(message::kUnexpectedObjectText);
         }
@@ -247,7 +251,7 @@ private:
             ++position_;
         }
         if (!isDigit(peek())) {
-            return fail(message::kNoDigit);
+            return fail(message::kMissingDigit);
         }
         if (peek() == '0' && end_ - position_ > 1 && isDigit(position_[1])) {
             return fail(message::kUnexpectedZero);
@@ -259,7 +263,7 @@ private:
             ++position_;
             isDouble = true;
             if (!skipDigits()) {
-                return fail(message::kNoFractionDigit);
+                return fail(message::kMissingFractionDigit);
             }
         }
         if (peek() == 'e' || peek() == 'E') {
@@ -269,23 +273,24 @@ private:
                 ++position_;
             }
             if (!skipDigits()) {
-                return fail(message::kNoExponentDigit);
+                return fail(message::kMissingExponentDigit);
             }
         }
 
         if (!isDouble) {
-            return completeIf(
+            return afterEvent(
                 sink_.integer(static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude)));
         }
         const std::optional<double> value = toDouble({begin, position_});
-        return value ? completeIf(sink_.floating(*value)) : fail(message::kInvalidFloatingPoint);
+        return value ? afterEvent(sink_.floating(*value)) : fail(message::kInvalidFloatingPoint);
     }
 
-    // The digits before the point, as far as an integer takes them. One that is too large has
-    // all its digits skipped.
+    // Reads the digits of the integer part and returns their value. Sets `tooLarge` if they fail
+    // the bound check; the remaining digits are then skipped.
     std::uint64_t readMagnitude(bool& tooLarge) {
-        // An 8 or 9 behind the bound is too much. Other digits go on and may wrap around, so the
-        // sum is unsigned; but it is held against the bound with the sign it then has.
+        // At or above the bound, an 8 or 9 is too large; any other digit is added and may wrap.
+        // The sum is unsigned because signed overflow is undefined, but the comparison is signed:
+        // a sum that has wrapped to a negative value is below the bound again.
         constexpr std::int64_t kBound = 922337203685477580;
         std::uint64_t magnitude = 0;
         for (; isDigit(peek()); ++position_) {
@@ -300,7 +305,7 @@ private:
         return magnitude;
     }
 
-    // Whether there was one at least.
+    // Returns whether there was at least one digit.
     bool skipDigits() {
         const char* const begin = position_;
         while (isDigit(peek())) {
@@ -309,24 +314,23 @@ private:
         return position_ != begin;
     }
 
-    // Tells of a text without escapes where it stands, and of one with escapes as a text of its
-    // own, to be moved from.
-    Next readString(auto&& tell) {
+    // Passes the string to `emit`, as a view if it has no escapes, else as an rvalue.
+    Next readString(auto&& emit) {
         ++position_;
         const char* const begin = position_;
         skipPlainText();
         if (peek() == '"') {
             const std::string_view text(begin, position_);
             ++position_;
-            return completeIf(tell(text));
+            return afterEvent(emit(text));
         }
         typename Sink::Text text;
-        return readEscapedString(begin, text) ? completeIf(tell(std::move(text))) : Next::Error;
+        return readEscapedString(begin, text) ? afterEvent(emit(std::move(text))) : Next::Error;
     }
 
-    // A string from `begin` on, of which the position is at the first escape.
+    // Reads the rest of a string that starts at `begin`; the position is at its first escape.
     bool readEscapedString(const char* begin, typename Sink::Text& text) {
-        text.reserve(2 * static_cast<std::size_t>(position_ - begin) + kUsualRest);
+        text.reserve(2 * static_cast<std::size_t>(position_ - begin) + kTypicalTail);
         text.append(begin, position_);
         while (position_ != end_) {
             const char c = *position_;
@@ -341,10 +345,10 @@ private:
             skipPlainText();
             text.append(plain, position_);
         }
-        return refuse(message::kNoStringEnd);
+        return reportError(message::kMissingStringEnd);
     }
 
-    // Up to a double quote, a backslash or the end.
+    // Skips to the next double quote or backslash, or to the end.
     void skipPlainText() {
         position_ = bytescan::find(
             position_, end_,
@@ -352,10 +356,10 @@ private:
             [](char byte) { return byte == '"' || byte == '\\'; });
     }
 
-    // What follows a backslash.
+    // Reads the rest of an escape, after the backslash.
     bool readEscape(typename Sink::Text& text) {
         if (position_ == end_) {
-            return refuse(message::kNoStringEnd);
+            return reportError(message::kMissingStringEnd);
         }
         const char c = *position_;
         ++position_;
@@ -383,15 +387,15 @@ private:
         case 'u':
             return readCodePoint(text);
         default:
-            return refuse(message::kUnexpectedEscape);
+            return reportError(message::kUnexpectedEscape);
         }
     }
 
-    // What follows "\u": one code unit, or a pair of surrogates.
+    // Reads one code unit or a surrogate pair, after the first "\u".
     bool readCodePoint(typename Sink::Text& text) {
         const std::optional<std::uint32_t> unit = readCodeUnit();
         if (!unit) {
-            return refuse(message::kInvalidHex);
+            return reportError(message::kInvalidHex);
         }
         if (!unicode::isSurrogate(*unit)) {
             unicode::appendUtf8(*unit, text);
@@ -406,10 +410,10 @@ private:
                 return true;
             }
         }
-        return refuse(message::kInvalidSurrogates);
+        return reportError(message::kInvalidSurrogates);
     }
 
-    // Four hexadecimal digits.
+    // Reads four hexadecimal digits. Returns nullopt if there are fewer.
     std::optional<std::uint32_t> readCodeUnit() {
         std::uint32_t unit = 0;
         for (int i = 0; i < 4; ++i) {
@@ -426,7 +430,7 @@ private:
     const char* position_;
     const char* const end_;
     Sink& sink_;
-    std::string closers_; // the brackets that close what is open, the innermost last
+    std::string closingBrackets_; // of the open containers, innermost last
     const char* error_ = nullptr;
 };
 

@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-// Code units of UTF-16, as escapes name them, and UTF-8, as texts hold it.
+// Conversion of UTF-16 code units, as used in escapes, to UTF-8.
 namespace ravenjson::unicode {
 
-// The value of a hexadecimal digit, or -1.
+// Returns the value of a hexadecimal digit, or -1 if `c` is not one.
 constexpr int hexDigitValue(char c) {
     if (c >= '0' && c <= '9') {
         return c - '0';
@@ -31,12 +31,12 @@ constexpr bool isLowSurrogate(std::uint32_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-// The code point of two surrogates.
+// Returns the code point of a surrogate pair.
 constexpr std::uint32_t combine(std::uint32_t high, std::uint32_t low) {
     return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
 }
 
-// Appends a code point to a text by its operator +=.
+// Appends `codePoint` as UTF-8 bytes, each with operator +=.
 template<class Text>
 void appendUtf8(std::uint32_t codePoint, Text& text) {
     const auto append = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };

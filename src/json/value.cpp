@@ -4,14 +4,14 @@
 
 namespace ravenjson {
 
-// Destroys one container after another. What is nested in a container goes with it, which costs
-// stack for each level; from a certain depth on it waits until the stack is free again.
+// Destroys a tree of containers with bounded stack use: recurses up to kMaxDepth levels and puts
+// deeper containers on a list, to be destroyed when the recursion has returned.
 class Value::Teardown {
 public:
-    // Destroys the container, or has the teardown that is already under way on this thread do so.
-    static void destroy(NestContainer* container) noexcept {
+    // Destroys `container`, as part of the teardown already running on this thread if there is one.
+    static void destroy(ValueContainer* container) noexcept {
         if (current_ != nullptr) {
-            current_->destroyNested(container);
+            current_->destroyOrDefer(container);
         } else {
             Teardown().run(container);
         }
@@ -20,7 +20,7 @@ public:
 private:
     static constexpr int kMaxDepth = 64;
 
-    void run(NestContainer* container) noexcept {
+    void run(ValueContainer* container) noexcept {
         current_ = this;
         for (pending_ = container; pending_ != nullptr;) {
             delete std::exchange(pending_, pending_->nextPending_);
@@ -28,7 +28,7 @@ private:
         current_ = nullptr;
     }
 
-    void destroyNested(NestContainer* container) noexcept {
+    void destroyOrDefer(ValueContainer* container) noexcept {
         if (depth_ == kMaxDepth) {
             container->nextPending_ = pending_;
             pending_ = container;
@@ -41,9 +41,9 @@ private:
 
     static thread_local constinit Teardown* current_;
 
-    NestContainer* pending_ = nullptr;
+    ValueContainer* pending_ = nullptr;
     int depth_ = 0;
-    Arena::FreeTogether freeTogether_;
+    Arena::DeallocationBatch batch_;
 };
 
 thread_local constinit Value::Teardown* Value::Teardown::current_ = nullptr;
@@ -52,7 +52,7 @@ void Value::destroyContainer() noexcept {
     if (kind_ == Kind::String) {
         delete payload_.container;
     } else if (kind_ == Kind::Object || kind_ == Kind::Array) {
-        Teardown::destroy(static_cast<NestContainer*>(payload_.container));
+        Teardown::destroy(static_cast<ValueContainer*>(payload_.container));
     }
 }
 
@@ -115,7 +115,7 @@ void Value::copyContainer(const Value& other) {
     }
 }
 
-void Value::refuseKind() {
+void Value::throwKindMismatch() {
     throw std::logic_error("This JSON value is of another kind.");
 }
 
@@ -175,7 +175,7 @@ bool operator==(const Value& left, const Value& right) {
             }
             break;
         }
-        default: // nothing but the kind
+        default: // no payload
             break;
         }
     }

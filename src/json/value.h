@@ -15,7 +15,7 @@
 
 namespace ravenjson {
 
-// What a Value holds. Each kind but null is one bit; no kind has the code 8.
+// Type of a Value. Each kind except Null is a single bit; the code 8 is unused.
 enum class Kind : std::uint32_t {
     Null = 0,
     Boolean = 1,
@@ -26,23 +26,22 @@ enum class Kind : std::uint32_t {
     Array = 64,
 };
 
-// One JSON value, and so a whole document: null, a boolean, an integer, a double, a string, an
-// object or an array.
+// A JSON value: null, a boolean, an integer, a double, a string, an object or an array. Owns the
+// values nested in it.
 //
-// A value: a copy is deep, and a value moved from is null. It belongs to one thread at a time;
-// reading one value from several threads is fine.
+// Copies are deep; a moved-from value is null. Not thread-safe, but several threads may read the
+// same value.
 //
-// The members of an object are in the ascending byte order of their keys, in whatever order they
-// were added. Integers and doubles are distinct kinds: 1 and 1.0 are not equal.
+// Object members are sorted by the bytes of their keys. Integers and doubles are distinct kinds:
+// 1 and 1.0 are not equal.
 //
-// The parts of a tree that was read from a text share pages of memory. A part moved out of such a
-// tree keeps the pages it is on; a copy does not.
+// The parts of a parsed tree share memory pages (see Arena). A part moved out of the tree keeps its
+// pages allocated; a copy does not.
 //
-// Nesting has no limit: copying, comparing and destroying take the same small amount of stack for
-// a tree of any depth.
+// Nesting depth is unlimited: copying, comparing and destroying use a bounded amount of stack.
 //
-// The accessors of a payload are for the kind they are named after, so test the kind first.
-// Called on a value of another kind they throw std::logic_error.
+// The payload accessors boolean(), integer(), floating(), string(), object() and array(), and the
+// functions that use them, throw std::logic_error if the value is of another kind.
 class Value {
 public:
     using String = std::basic_string<char, std::char_traits<char>, ArenaAllocator<char>>;
@@ -50,15 +49,15 @@ public:
         std::map<String, Value, KeyOrder, ArenaAllocator<std::pair<const String, Value>>>;
     using Array = std::vector<Value, ArenaAllocator<Value>>;
 
-    // Null.
+    // Constructs null.
     Value() noexcept : kind_(Kind::Null) {}
 
-    // The empty value of a kind: null, false, 0, 0.0, "", {} or []. A code that is no kind is
-    // kept, with nothing behind it.
+    // Constructs the empty value of a kind: null, false, 0, 0.0, "", {} or []. An unknown code is
+    // kept, without a payload.
     explicit Value(Kind kind);
 
-    // What a value is made of must say so itself: a pointer is no boolean, and an unsigned number
-    // is neither an integer nor a double.
+    // Constrained so that a pointer does not convert to a boolean, nor an unsigned integer to an
+    // integer or a double.
     Value(std::same_as<bool> auto boolean) noexcept : kind_(Kind::Boolean) {
         payload_.boolean = boolean;
     }
@@ -77,8 +76,8 @@ public:
     Value(const Value& other);
     Value(Value&& other) noexcept
         : kind_(std::exchange(other.kind_, Kind::Null)), payload_(other.payload_) {}
-    // Each takes what it is given before it lets go of what it had: a value may be given a part of
-    // itself.
+    // `other` may be a part of this value: it is copied or moved before the old payload is
+    // destroyed.
     Value& operator=(const Value& other) {
         Value(other).swap(*this);
         return *this;
@@ -117,29 +116,29 @@ public:
     [[nodiscard]] const Array& array() const;
     [[nodiscard]] Array& array();
 
-    // The member of that name, or nullptr when this is an object without it or no object at all.
+    // Returns the member with that key, or nullptr if there is none or this is not an object.
     [[nodiscard]] const Value* find(std::string_view key) const noexcept;
     [[nodiscard]] Value* find(std::string_view key) noexcept;
 
-    // The member of that name of an object; a null one is added when there is none.
+    // Returns the member with that key; adds a null member if there is none.
     [[nodiscard]] Value& operator[](std::string_view key) { return object()[String(key)]; }
 
-    // An element of an array; throws std::out_of_range beyond its end.
+    // Returns an element of an array. Throws std::out_of_range if there is none at `index`.
     [[nodiscard]] const Value& at(std::size_t index) const { return array().at(index); }
     [[nodiscard]] Value& at(std::size_t index) { return array().at(index); }
 
-    // Adds an element at the end of an array, and gives it back.
+    // Appends an element to an array and returns a reference to it.
     Value& append(Value element) { return array().emplace_back(std::move(element)); }
 
-    // Keeps the kind and empties the payload: no members, elements or characters, false, 0, 0.0.
+    // Resets the payload to the empty value of the same kind.
     void clear() { *this = Value(kind_); }
 
-    // The same kind and the same payload all the way down.
+    // Compares kinds and payloads, nested values included.
     friend bool operator==(const Value& left, const Value& right);
 
 private:
     class AbstractContainer;
-    class NestContainer;
+    class ValueContainer;
     template<class T>
     class Container;
     class Teardown;
@@ -153,10 +152,10 @@ private:
 
     void destroyContainer() noexcept;
     void copyContainer(const Value& other);
-    [[noreturn]] static void refuseKind();
-    void require(Kind kind) const {
+    [[noreturn]] static void throwKindMismatch();
+    void requireKind(Kind kind) const {
         if (kind_ != kind) {
-            refuseKind();
+            throwKindMismatch();
         }
     }
 
@@ -164,7 +163,7 @@ private:
     Payload payload_;
 };
 
-// What a string, an object or an array keeps outside the value that owns it.
+// Payload of a string, an object or an array; owned by the value.
 class Value::AbstractContainer {
 public:
     AbstractContainer() = default;
@@ -177,17 +176,17 @@ public:
     static void operator delete(void* block) noexcept { Arena::deallocate(block); }
 };
 
-// One that holds values.
-class Value::NestContainer : public AbstractContainer {
+// Container with nested values: an object or an array.
+class Value::ValueContainer : public AbstractContainer {
 private:
     friend class Teardown;
 
-    NestContainer* nextPending_ = nullptr;
+    ValueContainer* nextPending_ = nullptr; // of Teardown's list
 };
 
 template<class T>
 class Value::Container final
-    : public std::conditional_t<std::is_same_v<T, String>, AbstractContainer, NestContainer> {
+    : public std::conditional_t<std::is_same_v<T, String>, AbstractContainer, ValueContainer> {
 public:
     template<class... Arguments>
     explicit Container(Arguments&&... arguments) : content(std::forward<Arguments>(arguments)...) {}
@@ -213,47 +212,47 @@ inline Value::Value(const Value& other) : Value() {
 }
 
 inline bool Value::boolean() const {
-    require(Kind::Boolean);
+    requireKind(Kind::Boolean);
     return payload_.boolean;
 }
 
 inline std::int64_t Value::integer() const {
-    require(Kind::Integer);
+    requireKind(Kind::Integer);
     return payload_.integer;
 }
 
 inline double Value::floating() const {
-    require(Kind::Double);
+    requireKind(Kind::Double);
     return payload_.floating;
 }
 
 inline const Value::String& Value::string() const {
-    require(Kind::String);
+    requireKind(Kind::String);
     return static_cast<const Container<String>*>(payload_.container)->content;
 }
 
 inline Value::String& Value::string() {
-    require(Kind::String);
+    requireKind(Kind::String);
     return static_cast<Container<String>*>(payload_.container)->content;
 }
 
 inline const Value::Object& Value::object() const {
-    require(Kind::Object);
+    requireKind(Kind::Object);
     return static_cast<const Container<Object>*>(payload_.container)->content;
 }
 
 inline Value::Object& Value::object() {
-    require(Kind::Object);
+    requireKind(Kind::Object);
     return static_cast<Container<Object>*>(payload_.container)->content;
 }
 
 inline const Value::Array& Value::array() const {
-    require(Kind::Array);
+    requireKind(Kind::Array);
     return static_cast<const Container<Array>*>(payload_.container)->content;
 }
 
 inline Value::Array& Value::array() {
-    require(Kind::Array);
+    requireKind(Kind::Array);
     return static_cast<Container<Array>*>(payload_.container)->content;
 }
 

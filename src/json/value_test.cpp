@@ -1,7 +1,7 @@
 #include "json/value.h"
 
 #include "json/reader.h"
-#include "json/testing/heap_watch.h"
+#include "json/testing/allocation_counter.h"
 #include "json/testing/small_stack.h"
 
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@ using ravenjson::Kind;
 using ravenjson::Value;
 
 constexpr int kManyLevels = 1'000'000;
-const std::string kLongText(100, 'x'); // too long to stand inside a std::string
+const std::string kLongText(100, 'x'); // too long for the small-string buffer
 
 Value object(std::initializer_list<std::pair<std::string, Value>> members) {
     Value value(Kind::Object);
@@ -37,7 +37,7 @@ Value array(std::initializer_list<Value> elements) {
     return value;
 }
 
-// Arrays in arrays, or arrays and objects in turn, around one integer.
+// Returns an integer nested in arrays, or in alternating arrays and objects.
 Value nested(int levels, bool withObjects) {
     Value value(7);
     for (int i = 0; i < levels; ++i) {
@@ -62,7 +62,7 @@ std::vector<Value> oneOfEachKind() {
             array({1, kLongText, object({{"x", 1.5}})})};
 }
 
-TEST(ValueTest, theKindsAreSingleBits) {
+TEST(ValueTest, KindsHaveFixedCodes) {
     EXPECT_EQ(static_cast<std::uint32_t>(Kind::Null), 0U);
     EXPECT_EQ(static_cast<std::uint32_t>(Kind::Boolean), 1U);
     EXPECT_EQ(static_cast<std::uint32_t>(Kind::Integer), 2U);
@@ -73,13 +73,13 @@ TEST(ValueTest, theKindsAreSingleBits) {
     static_assert(sizeof(Kind) == 4);
 }
 
-TEST(ValueTest, isNullWhenMadeFromNothing) {
+TEST(ValueTest, DefaultConstructsNull) {
     const Value value;
     EXPECT_EQ(value.kind(), Kind::Null);
     EXPECT_TRUE(value.isNull());
 }
 
-TEST(ValueTest, keepsWhatItIsMadeFrom) {
+TEST(ValueTest, ConstructsFromEachPayload) {
     EXPECT_TRUE(Value(true).isBoolean());
     EXPECT_TRUE(Value(true).boolean());
     EXPECT_FALSE(Value(false).boolean());
@@ -96,14 +96,14 @@ TEST(ValueTest, keepsWhatItIsMadeFrom) {
     EXPECT_EQ(Value(std::string_view("view")).string(), "view");
 }
 
-TEST(ValueTest, aPointerOrAnUnsignedNumberMakesNone) {
+TEST(ValueTest, RejectsPointersAndUnsignedIntegers) {
     static_assert(!std::is_constructible_v<Value, int*>);
     static_assert(!std::is_constructible_v<Value, std::nullptr_t>);
     static_assert(!std::is_constructible_v<Value, unsigned>);
     static_assert(!std::is_constructible_v<Value, std::uint64_t>);
 }
 
-TEST(ValueTest, theEmptyValueOfAKind) {
+TEST(ValueTest, ConstructsEmptyValueOfKind) {
     EXPECT_TRUE(Value(Kind::Null).isNull());
     EXPECT_FALSE(Value(Kind::Boolean).boolean());
     EXPECT_EQ(Value(Kind::Integer).integer(), 0);
@@ -113,7 +113,7 @@ TEST(ValueTest, theEmptyValueOfAKind) {
     EXPECT_TRUE(Value(Kind::Array).array().empty());
 }
 
-TEST(ValueTest, aCodeThatIsNoKindIsKept) {
+TEST(ValueTest, KeepsUnknownKindCode) {
     for (const std::uint32_t code : {8U, 48U, 128U}) {
         Value value{Kind(code)};
         const Value copy = value;
@@ -125,7 +125,7 @@ TEST(ValueTest, aCodeThatIsNoKindIsKept) {
     }
 }
 
-TEST(ValueTest, membersAreInTheOrderOfTheirKeys) {
+TEST(ValueTest, SortsMembersByKey) {
     Value value(Kind::Object);
     value["b"] = 2;
     value["\xC3\xA4"] = 4;
@@ -138,7 +138,7 @@ TEST(ValueTest, membersAreInTheOrderOfTheirKeys) {
     EXPECT_THAT(keys, testing::ElementsAre("a", "aa", "b", "\xC3\xA4"));
 }
 
-TEST(ValueTest, findsMembers) {
+TEST(ValueTest, FindsMembers) {
     Value value = object({{"a", 1}, {"b", "text"}});
     ASSERT_NE(value.find("b"), nullptr);
     EXPECT_EQ(value.find("b")->string(), "text");
@@ -146,18 +146,18 @@ TEST(ValueTest, findsMembers) {
     EXPECT_EQ(value["a"].integer(), 9);
     EXPECT_EQ(value.find("c"), nullptr);
     EXPECT_EQ(std::as_const(value).find("c"), nullptr);
-    EXPECT_EQ(value.object().size(), 2U) << "looking does not add";
+    EXPECT_EQ(value.object().size(), 2U) << "find() adds no member";
     EXPECT_EQ(Value().find("a"), nullptr);
     EXPECT_EQ(array({1}).find("a"), nullptr);
 }
 
-TEST(ValueTest, addsANullMember) {
+TEST(ValueTest, SubscriptAddsNullMember) {
     Value value(Kind::Object);
     EXPECT_TRUE(value["new"].isNull());
     EXPECT_EQ(value.object().size(), 1U);
 }
 
-TEST(ValueTest, elementsAreAppendedAndIndexed) {
+TEST(ValueTest, AppendsAndIndexesElements) {
     Value value(Kind::Array);
     EXPECT_EQ(value.append(1).integer(), 1);
     value.append("two");
@@ -167,35 +167,35 @@ TEST(ValueTest, elementsAreAppendedAndIndexed) {
     EXPECT_THROW(static_cast<void>(value.at(2)), std::out_of_range);
 }
 
-TEST(ValueTest, refusesAccessToAPayloadOfAnotherKind) {
+TEST(ValueTest, AccessorsThrowForOtherKinds) {
     std::vector<Value> values = oneOfEachKind();
     for (Value& value : values) {
         const Value& constant = value;
-        const auto refuses = [](bool isKind, auto&& access) {
+        const auto expectAccess = [](bool isKind, auto&& access) {
             if (isKind) {
                 EXPECT_NO_THROW(access());
             } else {
                 EXPECT_THROW(access(), std::logic_error);
             }
         };
-        refuses(value.isBoolean(), [&] { static_cast<void>(constant.boolean()); });
-        refuses(value.isInteger(), [&] { static_cast<void>(constant.integer()); });
-        refuses(value.isDouble(), [&] { static_cast<void>(constant.floating()); });
-        refuses(value.isString(), [&] { static_cast<void>(constant.string()); });
-        refuses(value.isString(), [&] { static_cast<void>(value.string()); });
-        refuses(value.isObject(), [&] { static_cast<void>(constant.object()); });
-        refuses(value.isObject(), [&] { static_cast<void>(value.object()); });
-        refuses(value.isObject(), [&] { static_cast<void>(value["a"]); });
-        refuses(value.isArray(), [&] { static_cast<void>(constant.array()); });
-        refuses(value.isArray(), [&] { static_cast<void>(value.array()); });
-        refuses(value.isArray(), [&] { value.append(1); });
+        expectAccess(value.isBoolean(), [&] { static_cast<void>(constant.boolean()); });
+        expectAccess(value.isInteger(), [&] { static_cast<void>(constant.integer()); });
+        expectAccess(value.isDouble(), [&] { static_cast<void>(constant.floating()); });
+        expectAccess(value.isString(), [&] { static_cast<void>(constant.string()); });
+        expectAccess(value.isString(), [&] { static_cast<void>(value.string()); });
+        expectAccess(value.isObject(), [&] { static_cast<void>(constant.object()); });
+        expectAccess(value.isObject(), [&] { static_cast<void>(value.object()); });
+        expectAccess(value.isObject(), [&] { static_cast<void>(value["a"]); });
+        expectAccess(value.isArray(), [&] { static_cast<void>(constant.array()); });
+        expectAccess(value.isArray(), [&] { static_cast<void>(value.array()); });
+        expectAccess(value.isArray(), [&] { value.append(1); });
     }
 }
 
-TEST(ValueTest, anotherPayloadReleasesTheContainer) {
+TEST(ValueTest, AssignmentFreesContainer) {
     std::vector<Value> values = oneOfEachKind();
     for (Value& value : values) {
-        const HeapWatch heap;
+        const AllocationCounter heap;
         Value copy = value;
         const bool hasContainer = value.isString() || value.isObject() || value.isArray();
         EXPECT_EQ(heap.liveBlocks() > 0, hasContainer);
@@ -205,8 +205,8 @@ TEST(ValueTest, anotherPayloadReleasesTheContainer) {
     }
 }
 
-TEST(ValueTest, destructionReleasesTheContainer) {
-    const HeapWatch heap;
+TEST(ValueTest, DestructorFreesContainer) {
+    const AllocationCounter heap;
     {
         const std::vector<Value> values = oneOfEachKind();
         EXPECT_GT(heap.liveBlocks(), 0);
@@ -214,7 +214,7 @@ TEST(ValueTest, destructionReleasesTheContainer) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ValueTest, aCopyIsDeep) {
+TEST(ValueTest, CopiesDeeply) {
     for (const Value& value : oneOfEachKind()) {
         const Value copy = value;
         EXPECT_EQ(copy, value);
@@ -228,10 +228,10 @@ TEST(ValueTest, aCopyIsDeep) {
     EXPECT_EQ(original, copy);
 }
 
-TEST(ValueTest, aMoveTakesThePayloadAndLeavesNull) {
+TEST(ValueTest, MoveLeavesNull) {
     for (Value value : oneOfEachKind()) {
         const Value copy = value;
-        const HeapWatch heap;
+        const AllocationCounter heap;
         Value moved = std::move(value);
         EXPECT_EQ(heap.allocations(), 0U);
         EXPECT_TRUE(value.isNull()); // NOLINT(bugprone-use-after-move)
@@ -242,7 +242,7 @@ TEST(ValueTest, aMoveTakesThePayloadAndLeavesNull) {
     }
 }
 
-TEST(ValueTest, mayBeGivenItselfOrAPartOfItself) {
+TEST(ValueTest, AssignsFromItsOwnParts) {
     Value value = array({1, array({2, "deep"})});
     const Value& same = value;
     value = same;
@@ -256,7 +256,7 @@ TEST(ValueTest, mayBeGivenItselfOrAPartOfItself) {
     EXPECT_EQ(value["self"].kind(), Kind::Object);
 }
 
-TEST(ValueTest, swaps) {
+TEST(ValueTest, SwapsPayloads) {
     Value left = "text";
     Value right = array({1});
     left.swap(right);
@@ -264,7 +264,7 @@ TEST(ValueTest, swaps) {
     EXPECT_EQ(right, Value("text"));
 }
 
-TEST(ValueTest, clearKeepsTheKind) {
+TEST(ValueTest, ClearKeepsKind) {
     std::vector<Value> values = oneOfEachKind();
     for (Value& value : values) {
         const Kind kind = value.kind();
@@ -273,7 +273,7 @@ TEST(ValueTest, clearKeepsTheKind) {
     }
 }
 
-TEST(ValueTest, equalityKnowsKindsAndPayloads) {
+TEST(ValueTest, EqualityComparesKindAndPayload) {
     const std::vector<Value> values = oneOfEachKind();
     for (std::size_t i = 0; i < values.size(); ++i) {
         for (std::size_t j = 0; j < values.size(); ++j) {
@@ -293,25 +293,25 @@ TEST(ValueTest, equalityKnowsKindsAndPayloads) {
     EXPECT_NE(object({{"a", 1}}), object({{"a", 1}, {"b", 1}}));
 }
 
-TEST(ValueTest, depthDoesNotCostStack) {
+TEST(ValueTest, DepthDoesNotUseStack) {
     for (const bool withObjects : {false, true}) {
         const int levels = withObjects ? kManyLevels / 5 : kManyLevels;
         bool copyIsEqual = false;
-        bool otherIsEqual = true;
-        onSmallStack([&] {
+        bool nestedCopyIsEqual = true;
+        runOnSmallStack([&] {
             const Value value = nested(levels, withObjects);
             Value copy = value;
             copyIsEqual = copy == value;
             copy = array({std::move(copy)});
-            otherIsEqual = copy == value;
+            nestedCopyIsEqual = copy == value;
         });
         EXPECT_TRUE(copyIsEqual);
-        EXPECT_FALSE(otherIsEqual);
+        EXPECT_FALSE(nestedCopyIsEqual);
     }
 }
 
-TEST(ValueTest, depthIsReleasedToTheLastBlock) {
-    const HeapWatch heap;
+TEST(ValueTest, DestructorFreesDeepTree) {
+    const AllocationCounter heap;
     {
         Value value = nested(1000, true);
         value.append(nested(1000, false));
@@ -320,10 +320,10 @@ TEST(ValueTest, depthIsReleasedToTheLastBlock) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-TEST(ValueTest, partsOfOneTextMayGoToDifferentThreads) {
+TEST(ValueTest, ThreadsDestroyPartsOfOneTree) {
     std::string text = "[";
     for (int i = 0; i < 2000; ++i) {
-        text += R"({"name":"a name that is too long for its place","n":[1,2,3]},)";
+        text += R"({"name":"a name too long for the small-string buffer","n":[1,2,3]},)";
     }
     text += "null]";
     Value document;

@@ -13,8 +13,8 @@ namespace {
 
 constexpr const char* kNotFinite = "Floating point is nan or inf.";
 
-// What a byte becomes in a string: 0, it is copied; else the letter behind the backslash, where
-// 'u' means the form of six characters.
+// Indexed by byte. 0: copy the byte; otherwise the letter after the backslash, where 'u' stands for
+// the six-character form "\u00xx".
 constexpr std::array<char, 256> makeEscapes() {
     constexpr std::string_view kControls = "uuuuuuuubtnufruuuuuuuuuuuuuuuuuu";
     std::array<char, 256> escapes{};
@@ -23,7 +23,7 @@ constexpr std::array<char, 256> makeEscapes() {
     }
     escapes['"'] = '"';
     escapes['\\'] = '\\';
-    escapes[0x7F] = 'u'; // prints as nothing, so it is shown
+    escapes[0x7F] = 'u'; // DEL is not printable
     return escapes;
 }
 
@@ -34,7 +34,7 @@ constexpr char escapeOf(char byte) {
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-// Writes one value with all that is in it.
+// Writes one value and the values nested in it. Not recursive.
 class Writer {
 public:
     Writer(WriterOptions options, std::string& output) : options_(options), output_(output) {}
@@ -51,9 +51,9 @@ public:
     }
 
 private:
-    // A container that is open, and how far it is written.
+    // An open container and the next of its values to write.
     struct Scope {
-        const Value::Object* object = nullptr; // or nullptr, and it is an array
+        const Value::Object* object = nullptr; // nullptr for an array
         Value::Object::const_iterator member;
         const Value::Array* array = nullptr;
         std::size_t element = 0;
@@ -84,11 +84,11 @@ private:
             scopes_.push_back({nullptr, {}, &value.array()});
             return true;
         }
-        return true; // no kind, no text
+        return true; // an unknown kind has no text
     }
 
-    // Writes what stands between the value just written and the next one, closing containers as
-    // they end. The next value, or nullptr at the end of all.
+    // Writes the delimiters and the key that precede the next value, and closes the containers that
+    // are complete. Returns the next value, or nullptr if there is none.
     const Value* advance() {
         while (!scopes_.empty()) {
             Scope& scope = scopes_.back();
@@ -129,7 +129,7 @@ private:
 
     [[nodiscard]] bool isPretty() const { return (options_ & kPretty) != 0; }
 
-    // With kPretty: a new line, indented to the depth of the scopes that are open.
+    // If kPretty is set, starts a new line and indents it by the number of open containers.
     void breakLine() {
         if (!isPretty()) {
             return;
@@ -158,7 +158,7 @@ private:
             return false;
         }
         if (value == 0.0) {
-            output_ += "0.0"; // a negative zero too
+            output_ += "0.0"; // negative zero, too
         } else {
             appendDouble(value, output_);
         }
@@ -181,7 +181,7 @@ private:
         output_ += '"';
     }
 
-    // The first byte that must be escaped.
+    // Returns the first byte that must be escaped, or `end`.
     static const char* findSpecial(const char* position, const char* end) {
         return bytescan::find(
             position, end,
@@ -205,7 +205,7 @@ private:
 
     const WriterOptions options_;
     std::string& output_;
-    std::vector<Scope> scopes_; // the innermost is the last
+    std::vector<Scope> scopes_; // innermost last
 };
 
 } // namespace

@@ -7,27 +7,28 @@
 
 namespace ravenjson {
 
-// How a text is laid out: an OR of the flags below, the indents and the line break counting only
-// with kPretty. Without it the text has no line breaks and no blanks.
+// Bitwise OR of the flags below. Without kPretty the text has no line breaks and no spaces, and
+// the other flags have no effect. The default indentation is two spaces, also if both indent flags
+// are set.
 using WriterOptions = std::uint32_t;
 
 inline constexpr WriterOptions kCompact = 0;
-inline constexpr WriterOptions kIndentFourSpaces = 0x01; // instead of two
-inline constexpr WriterOptions kIndentTab = 0x02;        // instead of two spaces
-inline constexpr WriterOptions kCrLf = 0x04;             // "\r\n" instead of "\n"
+inline constexpr WriterOptions kIndentFourSpaces = 0x01;
+inline constexpr WriterOptions kIndentTab = 0x02;
+inline constexpr WriterOptions kCrLf = 0x04; // "\r\n" instead of "\n"
 inline constexpr WriterOptions kPretty = 0x80;
 
-// Appends `value` as text to `output`. Only a double that is infinite or not a number cannot be
-// written: the result is then false, `error` says so, and `output` ends with it ("nan", "inf",
-// "-inf"). Else `error` stays as it was.
+// Appends `value` as JSON text to `output`. If `value` contains NaN or an infinite double, stops
+// there: `output` then ends in "nan", "inf" or "-inf", `error` is set and the result is false. On
+// success `error` is unchanged.
 //
-// Nesting has no limit and costs no stack. The text does not depend on the locale. A double with
-// no fraction is written without one and so reads back as an integer; zero is always "0.0".
+// A double without a fraction is written without one, so it reads back as an integer; zero is
+// always "0.0". Nesting depth is unlimited and takes no stack. The locale has no effect.
 [[nodiscard]] bool write(const Value& value, WriterOptions options, std::string& output,
                          std::string& error);
 
-// `value` as text, or as much of it as could be written: for values that hold no infinite doubles
-// and no NaN, and for callers who do not mind.
+// Returns `value` as JSON text. Does not report a NaN or an infinite double: the text then ends
+// there, as with write().
 [[nodiscard]] std::string toString(const Value& value, WriterOptions options = kCompact);
 
 } // namespace ravenjson

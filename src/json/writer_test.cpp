@@ -1,8 +1,8 @@
 #include "json/writer.h"
 
 #include "json/reader.h"
+#include "json/testing/allocation_counter.h"
 #include "json/testing/german_locale.h"
-#include "json/testing/heap_watch.h"
 #include "json/testing/small_stack.h"
 
 #include <gtest/gtest.h>
@@ -23,14 +23,14 @@ constexpr ravenjson::WriterOptions kFourSpaces = ravenjson::kPretty | ravenjson:
 constexpr ravenjson::WriterOptions kTab = ravenjson::kPretty | ravenjson::kIndentTab;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-Value document(std::string_view text) {
+Value parsed(std::string_view text) {
     Value value;
     std::string error;
     EXPECT_TRUE(ravenjson::parse(text, value, error)) << error << ": " << text;
     return value;
 }
 
-TEST(WriterTest, theOptionsAreBitsOfOneWord) {
+TEST(WriterTest, OptionsHaveFixedCodes) {
     EXPECT_EQ(ravenjson::kPretty, 0x80U);
     EXPECT_EQ(ravenjson::kIndentFourSpaces, 0x01U);
     EXPECT_EQ(ravenjson::kIndentTab, 0x02U);
@@ -38,20 +38,20 @@ TEST(WriterTest, theOptionsAreBitsOfOneWord) {
     static_assert(sizeof(ravenjson::WriterOptions) == 4);
 }
 
-TEST(WriterTest, writesLiterals) {
+TEST(WriterTest, WritesLiterals) {
     EXPECT_EQ(toString(Value()), "null");
     EXPECT_EQ(toString(true), "true");
     EXPECT_EQ(toString(false), "false");
 }
 
-TEST(WriterTest, writesIntegers) {
+TEST(WriterTest, WritesIntegers) {
     EXPECT_EQ(toString(0), "0");
     EXPECT_EQ(toString(-42), "-42");
     EXPECT_EQ(toString(std::numeric_limits<std::int64_t>::max()), "9223372036854775807");
     EXPECT_EQ(toString(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
 }
 
-TEST(WriterTest, writesDoubles) {
+TEST(WriterTest, WritesDoubles) {
     EXPECT_EQ(toString(0.1), "0.10000000000000001");
     EXPECT_EQ(toString(-2.5), "-2.5");
     EXPECT_EQ(toString(1e300), "1.0000000000000001e+300");
@@ -59,18 +59,18 @@ TEST(WriterTest, writesDoubles) {
     EXPECT_EQ(toString(100000000000000000.0), "1e+17");
 }
 
-TEST(WriterTest, aDoubleWithoutFractionHasNone) {
+TEST(WriterTest, WritesWholeDoubleWithoutFraction) {
     EXPECT_EQ(toString(1.0), "1");
     EXPECT_EQ(toString(-3.0), "-3");
-    EXPECT_TRUE(document(toString(1.0)).isInteger());
+    EXPECT_TRUE(parsed(toString(1.0)).isInteger());
 }
 
-TEST(WriterTest, zeroHasAFractionAndNoSign) {
+TEST(WriterTest, WritesZeroWithoutSign) {
     EXPECT_EQ(toString(0.0), "0.0");
     EXPECT_EQ(toString(-0.0), "0.0");
 }
 
-TEST(WriterTest, escapesStrings) {
+TEST(WriterTest, EscapesStrings) {
     EXPECT_EQ(toString("\t\"\x01"), R"("\t\"\u0001")");
     EXPECT_EQ(toString("\b\t\n\f\r\"\\"), R"("\b\t\n\f\r\"\\")");
     EXPECT_EQ(toString("\x7F"), R"("\u007f")");
@@ -78,10 +78,9 @@ TEST(WriterTest, escapesStrings) {
     EXPECT_EQ(toString(""), R"("")");
 }
 
-TEST(WriterTest, treatsEachByteAsItsTableSays) {
-    // By itself, and where sixteen bytes are looked at together.
-    for (const std::size_t around : {0U, 20U}) {
-        const std::string padding(around, 'x');
+TEST(WriterTest, EscapesBytesByTable) {
+    for (const std::size_t paddingSize : {0U, 20U}) { // 20: long enough for the SSE2 search
+        const std::string padding(paddingSize, 'x');
         for (int byte = 0; byte < 256; ++byte) {
             std::string expected(1, static_cast<char>(byte));
             if (const auto letter = std::string_view("\b\t\n\f\r\"\\").find(expected);
@@ -98,77 +97,77 @@ TEST(WriterTest, treatsEachByteAsItsTableSays) {
             std::string written = "\"";
             written.append(padding).append(expected).append(padding).append("\"");
             EXPECT_EQ(toString(text), written) << byte;
-            EXPECT_EQ(document(toString(text)), Value(text)) << byte;
+            EXPECT_EQ(parsed(toString(text)), Value(text)) << byte;
         }
     }
 }
 
-TEST(WriterTest, compactHasNoBlanks) {
+TEST(WriterTest, CompactTextHasNoSpaces) {
     Value value(Kind::Object);
     value["b"] = 2;
     value["a"] = 1;
     EXPECT_EQ(toString(value), R"({"a":1,"b":2})");
-    EXPECT_EQ(toString(document(R"([ 1, [ ], { "k" : [ null , "x" ] } ])")),
+    EXPECT_EQ(toString(parsed(R"([ 1, [ ], { "k" : [ null , "x" ] } ])")),
               R"([1,[],{"k":[null,"x"]}])");
 }
 
-TEST(WriterTest, escapesKeys) {
+TEST(WriterTest, EscapesKeys) {
     Value value(Kind::Object);
     value["a\n\""] = true;
     EXPECT_EQ(toString(value), R"({"a\n\"":true})");
 }
 
-TEST(WriterTest, emptyOnesStayOnTheirLine) {
+TEST(WriterTest, WritesEmptyContainersOnOneLine) {
     for (const auto options : {ravenjson::kCompact, kTwoSpaces}) {
         EXPECT_EQ(toString(Value(Kind::Object), options), "{}");
         EXPECT_EQ(toString(Value(Kind::Array), options), "[]");
     }
-    EXPECT_EQ(toString(document(R"({"a":{},"b":[]})"), kTwoSpaces),
+    EXPECT_EQ(toString(parsed(R"({"a":{},"b":[]})"), kTwoSpaces),
               "{\n  \"a\": {},\n  \"b\": []\n}");
 }
 
-TEST(WriterTest, prettyHasALineForEachMember) {
-    EXPECT_EQ(toString(document(R"({"b":2,"a":1})"), kFourSpaces),
+TEST(WriterTest, PrettyWritesOneMemberPerLine) {
+    EXPECT_EQ(toString(parsed(R"({"b":2,"a":1})"), kFourSpaces),
               "{\n    \"a\": 1,\n    \"b\": 2\n}");
 }
 
-TEST(WriterTest, prettyIndentsByDepth) {
-    const Value value = document(R"({"a":[1,{"b":null}],"c":"d"})");
+TEST(WriterTest, PrettyIndentsByDepth) {
+    const Value value = parsed(R"({"a":[1,{"b":null}],"c":"d"})");
     EXPECT_EQ(toString(value, kTwoSpaces),
               "{\n  \"a\": [\n    1,\n    {\n      \"b\": null\n    }\n  ],\n  \"c\": \"d\"\n}");
     EXPECT_EQ(toString(value, kTab),
               "{\n\t\"a\": [\n\t\t1,\n\t\t{\n\t\t\t\"b\": null\n\t\t}\n\t],\n\t\"c\": \"d\"\n}");
 }
 
-TEST(WriterTest, bothIndentBitsMeanTwoSpaces) {
-    const Value value = document("[1]");
+TEST(WriterTest, BothIndentBitsGiveTwoSpaces) {
+    const Value value = parsed("[1]");
     EXPECT_EQ(toString(value, ravenjson::kPretty | 0x03), "[\n  1\n]");
 }
 
-TEST(WriterTest, breaksLinesAsAsked) {
-    EXPECT_EQ(toString(document("[1,2]"), kTwoSpaces | ravenjson::kCrLf), "[\r\n  1,\r\n  2\r\n]");
+TEST(WriterTest, CrLfChangesLineBreak) {
+    EXPECT_EQ(toString(parsed("[1,2]"), kTwoSpaces | ravenjson::kCrLf), "[\r\n  1,\r\n  2\r\n]");
 }
 
-TEST(WriterTest, indentAndLineBreakCountOnlyWhenPretty) {
-    EXPECT_EQ(toString(document(R"({"a":[1,2]})"), 0x7F), R"({"a":[1,2]})");
+TEST(WriterTest, CompactIgnoresIndentAndLineBreak) {
+    EXPECT_EQ(toString(parsed(R"({"a":[1,2]})"), 0x7F), R"({"a":[1,2]})");
 }
 
-TEST(WriterTest, prettyReadsBackTheSame) {
-    const Value value = document(R"({"a":[1,{"b":null,"c":[[],{},"x"]}],"c":"d"})");
+TEST(WriterTest, PrettyTextReadsBackEqual) {
+    const Value value = parsed(R"({"a":[1,{"b":null,"c":[[],{},"x"]}],"c":"d"})");
     for (const auto options : {kTwoSpaces, kFourSpaces, kTab, kTab | ravenjson::kCrLf}) {
-        EXPECT_EQ(document(toString(value, options)), value);
+        EXPECT_EQ(parsed(toString(value, options)), value);
     }
 }
 
-TEST(WriterTest, appendsToTheOutput) {
+TEST(WriterTest, AppendsToOutput) {
     std::string output = "data: ";
     std::string error = "none";
-    EXPECT_TRUE(ravenjson::write(document("[1]"), ravenjson::kCompact, output, error));
+    EXPECT_TRUE(ravenjson::write(parsed("[1]"), ravenjson::kCompact, output, error));
     EXPECT_EQ(output, "data: [1]");
     EXPECT_EQ(error, "none");
 }
 
-TEST(WriterTest, infiniteAndNanCannotBeWritten) {
+TEST(WriterTest, RejectsInfinityAndNan) {
     const std::pair<double, std::string> cases[] = {
         {std::nan(""), "nan"}, {-std::nan(""), "nan"}, {kInfinity, "inf"}, {-kInfinity, "-inf"}};
     for (const auto& [number, text] : cases) {
@@ -180,20 +179,20 @@ TEST(WriterTest, infiniteAndNanCannotBeWritten) {
     }
 }
 
-TEST(WriterTest, stopsAtTheFirstThatCannotBeWritten) {
+TEST(WriterTest, StopsAtFirstError) {
     Value value(Kind::Array);
     value.append(1);
-    value.append(document(R"({"a":0,"b":1})"));
+    value.append(parsed(R"({"a":0,"b":1})"));
     value.at(1)["b"] = -kInfinity;
     value.append(2);
     std::string output;
     std::string error;
     EXPECT_FALSE(ravenjson::write(value, ravenjson::kCompact, output, error));
     EXPECT_EQ(output, R"([1,{"a":0,"b":-inf)");
-    EXPECT_EQ(toString(value), R"([1,{"a":0,"b":-inf)") << "toString gives it without a word";
+    EXPECT_EQ(toString(value), R"([1,{"a":0,"b":-inf)") << "toString() does not report the error";
 }
 
-TEST(WriterTest, aCodeThatIsNoKindIsWrittenAsNothing) {
+TEST(WriterTest, WritesNothingForUnknownKind) {
     std::string output;
     std::string error;
     EXPECT_TRUE(ravenjson::write(Value(Kind(8)), ravenjson::kCompact, output, error));
@@ -203,16 +202,16 @@ TEST(WriterTest, aCodeThatIsNoKindIsWrittenAsNothing) {
     EXPECT_EQ(toString(value), R"({"a":})");
 }
 
-TEST(WriterTest, doesNotDependOnTheLocale) {
+TEST(WriterTest, IgnoresLocale) {
     const GermanLocale german;
-    EXPECT_EQ(toString(document(R"([0.5,-1234567.25,1e-7,1234567])")),
+    EXPECT_EQ(toString(parsed(R"([0.5,-1234567.25,1e-7,1234567])")),
               "[0.5,-1234567.25,9.9999999999999995e-08,1234567]");
 }
 
-TEST(WriterTest, depthDoesNotCostStack) {
+TEST(WriterTest, DepthDoesNotUseStack) {
     constexpr std::size_t kLevels = 1'000'000;
     std::string written;
-    onSmallStack([&] {
+    runOnSmallStack([&] {
         Value value = "core";
         for (std::size_t i = 0; i < kLevels; ++i) {
             Value outer(Kind::Array);
@@ -224,14 +223,14 @@ TEST(WriterTest, depthDoesNotCostStack) {
     EXPECT_EQ(written, std::string(kLevels, '[') + "\"core\"" + std::string(kLevels, ']'));
 }
 
-TEST(WriterTest, takesNoMemoryButTheOutput) {
-    const Value value = document(R"({"a":["text \n more text, and more still",0.1,12345],"b":{}})");
+TEST(WriterTest, AllocatesOnlyForOpenContainers) {
+    const Value value = parsed(R"({"a":["text \n more text, and more still",0.1,12345],"b":{}})");
     std::string output;
     std::string error;
     output.reserve(1000);
-    const HeapWatch heap;
+    const AllocationCounter heap;
     EXPECT_TRUE(ravenjson::write(value, ravenjson::kCompact, output, error));
-    EXPECT_LE(heap.allocations(), 3U) << "for the containers that are open";
+    EXPECT_LE(heap.allocations(), 3U) << "one growing stack of open containers";
 }
 
 } // namespace

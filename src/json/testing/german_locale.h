@@ -2,8 +2,9 @@
 
 #include <string>
 
-// While it lives, the C library counts in German: its decimal point is a comma. Throws
-// std::runtime_error on a machine that has no such locale.
+// Sets a German C locale, with a decimal comma, and restores the previous locale on destruction.
+// Affects the whole process. The constructor throws std::runtime_error if the locale is not
+// installed.
 class GermanLocale {
 public:
     GermanLocale();
@@ -13,5 +14,5 @@ public:
     GermanLocale& operator=(const GermanLocale&) = delete;
 
 private:
-    std::string before_;
+    std::string previous_;
 };

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-void onSmallStack(const std::function<void()>& work) {
+void runOnSmallStack(const std::function<void()>& work) {
     constexpr unsigned kStackBytes = 512 * 1024;
     const std::unique_ptr<QThread> thread(QThread::create(work));
     thread->setStackSize(kStackBytes);

@@ -2,6 +2,6 @@
 
 #include <functional>
 
-// Runs `work` to its end on a thread with a stack of 512 KiB, which an instrumented build gets by
-// with too, and which a call for each of a million levels does not.
-void onSmallStack(const std::function<void()>& work);
+// Runs `work` on a thread with a stack of 512 KiB and waits for it. That is enough for a sanitizer
+// build, but not for recursion over a million levels.
+void runOnSmallStack(const std::function<void()>& work);

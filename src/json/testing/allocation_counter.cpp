@@ -1,4 +1,4 @@
-#include "json/testing/heap_watch.h"
+#include "json/testing/allocation_counter.h"
 
 #include <cstdlib>
 #include <new>
@@ -11,7 +11,7 @@ thread_local constinit std::size_t allocatedBytes = 0;
 
 } // namespace
 
-// The test program's own operator new and delete; those for arrays call them.
+// Replaces operator new and delete of the test program; the array forms call these.
 
 void* operator new(std::size_t bytes) {
     void* const block = std::malloc(bytes == 0 ? 1 : bytes);
@@ -35,17 +35,17 @@ void operator delete(void* block, std::size_t) noexcept {
     operator delete(block);
 }
 
-HeapWatch::HeapWatch()
+AllocationCounter::AllocationCounter()
     : liveBlocks_(::liveBlocks), allocations_(::allocations), allocatedBytes_(::allocatedBytes) {}
 
-std::ptrdiff_t HeapWatch::liveBlocks() const {
+std::ptrdiff_t AllocationCounter::liveBlocks() const {
     return ::liveBlocks - liveBlocks_;
 }
 
-std::size_t HeapWatch::allocations() const {
+std::size_t AllocationCounter::allocations() const {
     return ::allocations - allocations_;
 }
 
-std::size_t HeapWatch::allocatedBytes() const {
+std::size_t AllocationCounter::allocatedBytes() const {
     return ::allocatedBytes - allocatedBytes_;
 }

@@ -2,12 +2,12 @@
 
 #include <cstddef>
 
-// What the calling thread has taken from the heap with operator new since the watch was made.
-class HeapWatch {
+// Counts the calling thread's use of operator new and delete since construction.
+class AllocationCounter {
 public:
-    HeapWatch();
+    AllocationCounter();
 
-    // Blocks taken and not given back, which may be fewer than none.
+    // Allocations minus deallocations; negative if older blocks were freed.
     [[nodiscard]] std::ptrdiff_t liveBlocks() const;
     [[nodiscard]] std::size_t allocations() const;
     [[nodiscard]] std::size_t allocatedBytes() const;
