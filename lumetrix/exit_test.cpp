@@ -10,12 +10,13 @@
 
 namespace {
 
-class Exit : public testing::Test {
+class ExitTest : public testing::Test {
 protected:
-    Exit() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+    ExitTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
-    // Four threads that log until the process ends; returns once they have logged a good deal.
-    static void keepLogging(const LoadedLumetrix& library) {
+    // Starts four threads that log until the process exits. Returns once they have logged 1000
+    // lines.
+    static void startLoggingThreads(const LoadedLumetrix& library) {
         static std::atomic<int> lines{0};
         for (int thread = 0; thread < 4; ++thread) {
             std::thread([&library, logger = library.getLogger()] {
@@ -29,27 +30,27 @@ protected:
         }
     }
 
-    // The same for the process that starts this test and the one that runs it to its end.
+    // Named after the test, so that the death test's child process uses the same directory.
     const LogDirectory log{testing::UnitTest::GetInstance()->current_test_info()->name()};
 };
 
-TEST_F(Exit, WithoutReleaseWhileThreadsLog) {
+TEST_F(ExitTest, ExitsWithoutReleaseWhileThreadsLog) {
     EXPECT_EXIT(
         {
-            const auto& library = *new LoadedLumetrix; // not unloaded either
+            const auto& library = *new LoadedLumetrix; // not unloaded
             library.logOneLine(log.utf8(), "before");
-            keepLogging(library);
+            startLoggingThreads(library);
             std::exit(7);
         },
         testing::ExitedWithCode(7), "");
 }
 
-TEST_F(Exit, RightAfterReleaseWhileThreadsLog) {
+TEST_F(ExitTest, ExitsAfterReleaseWhileThreadsLog) {
     EXPECT_EXIT(
         {
             const auto& library = *new LoadedLumetrix;
             library.logOneLine(log.utf8(), "before");
-            keepLogging(library);
+            startLoggingThreads(library);
             library.release(library.getLogger());
             std::exit(7);
         },
@@ -57,7 +58,7 @@ TEST_F(Exit, RightAfterReleaseWhileThreadsLog) {
     EXPECT_THAT(log.messages(), testing::SizeIs(testing::Ge(1000U)));
 }
 
-TEST_F(Exit, WithoutReleaseAndUnloaded) {
+TEST_F(ExitTest, ExitsWithoutReleaseAfterUnload) {
     EXPECT_EXIT(
         {
             {
@@ -69,7 +70,7 @@ TEST_F(Exit, WithoutReleaseAndUnloaded) {
         testing::ExitedWithCode(7), "");
 }
 
-TEST_F(Exit, StartUpFailureIsSeenThoughNoDirectoryWasGiven) {
+TEST_F(ExitTest, ReportsStartFailureWithoutDirectory) {
     EXPECT_EXIT(
         {
             const LoadedLumetrix library;

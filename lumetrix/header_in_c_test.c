@@ -1,4 +1,4 @@
-/* lumetrix.h is a C header: this file compiles as C. */
+/* Verifies that lumetrix.h compiles as C. */
 #include "lumetrix.h"
 
 void log_from_c(const char* directory);

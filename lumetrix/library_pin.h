@@ -2,8 +2,8 @@
 
 namespace lumetrix2 {
 
-// Keeps this library in memory as long as it lives, however often the host unloads it: a thread
-// that runs in the library must not lose its code.
+// Keeps this library loaded for the lifetime of the object, even if the host unloads it. Needed by
+// every object that runs a thread in the library's code.
 class LibraryPin {
 public:
     LibraryPin();
@@ -13,7 +13,7 @@ public:
     LibraryPin& operator=(const LibraryPin&) = delete;
 
 private:
-    void* library_ = nullptr; // null when this code is part of a program
+    void* library_ = nullptr; // null if there is no library to pin
 };
 
 } // namespace lumetrix2

@@ -37,20 +37,20 @@ std::string formatted(std::string_view pattern, spdlog::level::level_enum level,
 }
 
 std::string offsetFromUtc() {
-    const std::time_t winter = 1709251198; // the end of February 2024
-    const int minutes = spdlog::details::os::utc_minutes_offset(*std::localtime(&winter));
+    const std::time_t time = 1709251198; // 29 February 2024
+    const int minutes = spdlog::details::os::utc_minutes_offset(*std::localtime(&time));
     return fmt::format("{}{:02}:{:02}", minutes < 0 ? '-' : '+', std::abs(minutes) / 60,
                        std::abs(minutes) % 60);
 }
 
-TEST(LineFormat, FieldsAreKeyedAndPartedByTabs) {
+TEST(LineFormatTest, SeparatesKeyedFieldsWithTabs) {
     EXPECT_EQ(formatted(kLinePattern, spdlog::level::info, "server started"),
               "_dt:20240229T235958.007" + offsetFromUtc() +
                   "\t_l:info\t_th:4711\t_m:Quorin5\tmsg:server started" +
                   spdlog::details::os::default_eol);
 }
 
-TEST(LineFormat, LevelsByName) {
+TEST(LineFormatTest, WritesLevelNames) {
     EXPECT_NE(formatted(kLinePattern, spdlog::level::debug, "").find("\t_l:debug\t"),
               std::string::npos);
     EXPECT_NE(formatted(kLinePattern, spdlog::level::warn, "").find("\t_l:warning\t"),
@@ -59,18 +59,18 @@ TEST(LineFormat, LevelsByName) {
               std::string::npos);
 }
 
-TEST(LineFormat, ConsoleLineReadsTheSame) {
+TEST(LineFormatTest, ConsoleLineHasSameText) {
     EXPECT_EQ(formatted(kConsolePattern, spdlog::level::warn, "a\tb"),
               formatted(kLinePattern, spdlog::level::warn, "a\tb"));
 }
 
-TEST(LineFormat, MessageCannotForgeALineOrAField) {
+TEST(LineFormatTest, MessageCannotForgeLineOrField) {
     const auto line = formatted(kLinePattern, spdlog::level::info, "a\n_dt:x\t_l:error\r\nb");
     EXPECT_NE(line.find("\tmsg:a\\n_dt:x\\t_l:error\\r\\nb"), std::string::npos) << line;
     EXPECT_EQ(line.find('\n'), line.size() - 1);
 }
 
-TEST(LineFormat, PlainTextStaysAsItIs) {
+TEST(LineFormatTest, KeepsPlainTextUnchanged) {
     EXPECT_EQ(escaped(""), "");
     EXPECT_EQ(escaped("GET fwfiles/a%20b.zip - -  200 0 %v {}"),
               "GET fwfiles/a%20b.zip - -  200 0 %v {}");
@@ -78,9 +78,9 @@ TEST(LineFormat, PlainTextStaysAsItIs) {
               "gr\xc3\xbc\xc3\x9f \xe6\x97\xa5 \xff");
 }
 
-TEST(LineFormat, ControlCharactersAndBackSlashAreEscaped) {
+TEST(LineFormatTest, EscapesControlCharactersAndBackslash) {
     EXPECT_EQ(escaped("\n\r\t\\"), "\\n\\r\\t\\\\");
-    EXPECT_EQ(escaped("\\n"), "\\\\n"); // not to be taken for a line feed
+    EXPECT_EQ(escaped("\\n"), "\\\\n"); // must differ from an escaped line feed
     EXPECT_EQ(escaped("\x1b[31mred\x7f"), "\\x1b[31mred\\x7f");
     EXPECT_EQ(escaped(std::string_view("\0\x01\x1f", 3)), "\\x00\\x01\\x1f");
     EXPECT_EQ(escaped("C:\\log\ttwo\nlines"), "C:\\\\log\\ttwo\\nlines");

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-// For tests: a library loaded at run time, as the gateway loads this one.
+// A library loaded at run time, the way the gateway loads this one. For tests.
 class LoadedLibrary {
 public:
     explicit LoadedLibrary(const std::filesystem::path& file);
@@ -11,13 +11,13 @@ public:
     LoadedLibrary(const LoadedLibrary&) = delete;
     LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
-    // The exported function, null when there is none of that name.
+    // Returns null if the library is not loaded or exports no function of that name.
     template<typename Function>
     Function* function(const char* name) const {
         return reinterpret_cast<Function*>(address(name));
     }
 
-    // True while the library is in the memory of this process.
+    // Returns true if the library is loaded in this process.
     static bool isLoaded(const std::filesystem::path& file);
 
 private:

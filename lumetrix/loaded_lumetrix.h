@@ -4,7 +4,7 @@
 
 #include <string>
 
-// For tests: the logging library, loaded and called as the gateway does.
+// The logging library, loaded and called the way the gateway does it. For tests.
 struct LoadedLumetrix : LoadedLibrary {
     LoadedLumetrix() : LoadedLibrary(LUMETRIX_LIBRARY) {}
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(Loading, AllTwelveFunctionsAreFoundByName) {
+TEST(LoadingTest, ExportsTwelveFunctions) {
     const LoadedLumetrix library;
     for (const char* name :
          {"lumetrix_get_logger", "lumetrix_create", "lumetrix_release", "lumetrix_log",
@@ -21,7 +21,7 @@ TEST(Loading, AllTwelveFunctionsAreFoundByName) {
     EXPECT_EQ(library.function<void()>("lumetrix_flush"), nullptr);
 }
 
-TEST(Loading, LibraryLeavesMemoryAfterReleaseAndCanComeBack) {
+TEST(LoadingTest, UnloadsAfterReleaseAndLoadsAgain) {
     const LogDirectory log;
     std::vector<std::string> texts;
     for (int cycle = 0; cycle < 20; ++cycle) {
@@ -36,12 +36,12 @@ TEST(Loading, LibraryLeavesMemoryAfterReleaseAndCanComeBack) {
     EXPECT_EQ(log.messages(), texts);
 }
 
-TEST(Loading, LibraryThatWasNeverUsedLeavesMemory) {
+TEST(LoadingTest, UnloadsUnusedLibrary) {
     { const LoadedLumetrix library; }
     EXPECT_FALSE(LoadedLumetrix::isLoaded());
 }
 
-TEST(Loading, UnloadedBeforeReleaseItStaysUntilReleased) {
+TEST(LoadingTest, StaysLoadedUntilRelease) {
     const LogDirectory log;
     {
         const LoadedLumetrix library;

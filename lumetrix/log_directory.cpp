@@ -21,10 +21,10 @@ std::vector<std::string> fileNamesIn(const std::filesystem::path& directory) {
     return names;
 }
 
-std::vector<std::string> linesOf(std::istream& text) {
+std::vector<std::string> readLines(std::istream& text) {
     std::vector<std::string> lines;
     for (std::string line; std::getline(text, line);) {
-        if (line.ends_with('\r')) { // a log line's end on Windows
+        if (line.ends_with('\r')) { // log lines end in CRLF on Windows
             line.pop_back();
         }
         lines.push_back(line);
@@ -32,13 +32,15 @@ std::vector<std::string> linesOf(std::istream& text) {
     return lines;
 }
 
-bool isTime(std::string_view field) {
-    constexpr std::string_view kShape = "_dt:00000000T000000.000+00:00";
-    return std::equal(
-        field.begin(), field.end(), kShape.begin(), kShape.end(), [](char c, char shape) {
-            const bool isDigit = '0' <= c && c <= '9';
-            return shape == '0' ? isDigit : shape == '+' ? c == '+' || c == '-' : c == shape;
-        });
+bool isTimestamp(std::string_view field) {
+    constexpr std::string_view kPattern = "_dt:00000000T000000.000+00:00";
+    return std::equal(field.begin(), field.end(), kPattern.begin(), kPattern.end(),
+                      [](char c, char expected) {
+                          const bool isDigit = '0' <= c && c <= '9';
+                          return expected == '0'   ? isDigit
+                                 : expected == '+' ? c == '+' || c == '-'
+                                                   : c == expected;
+                      });
 }
 
 } // namespace
@@ -78,7 +80,7 @@ std::vector<std::string> LogDirectory::linesIn(const std::filesystem::path& dire
     std::vector<std::string> all;
     for (const auto& name : fileNamesIn(directory)) {
         std::ifstream file(directory / name, std::ios::binary);
-        std::ranges::move(linesOf(file), std::back_inserter(all));
+        std::ranges::move(readLines(file), std::back_inserter(all));
     }
     return all;
 }
@@ -91,20 +93,20 @@ std::vector<std::string> LogDirectory::messagesOf(const std::vector<std::string>
         for (std::string field; std::getline(text, field, '\t');) {
             fields.push_back(field);
         }
-        const bool isLine = fields.size() == 5 && isTime(fields[0]) &&
-                            fields[1].starts_with("_l:") && fields[2].starts_with("_th:") &&
-                            fields[3] == "_m:Quorin5" && fields[4].starts_with("msg:");
-        messages.push_back(isLine ? fields[4].substr(4) : line);
+        const bool matches = fields.size() == 5 && isTimestamp(fields[0]) &&
+                             fields[1].starts_with("_l:") && fields[2].starts_with("_th:") &&
+                             fields[3] == "_m:Quorin5" && fields[4].starts_with("msg:");
+        messages.push_back(matches ? fields[4].substr(4) : line);
     }
     return messages;
 }
 
-std::vector<std::string> LogDirectory::split(const std::string& text) {
+std::vector<std::string> LogDirectory::splitLines(const std::string& text) {
     std::istringstream stream(text);
-    return linesOf(stream);
+    return readLines(stream);
 }
 
-std::chrono::system_clock::time_point noonIn(int days) {
+std::chrono::system_clock::time_point noonOfDay(int days) {
     const std::time_t now = std::time(nullptr);
     std::tm date = *std::localtime(&now);
     date.tm_mday += days;
@@ -115,8 +117,8 @@ std::chrono::system_clock::time_point noonIn(int days) {
     return std::chrono::system_clock::from_time_t(std::mktime(&date));
 }
 
-std::string dayFile(const std::string& base, int days) {
-    const std::time_t noon = std::chrono::system_clock::to_time_t(noonIn(days));
+std::string dailyFileName(const std::string& base, int days) {
+    const std::time_t noon = std::chrono::system_clock::to_time_t(noonOfDay(days));
     std::string date(sizeof "YYYY-MM-DD", '\0');
     date.resize(std::strftime(date.data(), date.size(), "%Y-%m-%d", std::localtime(&noon)));
     return base + "_" + date + ".log";

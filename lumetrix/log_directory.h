@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-// For tests: an empty directory that is removed at the end, and the log lines in it.
+// Creates a log directory, reads the log lines in it, and removes it in the destructor. For tests.
 class LogDirectory {
 public:
     LogDirectory();
@@ -16,29 +16,30 @@ public:
     LogDirectory& operator=(const LogDirectory&) = delete;
 
     const std::filesystem::path& path() const { return path_; }
-    // In the encoding of the C functions.
+    // The path in UTF-8, as the C functions expect it.
     std::string utf8() const;
 
     std::vector<std::string> fileNames() const;
     void write(const std::string& name, const std::string& content) const;
     std::string content(const std::string& name) const;
 
-    // The lines of all files, in the order of the files' names.
+    // The lines of all files, sorted by file name.
     std::vector<std::string> lines() const { return linesIn(path_); }
     static std::vector<std::string> linesIn(const std::filesystem::path& directory);
 
-    // What stands after "msg:" in each line; a line of another form as it is.
+    // The text after "msg:" of each line. A line that does not match the format is returned whole.
     std::vector<std::string> messages() const { return messagesOf(lines()); }
     static std::vector<std::string> messagesOf(const std::vector<std::string>& lines);
 
-    static std::vector<std::string> split(const std::string& text);
+    // Splits `text` into lines; accepts LF and CRLF.
+    static std::vector<std::string> splitLines(const std::string& text);
 
 private:
     std::filesystem::path path_;
 };
 
-// Noon of the day `days` after today: never near a change of the date.
-std::chrono::system_clock::time_point noonIn(int days);
+// Noon, local time, of the day `days` days from today: a time that is not close to midnight.
+std::chrono::system_clock::time_point noonOfDay(int days);
 
-// BASE_YYYY-MM-DD.log for that day.
-std::string dayFile(const std::string& base, int days);
+// BASE_YYYY-MM-DD.log for the day `days` days from today.
+std::string dailyFileName(const std::string& base, int days);

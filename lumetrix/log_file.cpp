@@ -18,20 +18,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// True for the name of a day's file: the base name and a date.
-bool isDayFile(const fs::path& name, const fs::path& baseName) {
-    constexpr std::string_view kShape = "_0000-00-00.log";
+bool isDailyFile(const fs::path& name, const fs::path& baseName) {
+    constexpr std::string_view kPattern = "_0000-00-00.log";
     const auto& text = name.native();
     const auto& base = baseName.native();
-    return text.size() == base.size() + kShape.size() && text.starts_with(base) &&
-           std::equal(
-               kShape.begin(), kShape.end(), text.end() - kShape.size(),
-               [](char shape, auto c) { return shape == '0' ? '0' <= c && c <= '9' : c == shape; });
+    return text.size() == base.size() + kPattern.size() && text.starts_with(base) &&
+           std::equal(kPattern.begin(), kPattern.end(), text.end() - kPattern.size(),
+                      [](char expected, auto c) {
+                          return expected == '0' ? '0' <= c && c <= '9' : c == expected;
+                      });
 }
 
-// spdlog's own count of daily files ends at the first day without one; a gateway that rests over
-// the weekend would never lose its old files.
-void removeOldDays(const fs::path& current, const fs::path& baseName, int filesKept) {
+// Used instead of the file limit of spdlog's daily sink, which stops looking at the first day
+// without a file and would never remove the files before it.
+void removeOldDailyFiles(const fs::path& current, const fs::path& baseName, int filesKept) {
     if (filesKept < 1) {
         return;
     }
@@ -40,7 +40,7 @@ void removeOldDays(const fs::path& current, const fs::path& baseName, int filesK
     for (fs::directory_iterator entry(current.parent_path(), error), end; !error && entry != end;
          entry.increment(error)) {
         const auto name = entry->path().filename();
-        if (name != current.filename() && isDayFile(name, baseName)) {
+        if (name != current.filename() && isDailyFile(name, baseName)) {
             others.push_back(entry->path());
         }
     }
@@ -48,12 +48,13 @@ void removeOldDays(const fs::path& current, const fs::path& baseName, int filesK
     if (others.size() <= othersKept) {
         return;
     }
-    std::sort(others.begin(), others.end(), std::greater<>{}); // names sort as their dates do
+    std::sort(others.begin(), others.end(), std::greater<>{}); // newest first: names sort by date
     std::for_each(others.begin() + static_cast<std::ptrdiff_t>(othersKept), others.end(),
                   [&error](const fs::path& old) { fs::remove(old, error); });
 }
 
-void removeBeyond(const fs::path& file, std::size_t filesKept) {
+// Removes files beyond `filesKept`, left by a run with a higher limit.
+void removeExcessFiles(const fs::path& file, std::size_t filesKept) {
     std::error_code error;
     for (auto index = filesKept; fs::remove(
              spdlog::sinks::rotating_file_sink_st::calc_filename(file.native(), index), error);
@@ -61,13 +62,13 @@ void removeBeyond(const fs::path& file, std::size_t filesKept) {
     }
 }
 
-void endTornLine(const fs::path& file, std::FILE* stream) {
-    std::ifstream written(file, std::ios::binary | std::ios::ate);
-    if (written.tellg() <= 0) {
+void terminateIncompleteLine(const fs::path& file, std::FILE* stream) {
+    std::ifstream existing(file, std::ios::binary | std::ios::ate);
+    if (existing.tellg() <= 0) {
         return;
     }
-    written.seekg(-1, std::ios::end);
-    if (written.get() != '\n') {
+    existing.seekg(-1, std::ios::end);
+    if (existing.get() != '\n') {
         static_cast<void>(std::fputs(spdlog::details::os::default_eol, stream));
     }
 }
@@ -82,16 +83,16 @@ openLogFile(const fs::path& directory, const fs::path& baseName, const Rotation&
     spdlog::file_event_handlers handlers;
     std::shared_ptr<spdlog::sinks::sink> sink;
     if (rotation.maxBytes) {
-        handlers.after_open = endTornLine;
+        handlers.after_open = terminateIncompleteLine;
         const auto filesKept = static_cast<std::size_t>(std::clamp(rotation.filesKept, 1, 200000));
         sink = std::make_shared<spdlog::sinks::rotating_file_sink_st>(
             file.native(), *rotation.maxBytes, filesKept - 1, false, handlers);
-        removeBeyond(file, filesKept);
+        removeExcessFiles(file, filesKept);
     } else {
         handlers.after_open = [baseName, filesKept = rotation.filesKept](const fs::path& opened,
                                                                          std::FILE* stream) {
-            endTornLine(opened, stream);
-            removeOldDays(opened, baseName, filesKept);
+            terminateIncompleteLine(opened, stream);
+            removeOldDailyFiles(opened, baseName, filesKept);
         };
         sink = std::make_shared<spdlog::sinks::daily_file_sink_st>(file.native(), 0, 0, false,
                                                                    std::uint16_t{0}, handlers);

@@ -10,16 +10,16 @@
 namespace lumetrix2 {
 namespace {
 
-// Our numbers are those of spdlog plus one.
+// The level numbers are those of spdlog plus one.
 spdlog::level::level_enum spdlogLevel(int level) {
     static_assert(LUMETRIX_DEBUG == SPDLOG_LEVEL_DEBUG + 1);
     static_assert(LUMETRIX_ERROR == SPDLOG_LEVEL_ERROR + 1);
-    const int known = std::clamp<int>(level, LUMETRIX_DEBUG, LUMETRIX_ERROR);
-    return static_cast<spdlog::level::level_enum>(known - 1);
+    const int clamped = std::clamp<int>(level, LUMETRIX_DEBUG, LUMETRIX_ERROR);
+    return static_cast<spdlog::level::level_enum>(clamped - 1);
 }
 
-// What a level number must reach to be logged.
-int lowestNumber(int outputLevel) {
+// The lowest level number that is logged at this output level.
+int minLoggedLevel(int outputLevel) {
     if (outputLevel <= LUMETRIX_DEBUG) {
         return std::numeric_limits<int>::min();
     }
@@ -32,7 +32,7 @@ Logger::Logger() = default;
 Logger::~Logger() = default;
 
 void Logger::start() {
-    const std::lock_guard lock(control_);
+    const std::lock_guard lock(controlMutex_);
     if (writer_) {
         return;
     }
@@ -40,42 +40,42 @@ void Logger::start() {
     auto writer = std::make_unique<Writer>(output, Writer::kDefaultQueueLength);
     output_ = std::move(output);
     setWriter(std::move(writer));
-    lowestLevel_ = lowestNumber(LUMETRIX_DEBUG);
+    minLevel_ = minLoggedLevel(LUMETRIX_DEBUG);
 }
 
 void Logger::release() {
-    const std::lock_guard lock(control_);
+    const std::lock_guard lock(controlMutex_);
     if (!writer_) {
         return;
     }
-    lowestLevel_ = kOff;
+    minLevel_ = kOff;
     setWriter(nullptr);
     const auto output = std::exchange(output_, nullptr);
     output->close();
-    output->giveUpHeldLines();
+    output->writeHeldLinesToStandardError();
 }
 
 void Logger::log(int level, std::string_view message) {
-    if (gateWanted_) {
-        const std::lock_guard untilChanged(control_);
+    if (writerChangePending_) {
+        const std::lock_guard waitForChange(controlMutex_);
     }
-    const std::shared_lock inside(gate_);
+    const std::shared_lock lock(writerMutex_);
     if (writer_) {
         writer_->write(spdlogLevel(level), message);
     }
 }
 
 void Logger::setLevel(int level) {
-    const std::lock_guard lock(control_);
+    const std::lock_guard lock(controlMutex_);
     if (!writer_) {
         return;
     }
-    lowestLevel_ = lowestNumber(level);
+    minLevel_ = minLoggedLevel(level);
     output_->set_level(spdlogLevel(level));
 }
 
 void Logger::setQueueLength(int lines) {
-    const std::lock_guard lock(control_);
+    const std::lock_guard lock(controlMutex_);
     if (writer_) {
         setWriter(std::make_unique<Writer>(output_, lines));
     }
@@ -99,21 +99,21 @@ void Logger::sync() {
 }
 
 void Logger::outputAll() {
-    changeOutput([](Output& output) { output.giveUpHeldLines(); });
+    changeOutput([](Output& output) { output.writeHeldLinesToStandardError(); });
 }
 
 void Logger::setWriter(std::unique_ptr<Writer> writer) {
-    gateWanted_ = true;
+    writerChangePending_ = true;
     {
-        const std::lock_guard alone(gate_);
+        const std::lock_guard lock(writerMutex_);
         writer_ = std::move(writer);
     }
-    gateWanted_ = false;
+    writerChangePending_ = false;
 }
 
 template<typename Change>
 void Logger::changeOutput(Change&& change) {
-    const std::lock_guard lock(control_);
+    const std::lock_guard lock(controlMutex_);
     if (!writer_) {
         return;
     }

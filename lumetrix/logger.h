@@ -15,8 +15,8 @@ namespace lumetrix2 {
 class Output;
 class Writer;
 
-// The logger behind the C functions: off until start(), and off again after release(). While it is
-// off every other call does nothing. Thread-safe; numbers and units are those of lumetrix.h.
+// Implements the C functions; levels and units are those of lumetrix.h. The logger is off until
+// start() and after release(); while it is off, all other functions do nothing. Thread-safe.
 class Logger {
 public:
     Logger();
@@ -25,13 +25,14 @@ public:
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 
-    // Does nothing when the logger is on. Throws std::exception when it cannot be started.
+    // Does nothing if the logger is on. Throws a std::exception if the writer thread cannot be
+    // started.
     void start();
     void release();
 
-    // False for a message that log() would leave out.
-    bool isLogged(int level) const { return level >= lowestLevel_.load(std::memory_order_relaxed); }
-    // Queues the message, whatever its level.
+    // Returns false if messages of this level are below the output level or the logger is off.
+    bool isLogged(int level) const { return level >= minLevel_.load(std::memory_order_relaxed); }
+    // Queues the message. Does not check the output level.
     void log(int level, std::string_view message);
 
     void setLevel(int level);
@@ -40,28 +41,28 @@ public:
     void setRotation(const Rotation& rotation);
     void setConsole(bool enabled);
     void sync();
-    // sync(), and the lines held for want of a directory go to standard error.
+    // Like sync(), but also writes the held lines to standard error if no directory is set.
     void outputAll();
 
 private:
     static constexpr int kOff = std::numeric_limits<int>::max();
 
-    // The old writer ends, all its lines written, before the new one gets a line.
+    // Destroys the old writer, which writes all its lines, before the new one receives any.
     void setWriter(std::unique_ptr<Writer> writer);
-    // Lines logged before the change are written as things stood before it.
+    // Writes all queued lines, then calls `change` with the output.
     template<typename Change>
     void changeOutput(Change&& change);
 
-    std::atomic<int> lowestLevel_{kOff}; // of the numbers that are logged
+    std::atomic<int> minLevel_{kOff}; // the lowest level number that is logged
 
-    std::mutex control_; // held by every call but log, to its end
+    std::mutex controlMutex_; // held by every function except log() and isLogged()
     std::shared_ptr<Output> output_;
-    std::unique_ptr<Writer> writer_; // changed under gate_; null: off
+    std::unique_ptr<Writer> writer_; // guarded by writerMutex_; null: off
 
-    std::shared_mutex gate_; // shared by calls of log that use writer_
-    // New calls of log then wait for control_: as long as some are inside, the gate would let in
-    // more of them, and whoever wants to change the writer might wait for ever.
-    std::atomic<bool> gateWanted_{false};
+    std::shared_mutex writerMutex_; // log() locks it shared
+    // While set, log() waits for controlMutex_ before it locks writerMutex_. A shared mutex may
+    // prefer readers: without this, a steady stream of log() calls could starve setWriter().
+    std::atomic<bool> writerChangePending_{false};
 };
 
 } // namespace lumetrix2

@@ -12,30 +12,33 @@ struct lumetrix_logger final : lumetrix2::Logger {};
 
 namespace {
 
-// The logger is never destroyed: threads of the host may still log while the process exits, and
-// one that was not released has a thread that uses it. A released logger owns nothing.
-union Process {
+// Holds a logger that is never destroyed: threads of the host may log while the process exits, and
+// the writer thread of a logger that was not released uses it. A released logger owns nothing, so
+// nothing leaks.
+union NeverDestroyed {
     lumetrix_logger logger;
 
-    Process() : logger() {}
-    ~Process() {}
+    NeverDestroyed() : logger() {}
+    ~NeverDestroyed() {}
 };
 
-Process process;
+NeverDestroyed global;
 
 std::filesystem::path toPath(std::string_view utf8) {
     return std::u8string(utf8.begin(), utf8.end());
 }
 
+// Calls `call` if `logger` is the handle of the global logger. Reports exceptions to standard
+// error.
 template<typename Call>
-void guarded(const lumetrix_logger* logger, Call&& call) noexcept {
-    if (logger != &process.logger) {
+void callLogger(const lumetrix_logger* logger, Call&& call) noexcept {
+    if (logger != &global.logger) {
         return;
     }
     try {
-        call(process.logger);
+        call(global.logger);
     } catch (const std::exception& error) {
-        lumetrix2::tellOnStandardError(error.what());
+        lumetrix2::reportToStandardError(error.what());
     }
 }
 
@@ -43,10 +46,10 @@ void guarded(const lumetrix_logger* logger, Call&& call) noexcept {
 
 lumetrix_logger* lumetrix_get_logger() {
     try {
-        process.logger.start();
-        return &process.logger;
+        global.logger.start();
+        return &global.logger;
     } catch (const std::exception& error) {
-        lumetrix2::tellOnStandardError(error.what());
+        lumetrix2::reportToStandardError(error.what());
         return nullptr;
     }
 }
@@ -56,51 +59,51 @@ lumetrix_logger* lumetrix_create() {
 }
 
 void lumetrix_release(lumetrix_logger* logger) {
-    guarded(logger, [](auto& known) { known.release(); });
+    callLogger(logger, [](auto& self) { self.release(); });
 }
 
 void lumetrix_log(lumetrix_logger* logger, const char* name, int level, const char* message) {
-    // The level first: it decides most often.
-    if (process.logger.isLogged(level) && name && message) {
-        guarded(logger, [=](auto& known) { known.log(level, message); });
+    // Checks the level first, so that a call below the output level returns at once.
+    if (global.logger.isLogged(level) && name && message) {
+        callLogger(logger, [=](auto& self) { self.log(level, message); });
     }
 }
 
 void lumetrix_set_output_dir(lumetrix_logger* logger, const char* directory,
                              const char* base_name) {
     if (directory && base_name && *base_name) {
-        guarded(logger, [=](auto& known) { known.setFile(toPath(directory), toPath(base_name)); });
+        callLogger(logger, [=](auto& self) { self.setFile(toPath(directory), toPath(base_name)); });
     }
 }
 
 void lumetrix_set_output_level(lumetrix_logger* logger, int level) {
-    guarded(logger, [=](auto& known) { known.setLevel(level); });
+    callLogger(logger, [=](auto& self) { self.setLevel(level); });
 }
 
 void lumetrix_set_enabled_console_out(lumetrix_logger* logger, int enabled) {
-    guarded(logger, [=](auto& known) { known.setConsole(enabled != 0); });
+    callLogger(logger, [=](auto& self) { self.setConsole(enabled != 0); });
 }
 
 void lumetrix_set_pool_size(lumetrix_logger* logger, int lines) {
-    guarded(logger, [=](auto& known) { known.setQueueLength(lines); });
+    callLogger(logger, [=](auto& self) { self.setQueueLength(lines); });
 }
 
 void lumetrix_set_rotation(lumetrix_logger* logger, int max_bytes, int number_of_files) {
     if (max_bytes > 0) {
-        guarded(logger, [=](auto& known) {
-            known.setRotation({number_of_files, static_cast<std::size_t>(max_bytes)});
+        callLogger(logger, [=](auto& self) {
+            self.setRotation({number_of_files, static_cast<std::size_t>(max_bytes)});
         });
     }
 }
 
 void lumetrix_set_rotation_with_date(lumetrix_logger* logger, int number_of_files) {
-    guarded(logger, [=](auto& known) { known.setRotation({number_of_files, std::nullopt}); });
+    callLogger(logger, [=](auto& self) { self.setRotation({number_of_files, std::nullopt}); });
 }
 
 void lumetrix_sync(lumetrix_logger* logger) {
-    guarded(logger, [](auto& known) { known.sync(); });
+    callLogger(logger, [](auto& self) { self.sync(); });
 }
 
 void lumetrix_output_all_logs(lumetrix_logger* logger) {
-    guarded(logger, [](auto& known) { known.outputAll(); });
+    callLogger(logger, [](auto& self) { self.outputAll(); });
 }

@@ -26,11 +26,11 @@ using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStderr;
 using testing::internal::GetCapturedStdout;
 
-class Lumetrix : public testing::Test {
+class LumetrixTest : public testing::Test {
 protected:
-    ~Lumetrix() override { lumetrix_release(logger); }
+    ~LumetrixTest() override { lumetrix_release(logger); }
 
-    // As the gateway sets the library up.
+    // Configures the library the way the gateway does.
     void setUp(int level = LUMETRIX_DEBUG, int files = 8, int queue = 1000) {
         lumetrix_set_rotation_with_date(logger, files);
         lumetrix_set_pool_size(logger, queue);
@@ -42,7 +42,7 @@ protected:
         lumetrix_log(logger, "GW", level, text.c_str());
     }
 
-    // What is in the files once all that was logged is.
+    // Syncs and returns the messages in the files.
     std::vector<std::string> messages() {
         lumetrix_sync(logger);
         return log.messages();
@@ -52,15 +52,15 @@ protected:
     lumetrix_logger* logger = lumetrix_get_logger();
 };
 
-TEST_F(Lumetrix, WritesLinesToTheFileOfTheDay) {
+TEST_F(LumetrixTest, WritesToDailyFile) {
     setUp();
     write("Quorin Gateway Http Server Start [Argument] settings.xml primary");
     EXPECT_THAT(messages(),
                 ElementsAre("Quorin Gateway Http Server Start [Argument] settings.xml primary"));
-    EXPECT_THAT(log.fileNames(), ElementsAre(dayFile("Gateway", 0)));
+    EXPECT_THAT(log.fileNames(), ElementsAre(dailyFileName("Gateway", 0)));
 }
 
-TEST_F(Lumetrix, LevelNumbersAndTheirNames) {
+TEST_F(LumetrixTest, MapsLevelNumbersToNames) {
     setUp();
     for (int level = 0; level <= 8; ++level) {
         write("message", level);
@@ -75,7 +75,7 @@ TEST_F(Lumetrix, LevelNumbersAndTheirNames) {
                                    "error", "error"));
 }
 
-TEST_F(Lumetrix, LineCarriesTheNumberOfTheCallingThread) {
+TEST_F(LumetrixTest, WritesIdOfCallingThread) {
     setUp();
     write("here");
     std::thread([this] { write("there"); }).join();
@@ -90,26 +90,26 @@ TEST_F(Lumetrix, LineCarriesTheNumberOfTheCallingThread) {
     EXPECT_NE(threads[0], threads[1]);
 }
 
-TEST_F(Lumetrix, MessageIsOneFieldOfOneLine) {
+TEST_F(LumetrixTest, EscapesMessageIntoOneField) {
     setUp();
     write("a\nb\r\nc\td\\e\x1b[0m");
     EXPECT_THAT(messages(), ElementsAre(R"(a\nb\r\nc\td\\e\x1b[0m)"));
 }
 
-TEST_F(Lumetrix, EmptyAndVeryLongMessages) {
+TEST_F(LumetrixTest, WritesEmptyAndLongMessages) {
     setUp();
     write("");
     write(std::string(1'000'000, 'x'));
     EXPECT_THAT(messages(), ElementsAre("", std::string(1'000'000, 'x')));
 }
 
-TEST_F(Lumetrix, TextIsNeverTakenForAFormat) {
+TEST_F(LumetrixTest, TreatsMessageAsPlainText) {
     setUp();
     write("%s %n {} {0} %v %Y");
     EXPECT_THAT(messages(), ElementsAre("%s %n {} {0} %v %Y"));
 }
 
-TEST_F(Lumetrix, DirectoryAndBaseNameAreUtf8) {
+TEST_F(LumetrixTest, DecodesDirectoryAndBaseNameAsUtf8) {
     const std::u8string folder = u8"gr\u00fc\u00df \u65e5";
     const auto utf8 = log.utf8() + "/" + std::string(folder.begin(), folder.end());
     lumetrix_set_output_dir(logger, utf8.c_str(), "gr\xc3\xbc\xc3\x9f");
@@ -119,7 +119,7 @@ TEST_F(Lumetrix, DirectoryAndBaseNameAreUtf8) {
     bool found = false;
     for (const int day : {0, -1}) {
         auto file = base;
-        file += dayFile("", day);
+        file += dailyFileName("", day);
         found = found || std::filesystem::exists(file);
     }
     EXPECT_TRUE(found);
@@ -127,7 +127,7 @@ TEST_F(Lumetrix, DirectoryAndBaseNameAreUtf8) {
 
 // ---- level
 
-TEST_F(Lumetrix, LevelsBelowTheOutputLevelAreLeftOut) {
+TEST_F(LumetrixTest, DropsLinesBelowOutputLevel) {
     setUp(LUMETRIX_WARN);
     write("debug", LUMETRIX_DEBUG);
     write("info", LUMETRIX_INFO);
@@ -136,7 +136,7 @@ TEST_F(Lumetrix, LevelsBelowTheOutputLevelAreLeftOut) {
     EXPECT_THAT(messages(), ElementsAre("warn", "error"));
 }
 
-TEST_F(Lumetrix, LevelChangesWhileRunning) {
+TEST_F(LumetrixTest, ChangesOutputLevelWhileRunning) {
     setUp(LUMETRIX_INFO);
     write("1", LUMETRIX_DEBUG);
     lumetrix_set_output_level(logger, LUMETRIX_DEBUG);
@@ -146,19 +146,19 @@ TEST_F(Lumetrix, LevelChangesWhileRunning) {
     EXPECT_THAT(messages(), ElementsAre("2"));
 }
 
-TEST_F(Lumetrix, LevelNumbersOutsideTheRange) {
+TEST_F(LumetrixTest, ClampsLevelNumbers) {
     setUp();
-    lumetrix_set_output_level(logger, 99); // as error
+    lumetrix_set_output_level(logger, 99); // clamped to error
     write("warn", LUMETRIX_WARN);
     write("error", LUMETRIX_ERROR);
-    lumetrix_set_output_level(logger, -99); // as debug
+    lumetrix_set_output_level(logger, -99); // clamped to debug
     write("-5", -5);
     EXPECT_THAT(messages(), ElementsAre("error", "-5"));
 }
 
-// ---- before the directory is known
+// ---- lines before the directory is set
 
-TEST_F(Lumetrix, LinesBeforeSetUpAreWrittenOnceTheDirectoryIsKnown) {
+TEST_F(LumetrixTest, WritesHeldLinesOnceDirectoryIsSet) {
     write("before 1", LUMETRIX_ERROR);
     write("before 2", LUMETRIX_ERROR);
     setUp();
@@ -166,24 +166,24 @@ TEST_F(Lumetrix, LinesBeforeSetUpAreWrittenOnceTheDirectoryIsKnown) {
     EXPECT_THAT(messages(), ElementsAre("before 1", "before 2", "after"));
 }
 
-TEST_F(Lumetrix, OutputLevelHoldsForLinesBeforeSetUp) {
+TEST_F(LumetrixTest, AppliesOutputLevelToHeldLines) {
     write("debug", LUMETRIX_DEBUG);
     write("error", LUMETRIX_ERROR);
     setUp(LUMETRIX_INFO);
     EXPECT_THAT(messages(), ElementsAre("error"));
 }
 
-TEST_F(Lumetrix, WithoutADirectoryLinesGoToStandardErrorAtRelease) {
+TEST_F(LumetrixTest, ReleaseWritesHeldLinesToStandardError) {
     CaptureStderr();
     write("[End] The arguments must be three", LUMETRIX_ERROR);
     write("Quorin Gateway Http Server End [Argument]  : [Status] Failure");
     lumetrix_release(logger);
-    EXPECT_THAT(LogDirectory::messagesOf(LogDirectory::split(GetCapturedStderr())),
+    EXPECT_THAT(LogDirectory::messagesOf(LogDirectory::splitLines(GetCapturedStderr())),
                 ElementsAre("[End] The arguments must be three",
                             "Quorin Gateway Http Server End [Argument]  : [Status] Failure"));
 }
 
-TEST_F(Lumetrix, OutputAllLogsPutsThemOutAtOnceAndOnce) {
+TEST_F(LumetrixTest, OutputAllLogsWritesHeldLinesOnce) {
     CaptureStderr();
     write("early");
     lumetrix_output_all_logs(logger);
@@ -192,7 +192,7 @@ TEST_F(Lumetrix, OutputAllLogsPutsThemOutAtOnceAndOnce) {
     CaptureStderr();
     setUp();
     write("later");
-    lumetrix_output_all_logs(logger); // now as lumetrix_sync
+    lumetrix_output_all_logs(logger); // now equivalent to lumetrix_sync
     EXPECT_THAT(log.messages(), ElementsAre("later"));
     lumetrix_release(logger);
     EXPECT_EQ(GetCapturedStderr(), "");
@@ -200,27 +200,27 @@ TEST_F(Lumetrix, OutputAllLogsPutsThemOutAtOnceAndOnce) {
 
 // ---- queue
 
-TEST_F(Lumetrix, NoLineIsLostWhenTheQueueIsFull) {
+TEST_F(LumetrixTest, FullQueueLosesNoLine) {
     for (const int queue : {1, 2, 0, -1, std::numeric_limits<int>::min()}) {
-        lumetrix_logger* const again = lumetrix_get_logger();
+        lumetrix_logger* const restarted = lumetrix_get_logger();
         const LogDirectory directory;
-        lumetrix_set_pool_size(again, queue);
-        lumetrix_set_output_dir(again, directory.utf8().c_str(), "Gateway");
+        lumetrix_set_pool_size(restarted, queue);
+        lumetrix_set_output_dir(restarted, directory.utf8().c_str(), "Gateway");
         for (int line = 0; line < 3000; ++line) {
-            lumetrix_log(again, "GW", LUMETRIX_INFO, "line");
+            lumetrix_log(restarted, "GW", LUMETRIX_INFO, "line");
         }
-        lumetrix_release(again);
+        lumetrix_release(restarted);
         EXPECT_THAT(directory.messages(), SizeIs(3000)) << queue;
     }
 }
 
-TEST_F(Lumetrix, LargestQueueSizeIsTaken) {
+TEST_F(LumetrixTest, AcceptsLargestQueueSize) {
     setUp(LUMETRIX_DEBUG, 8, std::numeric_limits<int>::max());
     write("line");
     EXPECT_THAT(messages(), ElementsAre("line"));
 }
 
-TEST_F(Lumetrix, QueueSizeChangesWhileThreadsLogAndNoLineIsLostOrOutOfOrder) {
+TEST_F(LumetrixTest, QueueSizeChangeKeepsLinesInOrder) {
     setUp();
     constexpr int kThreads = 4;
     constexpr int kLines = 2000;
@@ -249,9 +249,9 @@ TEST_F(Lumetrix, QueueSizeChangesWhileThreadsLogAndNoLineIsLostOrOutOfOrder) {
     }
 }
 
-// ---- several threads
+// ---- threads
 
-TEST_F(Lumetrix, ManyThreadsLogAndEveryLineIsWholeAndInItsThreadsOrder) {
+TEST_F(LumetrixTest, KeepsLineOrderOfEachThread) {
     setUp(LUMETRIX_DEBUG, 8, 16);
     constexpr int kThreads = 8;
     constexpr int kLines = 1000;
@@ -277,7 +277,7 @@ TEST_F(Lumetrix, ManyThreadsLogAndEveryLineIsWholeAndInItsThreadsOrder) {
     }
 }
 
-TEST_F(Lumetrix, EverythingAtOnce) {
+TEST_F(LumetrixTest, CallsAllFunctionsConcurrently) {
     setUp();
     const LogDirectory other;
     std::atomic<bool> stop{false};
@@ -324,7 +324,7 @@ TEST_F(Lumetrix, EverythingAtOnce) {
 
 // ---- release
 
-TEST_F(Lumetrix, ReleaseWritesOutEverything) {
+TEST_F(LumetrixTest, ReleaseWritesQueuedLines) {
     setUp(LUMETRIX_DEBUG, 8, 5000);
     for (int line = 0; line < 5000; ++line) {
         write("line");
@@ -333,7 +333,7 @@ TEST_F(Lumetrix, ReleaseWritesOutEverything) {
     EXPECT_THAT(log.messages(), SizeIs(5000));
 }
 
-TEST_F(Lumetrix, ReleaseWhileThreadsLogKeepsWhatCameBefore) {
+TEST_F(LumetrixTest, ReleaseKeepsLinesOfRunningThreads) {
     setUp(LUMETRIX_DEBUG, 8, 4);
     std::atomic<bool> stop{false};
     std::atomic<int> logged{0};
@@ -361,7 +361,7 @@ TEST_F(Lumetrix, ReleaseWhileThreadsLogKeepsWhatCameBefore) {
     EXPECT_EQ(log.messages().size(), written.size());
 }
 
-TEST_F(Lumetrix, CallsAfterReleaseDoNothing) {
+TEST_F(LumetrixTest, CallsAfterReleaseDoNothing) {
     setUp();
     write("line");
     lumetrix_release(logger);
@@ -385,7 +385,7 @@ TEST_F(Lumetrix, CallsAfterReleaseDoNothing) {
     EXPECT_THAT(other.fileNames(), IsEmpty());
 }
 
-TEST_F(Lumetrix, StartsAgainWithDefaultsAfterRelease) {
+TEST_F(LumetrixTest, RestartsWithDefaultsAfterRelease) {
     setUp(LUMETRIX_ERROR);
     write("first", LUMETRIX_ERROR);
     lumetrix_release(logger);
@@ -399,7 +399,7 @@ TEST_F(Lumetrix, StartsAgainWithDefaultsAfterRelease) {
     EXPECT_THAT(second.messages(), ElementsAre("second"));
 }
 
-TEST_F(Lumetrix, OneLoggerInAProcess) {
+TEST_F(LumetrixTest, ProcessHasOneLogger) {
     EXPECT_NE(logger, nullptr);
     EXPECT_EQ(lumetrix_get_logger(), logger);
     EXPECT_EQ(lumetrix_create(), logger);
@@ -409,9 +409,9 @@ TEST_F(Lumetrix, OneLoggerInAProcess) {
     EXPECT_THAT(messages(), ElementsAre("line"));
 }
 
-// ---- arguments that name nothing
+// ---- invalid arguments
 
-TEST_F(Lumetrix, NullAndStrangeHandlesDoNothing) {
+TEST_F(LumetrixTest, IgnoresNullAndUnknownHandles) {
     int something = 0;
     for (auto* const handle :
          {static_cast<lumetrix_logger*>(nullptr), reinterpret_cast<lumetrix_logger*>(&something)}) {
@@ -432,7 +432,7 @@ TEST_F(Lumetrix, NullAndStrangeHandlesDoNothing) {
     EXPECT_THAT(messages(), ElementsAre("the logger is still on"));
 }
 
-TEST_F(Lumetrix, NullStringsDoNothing) {
+TEST_F(LumetrixTest, IgnoresNullStrings) {
     setUp();
     lumetrix_log(logger, nullptr, LUMETRIX_INFO, "no name");
     lumetrix_log(logger, "GW", LUMETRIX_INFO, nullptr);
@@ -441,25 +441,26 @@ TEST_F(Lumetrix, NullStringsDoNothing) {
     lumetrix_set_output_dir(logger, log.utf8().c_str(), "");
     write("line");
     EXPECT_THAT(messages(), ElementsAre("line"));
-    EXPECT_THAT(log.fileNames(), ElementsAre(dayFile("Gateway", 0)));
+    EXPECT_THAT(log.fileNames(), ElementsAre(dailyFileName("Gateway", 0)));
 }
 
-TEST_F(Lumetrix, HeaderIsForCToo) {
+TEST_F(LumetrixTest, HeaderCompilesAsC) {
     log_from_c(log.utf8().c_str());
     EXPECT_THAT(log.messages(), ElementsAre("from C"));
 }
 
 // ---- rotation, console, sync
 
-TEST_F(Lumetrix, RotationWithDateRemovesOlderFilesOfEarlierRuns) {
+TEST_F(LumetrixTest, RotationWithDateRemovesOldFiles) {
     for (const int day : {-40, -20, -1}) {
-        log.write(dayFile("Gateway", day), "");
+        log.write(dailyFileName("Gateway", day), "");
     }
     setUp(LUMETRIX_INFO, 2);
-    EXPECT_THAT(log.fileNames(), ElementsAre(dayFile("Gateway", -1), dayFile("Gateway", 0)));
+    EXPECT_THAT(log.fileNames(),
+                ElementsAre(dailyFileName("Gateway", -1), dailyFileName("Gateway", 0)));
 }
 
-TEST_F(Lumetrix, RotationBySizeAndCount) {
+TEST_F(LumetrixTest, RotatesBySizeAndCount) {
     lumetrix_set_rotation(logger, 1000, 3);
     lumetrix_set_output_dir(logger, log.utf8().c_str(), "Gateway");
     for (int line = 0; line < 100; ++line) {
@@ -473,14 +474,14 @@ TEST_F(Lumetrix, RotationBySizeAndCount) {
     EXPECT_THAT(log.content("Gateway.log"), HasSubstr("msg:99"));
 }
 
-TEST_F(Lumetrix, SizeBelowOneChangesNothing) {
+TEST_F(LumetrixTest, IgnoresSizeBelowOne) {
     lumetrix_set_rotation(logger, 0, 3);
     lumetrix_set_rotation(logger, -1, 3);
     setUp();
-    EXPECT_THAT(log.fileNames(), ElementsAre(dayFile("Gateway", 0)));
+    EXPECT_THAT(log.fileNames(), ElementsAre(dailyFileName("Gateway", 0)));
 }
 
-TEST_F(Lumetrix, ConsoleShowsLinesWhileItIsOnWithoutColourInAFile) {
+TEST_F(LumetrixTest, WritesToConsoleOnlyWhileEnabled) {
     setUp();
     CaptureStdout();
     write("1");
@@ -490,12 +491,12 @@ TEST_F(Lumetrix, ConsoleShowsLinesWhileItIsOnWithoutColourInAFile) {
     lumetrix_set_enabled_console_out(logger, 0);
     write("5");
     lumetrix_sync(logger);
-    EXPECT_THAT(LogDirectory::messagesOf(LogDirectory::split(GetCapturedStdout())),
+    EXPECT_THAT(LogDirectory::messagesOf(LogDirectory::splitLines(GetCapturedStdout())),
                 ElementsAre("2", "3\\n4"));
     EXPECT_THAT(log.messages(), ElementsAre("1", "2", "3\\n4", "5"));
 }
 
-TEST_F(Lumetrix, ConsoleNeedsNoDirectory) {
+TEST_F(LumetrixTest, ConsoleWorksWithoutDirectory) {
     CaptureStderr();
     CaptureStdout();
     lumetrix_set_enabled_console_out(logger, 7);
@@ -506,7 +507,7 @@ TEST_F(Lumetrix, ConsoleNeedsNoDirectory) {
     EXPECT_THAT(GetCapturedStderr(), HasSubstr("\tmsg:line"));
 }
 
-TEST_F(Lumetrix, SyncedLineIsInTheFile) {
+TEST_F(LumetrixTest, SyncWritesLineToFile) {
     setUp();
     for (int line = 1; line <= 100; ++line) {
         write("line");
@@ -515,7 +516,7 @@ TEST_F(Lumetrix, SyncedLineIsInTheFile) {
     }
 }
 
-TEST_F(Lumetrix, LineIsInTheFileSoonWithoutSync) {
+TEST_F(LumetrixTest, WritesLineToFileWithoutSync) {
     setUp();
     write("line");
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
@@ -525,9 +526,9 @@ TEST_F(Lumetrix, LineIsInTheFileSoonWithoutSync) {
     EXPECT_THAT(log.messages(), ElementsAre("line"));
 }
 
-// ---- faults
+// ---- errors
 
-TEST_F(Lumetrix, DirectoryThatCannotBeWrittenIsToldInOneLine) {
+TEST_F(LumetrixTest, ReportsUnusableDirectoryInOneLine) {
     log.write("file", "");
     CaptureStderr();
     lumetrix_set_pool_size(logger, 10);
@@ -538,9 +539,9 @@ TEST_F(Lumetrix, DirectoryThatCannotBeWrittenIsToldInOneLine) {
     }
     lumetrix_sync(logger);
     lumetrix_release(logger);
-    const auto told = LogDirectory::split(GetCapturedStderr());
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_THAT(told[0], StartsWith("lumetrix: the log cannot be written: "));
+    const auto errors = LogDirectory::splitLines(GetCapturedStderr());
+    ASSERT_THAT(errors, SizeIs(1));
+    EXPECT_THAT(errors[0], StartsWith("lumetrix: the log cannot be written: "));
 }
 
 } // namespace

@@ -13,8 +13,8 @@
 namespace lumetrix2 {
 namespace {
 
-// A line about the log itself.
-void note(spdlog::sinks::sink& target, std::string_view text) {
+// Writes a warning about the log itself.
+void writeNotice(spdlog::sinks::sink& target, std::string_view text) {
     target.log({spdlog::string_view_t{}, spdlog::level::warn, {text.data(), text.size()}});
 }
 
@@ -22,7 +22,7 @@ void note(spdlog::sinks::sink& target, std::string_view text) {
 
 void Output::setFile(std::filesystem::path directory, std::filesystem::path baseName) {
     const std::lock_guard lock(mutex_);
-    place_ = Place{std::move(directory), std::move(baseName)};
+    location_ = FileLocation{std::move(directory), std::move(baseName)};
     failedAt_.reset();
     openFile(spdlog::details::os::now());
 }
@@ -45,14 +45,14 @@ void Output::setConsole(bool enabled) {
     console_->set_formatter(makeLineFormatter(kConsolePattern));
 }
 
-void Output::giveUpHeldLines() {
+void Output::writeHeldLinesToStandardError() {
     const std::lock_guard lock(mutex_);
-    if (place_ || !held_) {
+    if (location_ || !heldLines_) {
         return;
     }
     spdlog::sinks::stderr_sink_mt standardError;
     standardError.set_formatter(makeLineFormatter(kLinePattern));
-    writeHeldLines(standardError, *std::exchange(held_, HeldLines(kHeldLines)));
+    writeHeldLines(standardError, *std::exchange(heldLines_, HeldLines(kMaxHeldLines)));
 }
 
 void Output::close() {
@@ -65,17 +65,17 @@ void Output::sink_it_(const spdlog::details::log_msg& message) {
     if (console_) {
         console_->log(message);
     }
-    if (!file_ && isTimeToOpen(message.time)) {
+    if (!file_ && shouldOpenFile(message.time)) {
         openFile(message.time);
     }
     if (file_) {
         try {
             file_->log(message);
         } catch (const std::exception& error) {
-            fileFailed(error.what(), message.time);
+            handleFileError(error.what(), message.time);
         }
-    } else if (held_) {
-        held_->push_back(spdlog::details::log_msg_buffer(message));
+    } else if (heldLines_) {
+        heldLines_->push_back(spdlog::details::log_msg_buffer(message));
     }
 }
 
@@ -86,46 +86,47 @@ void Output::flush_() {
     try {
         file_->flush();
     } catch (const std::exception& error) {
-        fileFailed(error.what(), spdlog::details::os::now());
+        handleFileError(error.what(), spdlog::details::os::now());
     }
 }
 
-bool Output::isTimeToOpen(Time now) const {
-    return place_ && (!failedAt_ || std::chrono::abs(now - *failedAt_) >= kRetryAfter);
+bool Output::shouldOpenFile(Time now) const {
+    return location_ && (!failedAt_ || std::chrono::abs(now - *failedAt_) >= kRetryInterval);
 }
 
 void Output::openFile(Time now) {
-    file_.reset(); // first: on a change of rotation it may be the same file
+    file_.reset(); // close first: it may be the same file
     try {
-        file_ = openLogFile(place_->directory, place_->baseName, rotation_);
-        if (held_) {
-            writeHeldLines(*file_, *std::exchange(held_, std::nullopt));
+        file_ = openLogFile(location_->directory, location_->baseName, rotation_);
+        if (heldLines_) {
+            writeHeldLines(*file_, *std::exchange(heldLines_, std::nullopt));
         } else if (failedAt_) {
-            note(*file_, "lines are missing here: the log could not be written");
+            writeNotice(*file_, "lines are missing here: the log could not be written");
         }
         file_->flush();
         failedAt_.reset();
     } catch (const std::exception& error) {
-        fileFailed(error.what(), now);
+        handleFileError(error.what(), now);
     }
 }
 
-void Output::fileFailed(std::string_view reason, Time now) {
+void Output::handleFileError(std::string_view reason, Time now) {
     file_.reset();
     if (!failedAt_) {
-        tellOnStandardError(fmt::format("the log cannot be written: {}", reason));
+        reportToStandardError(fmt::format("the log cannot be written: {}", reason));
     }
     failedAt_ = now;
 }
 
-void Output::writeHeldLines(spdlog::sinks::sink& target, HeldLines held) {
-    if (const auto lost = held.overrun_counter(); lost > 0) {
-        note(target,
-             fmt::format("{} lines are missing here: too many before the log was set up", lost));
+void Output::writeHeldLines(spdlog::sinks::sink& target, HeldLines lines) {
+    if (const auto dropped = lines.overrun_counter(); dropped > 0) {
+        writeNotice(
+            target,
+            fmt::format("{} lines are missing here: too many before the log was set up", dropped));
     }
-    for (; !held.empty(); held.pop_front()) {
-        if (should_log(held.front().level)) {
-            target.log(held.front());
+    for (; !lines.empty(); lines.pop_front()) {
+        if (should_log(lines.front().level)) {
+            target.log(lines.front());
         }
     }
 }

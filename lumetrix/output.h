@@ -17,28 +17,29 @@
 
 namespace lumetrix2 {
 
-// Where lines go: to the log file, and to the console when asked. Lines that come before the file
-// is known are held for it. A file that fails is told once on standard error, its lines are lost,
-// and it is tried again from time to time; nothing here throws or waits for it.
+// Writes lines to the log file and optionally to standard output. Holds the lines that arrive
+// before the file is set. If the file cannot be written, reports it once to standard error, drops
+// lines and retries periodically; no function throws. Thread-safe.
 //
-// Its level (set_level) decides only which of the held lines are written. Thread-safe.
+// The sink's level (set_level) only selects which of the held lines are written.
 class Output final : public spdlog::sinks::base_sink<std::mutex> {
 public:
-    static constexpr std::size_t kHeldLines = 1024; // the newest are held
-    static constexpr std::chrono::seconds kRetryAfter{10};
+    static constexpr std::size_t kMaxHeldLines = 1024; // the oldest are dropped
+    static constexpr std::chrono::seconds kRetryInterval{10};
 
-    // Turns to the file of `baseName` in `directory` and writes the held lines there.
+    // Closes the current file, opens the one of `baseName` in `directory` and writes the held lines
+    // to it.
     void setFile(std::filesystem::path directory, std::filesystem::path baseName);
-    // Holds for the file that is open, too.
+    // Applies to the current file too.
     void setRotation(const Rotation& rotation);
     void setConsole(bool enabled);
-    // Writes the held lines to standard error, unless setFile was called.
-    void giveUpHeldLines();
-    // Closes the file; the last call.
+    // Writes the held lines to standard error. Does nothing if setFile was called.
+    void writeHeldLinesToStandardError();
+    // Flushes and closes the file. Call last.
     void close();
 
 private:
-    struct Place {
+    struct FileLocation {
         std::filesystem::path directory;
         std::filesystem::path baseName;
     };
@@ -48,17 +49,17 @@ private:
     void sink_it_(const spdlog::details::log_msg& message) override;
     void flush_() override;
 
-    bool isTimeToOpen(Time now) const;
+    bool shouldOpenFile(Time now) const;
     void openFile(Time now);
-    void fileFailed(std::string_view reason, Time now);
-    void writeHeldLines(spdlog::sinks::sink& target, HeldLines held);
+    void handleFileError(std::string_view reason, Time now);
+    void writeHeldLines(spdlog::sinks::sink& target, HeldLines lines);
 
-    std::optional<Place> place_;
+    std::optional<FileLocation> location_;
     Rotation rotation_;
-    std::shared_ptr<spdlog::sinks::sink> file_;    // null: not known yet, or failed
-    std::shared_ptr<spdlog::sinks::sink> console_; // null: off
-    std::optional<HeldLines> held_{kHeldLines};    // until a file was opened
-    std::optional<Time> failedAt_;                 // the last attempt on a file that fails
+    std::shared_ptr<spdlog::sinks::sink> file_;         // null: not set or failed
+    std::shared_ptr<spdlog::sinks::sink> console_;      // null: off
+    std::optional<HeldLines> heldLines_{kMaxHeldLines}; // no value once a file was opened
+    std::optional<Time> failedAt_; // last attempt; no value unless the file failed
 };
 
 } // namespace lumetrix2

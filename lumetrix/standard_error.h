@@ -4,8 +4,8 @@
 
 namespace lumetrix2 {
 
-// Writes "lumetrix: TEXT" as one line to standard error, the last resort of a log that cannot be
-// written. Control characters in `text` are escaped as in a log line.
-void tellOnStandardError(std::string_view text);
+// Writes "lumetrix: TEXT" as one line to standard error, for errors of the log itself. Escapes
+// `text` like a message in a log line. Ignores write errors. Thread-safe.
+void reportToStandardError(std::string_view text);
 
 } // namespace lumetrix2

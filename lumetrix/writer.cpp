@@ -16,21 +16,21 @@
 namespace lumetrix2 {
 namespace {
 
-std::size_t queueLength(int wanted) {
-    if (wanted < 1) {
+std::size_t validQueueLength(int lines) {
+    if (lines < 1) {
         return Writer::kDefaultQueueLength;
     }
-    return static_cast<std::size_t>(std::min(wanted, Writer::kMaxQueueLength));
+    return static_cast<std::size_t>(std::min(lines, Writer::kMaxQueueLength));
 }
 
 } // namespace
 
-// Stands between queue and output, on the writing thread: flushes whenever the queue has run dry,
-// so that a line is in the file at once when there is little to do and in large blocks when there
-// is much; and counts the flushes that were queued.
-class Writer::Feed final : public spdlog::sinks::sink {
+// Passes lines from the queue to the output, on the writer thread. Flushes whenever the queue is
+// empty: single lines reach the file at once, bursts are written in large blocks. Counts the flush
+// requests that came through the queue, for sync().
+class Writer::FlushingSink final : public spdlog::sinks::sink {
 public:
-    Feed(std::shared_ptr<Output> output, spdlog::details::thread_pool& pool)
+    FlushingSink(std::shared_ptr<Output> output, spdlog::details::thread_pool& pool)
         : output_(std::move(output)), pool_(pool) {}
 
     void log(const spdlog::details::log_msg& message) override {
@@ -70,16 +70,16 @@ private:
     std::uint64_t flushes_ = 0;
 };
 
-Writer::Writer(std::shared_ptr<Output> output, int wantedQueueLength)
-    : pool_(std::make_shared<spdlog::details::thread_pool>(queueLength(wantedQueueLength), 1)),
-      feed_(std::make_shared<Feed>(std::move(output), *pool_)),
-      logger_(std::make_shared<spdlog::async_logger>(std::string(), feed_, pool_,
+Writer::Writer(std::shared_ptr<Output> output, int queueLength)
+    : pool_(std::make_shared<spdlog::details::thread_pool>(validQueueLength(queueLength), 1)),
+      sink_(std::make_shared<FlushingSink>(std::move(output), *pool_)),
+      logger_(std::make_shared<spdlog::async_logger>(std::string(), sink_, pool_,
                                                      spdlog::async_overflow_policy::block)) {
     logger_->set_level(spdlog::level::trace);
 }
 
 Writer::~Writer() {
-    pool_.reset(); // joins the thread; the queued lines still need logger and feed
+    pool_.reset(); // joins the thread, which still uses logger_ and sink_
 }
 
 void Writer::write(spdlog::level::level_enum level, std::string_view message) {
@@ -88,9 +88,9 @@ void Writer::write(spdlog::level::level_enum level, std::string_view message) {
 }
 
 void Writer::sync() {
-    const auto before = feed_->flushes();
+    const auto before = sink_->flushes();
     logger_->flush();
-    feed_->waitForFlushAfter(before);
+    sink_->waitForFlushAfter(before);
 }
 
 } // namespace lumetrix2

@@ -19,31 +19,33 @@ namespace lumetrix2 {
 
 class Output;
 
-// The queue of lines and the one thread that takes them to an output. The destructor writes out
-// what is queued and joins the thread. Throws std::exception when the thread cannot be started.
+// A queue of lines and the thread that writes them to an output. The destructor writes the queued
+// lines and joins the thread.
 class Writer {
 public:
     static constexpr int kDefaultQueueLength = 1024;
-    static constexpr int kMaxQueueLength = 65536; // room for all lines is taken at once: 30 MB
+    static constexpr int kMaxQueueLength = 65536; // allocated up front: about 30 MB
 
-    // A queue of `queueLength` lines; below 1 the default, above the maximum that.
+    // `queueLength` is in lines: below 1 is replaced by the default, above the maximum by the
+    // maximum. Throws a std::exception if the thread cannot be started.
     Writer(std::shared_ptr<Output> output, int queueLength);
     ~Writer();
 
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
-    // Queues a line; waits while the queue is full. Any thread.
+    // Queues a line; blocks while the queue is full. Thread-safe.
     void write(spdlog::level::level_enum level, std::string_view message);
-    // Returns when everything queued before has been written and flushed. One thread at a time.
+    // Blocks until all lines queued before the call are written and flushed. Not to be called by
+    // two threads at a time.
     void sync();
 
 private:
-    class Feed;
+    class FlushingSink;
 
     LibraryPin pin_;
     std::shared_ptr<spdlog::details::thread_pool> pool_;
-    std::shared_ptr<Feed> feed_;
+    std::shared_ptr<FlushingSink> sink_;
     std::shared_ptr<spdlog::async_logger> logger_;
 };
 

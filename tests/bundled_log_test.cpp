@@ -1,4 +1,4 @@
-// The gateway with the logging library that is shipped with it.
+// The gateway with the bundled logging library.
 
 #include "support/client.h"
 #include "support/deadline.h"
@@ -19,8 +19,9 @@ namespace {
 
 class BundledLogTest : public testing::Test {
 protected:
-    // The lines of the only file in the log's folder.
-    QStringList linesOfTheFile() const {
+    // Returns the lines of the only file in the log folder. Empty if there is not exactly one file
+    // or its last line is incomplete.
+    QStringList fileLines() const {
         const QFileInfoList files = QDir(site_.logFolder()).entryInfoList(QDir::Files);
         if (files.size() != 1) {
             return {};
@@ -29,18 +30,18 @@ protected:
         QFile file(files.first().filePath());
         EXPECT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
         QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
-        const bool isWhole = lines.takeLast().isEmpty(); // not in the middle of a line
-        return isWhole ? lines : QStringList();
+        const bool isComplete = lines.takeLast().isEmpty();
+        return isComplete ? lines : QStringList();
     }
 
-    // As a stand-in records the lines: the level's number, a blank, the message.
+    // Returns the messages as Site::logged() does for the stub: level number, space, message.
     QStringList logged() const {
-        static const QRegularExpression form(
+        static const QRegularExpression format(
             uR"(^_dt:\d{8}T\d{6}\.\d{3}[+-]\d\d:\d\d	_l:(\w+)	_th:\d+	_m:Quorin5	msg:(.*)$)"_s);
         static const QStringList levels{u"debug"_s, u"info"_s, u"warning"_s, u"error"_s};
         QStringList lines;
-        for (const QString& line : linesOfTheFile()) {
-            const auto match = form.match(line);
+        for (const QString& line : fileLines()) {
+            const auto match = format.match(line);
             EXPECT_TRUE(match.hasMatch()) << line.toStdString();
             const auto level = levels.indexOf(match.captured(1));
             EXPECT_GE(level, 0) << line.toStdString();
@@ -50,32 +51,32 @@ protected:
         return lines;
     }
 
-    // What a gateway with this logging library writes while it answers a download and a request
-    // for nothing; `lines` tells what it has written so far.
-    template<typename Lines>
-    QStringList logOfTwoRequests(LogLibrary library, Lines lines) {
+    // Runs a gateway with `library`, sends a download and a request for a missing file, and returns
+    // the log. `readLog` returns what has been logged so far.
+    template<typename ReadLog>
+    QStringList logOfTwoRequests(LogLibrary library, ReadLog readLog) {
         Gateway gateway(site_, library);
         gateway.start();
         EXPECT_TRUE(exchange(site_.port(), get("/fwfiles/a")).endsWith("content"));
-        const auto hasEnded = [&lines](int workers) {
-            // Its two last lines, in whatever order.
-            return lines().count(u"2 [End] void __cdecl Worker::run(void)"_s) == workers &&
-                   lines().count(u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s) ==
+        const auto workersEnded = [&readLog](int workers) {
+            // The last two lines of a worker come in either order.
+            return readLog().count(u"2 [End] void __cdecl Worker::run(void)"_s) == workers &&
+                   readLog().count(u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s) ==
                        workers;
         };
-        EXPECT_TRUE(waitUntil([&] { return hasEnded(1); }));
+        EXPECT_TRUE(waitUntil([&] { return workersEnded(1); }));
         EXPECT_TRUE(exchange(site_.port(), get("/none")).startsWith("HTTP/1.1 404"));
-        EXPECT_TRUE(waitUntil([&] { return hasEnded(2); }));
+        EXPECT_TRUE(waitUntil([&] { return workersEnded(2); }));
         EXPECT_EQ(gateway.stop(), 0);
         EXPECT_EQ(gateway.errorOutput(), "");
-        return lines();
+        return readLog();
     }
 
     Site site_;
     mutable QString fileName_;
 };
 
-TEST_F(BundledLogTest, theFileOfTheDayHoldsWhatTheGatewayLogs) {
+TEST_F(BundledLogTest, WritesSameLinesAsStubToDailyFile) {
     site_.writeSettings();
     site_.writeFile(u"fwfiles/a"_s, "content");
     const QStringList expected =
@@ -92,7 +93,7 @@ TEST_F(BundledLogTest, theFileOfTheDayHoldsWhatTheGatewayLogs) {
         << fileName_.toStdString();
 }
 
-TEST_F(BundledLogTest, linesBelowTheLevelAreLeftOut) {
+TEST_F(BundledLogTest, DropsLinesBelowLevel) {
     Settings settings;
     settings.LogLevel = "error";
     site_.writeSettings(settings);
@@ -104,14 +105,14 @@ TEST_F(BundledLogTest, linesBelowTheLevelAreLeftOut) {
     EXPECT_EQ(logged(), QStringList{u"5 [End] "_s + path + u" does not exist or directory"});
 }
 
-TEST_F(BundledLogTest, aStartThatFailsBeforeTheSettingsAreReadIsToldOnStandardError) {
+TEST_F(BundledLogTest, ReportsEarlyStartFailureToStandardError) {
     Gateway gateway(site_, LogLibrary::Bundled);
     gateway.startWith({site_.settingsPath(), u"third"_s});
     EXPECT_EQ(gateway.waitForExit(), 1);
     EXPECT_THAT(gateway.errorOutput().toStdString(),
                 testing::ContainsRegex("\t_l:error\t_th:.+\t_m:Quorin5\tmsg:.End. the second "
                                        "argument .third. is not parsable\\.\n"));
-    EXPECT_EQ(linesOfTheFile(), QStringList());
+    EXPECT_EQ(fileLines(), QStringList());
 }
 
 } // namespace

@@ -14,7 +14,7 @@ namespace {
 
 using testing::HasSubstr;
 
-// Standard output as a terminal, as long as it lives.
+// Redirects standard output to a pseudo-terminal for the lifetime of the object.
 class Terminal {
 public:
     Terminal() : master_(posix_openpt(O_RDWR | O_NOCTTY)), stdout_(dup(STDOUT_FILENO)) {
@@ -38,7 +38,8 @@ public:
 
     bool isReady() const { return isatty(STDOUT_FILENO) == 1; }
 
-    std::string shown() {
+    // Restores standard output and returns what was written to the terminal.
+    std::string output() {
         restore();
         std::array<char, 4096> text{};
         const auto size = read(master_, text.data(), text.size());
@@ -53,23 +54,23 @@ private:
     int slave_ = -1;
 };
 
-TEST(Console, LevelIsColouredOnATerminal) {
+TEST(ConsoleTest, ColoursLevelOnTerminal) {
     setenv("TERM", "xterm", 1);
     const LogDirectory log;
     auto* const logger = lumetrix_get_logger();
     lumetrix_set_output_dir(logger, log.utf8().c_str(), "Gateway");
     Terminal terminal;
     if (!terminal.isReady()) {
-        GTEST_SKIP() << "no pseudo terminal is to be had here";
+        GTEST_SKIP() << "cannot open a pseudo-terminal";
     }
     lumetrix_set_enabled_console_out(logger, 1);
     lumetrix_log(logger, "GW", LUMETRIX_ERROR, "red");
     lumetrix_sync(logger);
-    const auto shown = terminal.shown();
+    const auto shown = terminal.output();
     lumetrix_release(logger);
     EXPECT_THAT(shown, HasSubstr("\t_l:\x1b[31m\x1b[1merror\x1b[m\t_th:"));
     EXPECT_THAT(shown, HasSubstr("\tmsg:red"));
-    EXPECT_THAT(log.messages(), testing::ElementsAre("red")); // and no colour in the file
+    EXPECT_THAT(log.messages(), testing::ElementsAre("red")); // no colour in the file
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 namespace lumetrix2 {
 namespace {
 
-const char anchor = 0; // an address inside this library
+const char anchor = 0; // its address identifies this library
 
 } // namespace
 

@@ -17,18 +17,19 @@ using testing::SizeIs;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
-// A log file that is the device whose disk is always full.
-class FullDisk : public testing::Test {
+// The log file is a symbolic link to /dev/full, so every write fails with ENOSPC.
+class FullDiskTest : public testing::Test {
 protected:
-    FullDisk() {
-        for (const int day : {0, 1}) { // midnight may come
-            std::filesystem::create_symlink("/dev/full", log.path() / dayFile("Gateway", day));
+    FullDiskTest() {
+        for (const int day : {0, 1}) { // the test may run across midnight
+            std::filesystem::create_symlink("/dev/full",
+                                            log.path() / dailyFileName("Gateway", day));
         }
     }
 
-    void makeRoom() {
+    void freeSpace() {
         for (const int day : {0, 1}) {
-            std::filesystem::remove(log.path() / dayFile("Gateway", day));
+            std::filesystem::remove(log.path() / dailyFileName("Gateway", day));
         }
     }
 
@@ -41,7 +42,7 @@ protected:
     const spdlog::log_clock::time_point start = spdlog::log_clock::now();
 };
 
-TEST_F(FullDisk, IsToldOnce) {
+TEST_F(FullDiskTest, ReportsErrorOnce) {
     CaptureStderr();
     output.setFile(log.path(), "Gateway");
     for (int second = 0; second < 60; ++second) {
@@ -49,60 +50,60 @@ TEST_F(FullDisk, IsToldOnce) {
         output.flush();
     }
     output.close();
-    const auto told = LogDirectory::split(GetCapturedStderr());
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_THAT(told[0], HasSubstr("lumetrix: the log cannot be written: "));
-    EXPECT_THAT(told[0], HasSubstr("No space left on device"));
+    const auto errors = LogDirectory::splitLines(GetCapturedStderr());
+    ASSERT_THAT(errors, SizeIs(1));
+    EXPECT_THAT(errors[0], HasSubstr("lumetrix: the log cannot be written: "));
+    EXPECT_THAT(errors[0], HasSubstr("No space left on device"));
 }
 
-TEST_F(FullDisk, LogGoesOnWhenThereIsRoomAgainAndSaysThatLinesAreMissing) {
+TEST_F(FullDiskTest, ResumesAndLogsThatLinesAreMissing) {
     CaptureStderr();
     output.setFile(log.path(), "Gateway");
     logAt(start, "lost");
     output.flush();
-    makeRoom();
-    logAt(start + Output::kRetryAfter / 2, "lost too");
-    const auto room = spdlog::log_clock::now() + Output::kRetryAfter;
-    logAt(room, "written");
-    logAt(room, "and on");
+    freeSpace();
+    logAt(start + Output::kRetryInterval / 2, "lost too");
+    const auto retryTime = spdlog::log_clock::now() + Output::kRetryInterval;
+    logAt(retryTime, "written");
+    logAt(retryTime, "next");
     output.flush();
-    EXPECT_THAT(LogDirectory::split(GetCapturedStderr()), SizeIs(1));
+    EXPECT_THAT(LogDirectory::splitLines(GetCapturedStderr()), SizeIs(1));
     EXPECT_THAT(log.messages(), ElementsAre("lines are missing here: the log could not be written",
-                                            "written", "and on"));
+                                            "written", "next"));
 }
 
-TEST_F(FullDisk, ClockThatIsSetBackDoesNotPutOffTheNextAttempt) {
+TEST_F(FullDiskTest, RetriesAlthoughClockWasSetBack) {
     CaptureStderr();
     output.setFile(log.path(), "Gateway");
     logAt(start, "lost");
     output.flush();
-    makeRoom();
+    freeSpace();
     logAt(start - std::chrono::hours(1), "written");
     output.flush();
-    EXPECT_THAT(LogDirectory::split(GetCapturedStderr()), SizeIs(1));
+    EXPECT_THAT(LogDirectory::splitLines(GetCapturedStderr()), SizeIs(1));
     EXPECT_THAT(log.messages(), testing::Contains("written"));
 }
 
-TEST_F(FullDisk, FaultIsToldAnewOnceTheLogWasWritten) {
+TEST_F(FullDiskTest, ReportsNextErrorAfterRecovery) {
     CaptureStderr();
     output.setFile(log.path(), "Gateway");
     logAt(start, "lost");
     output.flush();
-    makeRoom();
-    const auto room = spdlog::log_clock::now() + Output::kRetryAfter;
-    logAt(room, "written");
+    freeSpace();
+    const auto retryTime = spdlog::log_clock::now() + Output::kRetryInterval;
+    logAt(retryTime, "written");
     output.flush();
-    EXPECT_THAT(LogDirectory::split(GetCapturedStderr()), SizeIs(1));
+    EXPECT_THAT(LogDirectory::splitLines(GetCapturedStderr()), SizeIs(1));
 
     CaptureStderr();
-    std::filesystem::remove_all(log.path()); // and no directory any more
+    std::filesystem::remove_all(log.path()); // replace the directory with a file
     std::ofstream(log.path()) << "a file";
-    logAt(room + std::chrono::hours(48), "lost"); // a new day's file
-    logAt(room + std::chrono::hours(48), "lost");
-    EXPECT_THAT(LogDirectory::split(GetCapturedStderr()), SizeIs(1));
+    logAt(retryTime + std::chrono::hours(48), "lost"); // the date change opens a new file
+    logAt(retryTime + std::chrono::hours(48), "lost");
+    EXPECT_THAT(LogDirectory::splitLines(GetCapturedStderr()), SizeIs(1));
 }
 
-TEST_F(FullDisk, HeldLinesAreToldOnceToo) {
+TEST_F(FullDiskTest, ReportsErrorOnceWithHeldLines) {
     logAt(start, "held");
     CaptureStderr();
     output.setFile(log.path(), "Gateway");
@@ -111,7 +112,7 @@ TEST_F(FullDisk, HeldLinesAreToldOnceToo) {
         output.flush();
     }
     output.close();
-    EXPECT_THAT(LogDirectory::split(GetCapturedStderr()), SizeIs(1));
+    EXPECT_THAT(LogDirectory::splitLines(GetCapturedStderr()), SizeIs(1));
 }
 
 } // namespace

@@ -7,30 +7,31 @@
 #include <algorithm>
 #include <array>
 
+namespace quorin {
 namespace {
 
 constexpr const char* kLoggerName = "GW";
 constexpr const char* kLogFileBaseName = "QuorinGatewayHttp";
 constexpr QStringView kLogFolder = u"log";
 
-struct LevelWord {
-    QStringView word;
+struct LevelName {
+    QStringView name;
     lumetrix::Level level;
 };
 
-constexpr std::array<LevelWord, 4> kLevelWords{{
+constexpr std::array<LevelName, 4> kLevelNames{{
     {u"debug", lumetrix::Level::Debug},
     {u"info", lumetrix::Level::Info},
     {u"warn", lumetrix::Level::Warn},
     {u"error", lumetrix::Level::Error},
 }};
 
-lumetrix::Level levelFromWord(const QString& word) {
-    const QString lowered = word.toLower();
+lumetrix::Level levelFromName(const QString& name) {
+    const QString lowered = name.toLower();
     const auto found =
-        std::find_if(kLevelWords.begin(), kLevelWords.end(),
-                     [&lowered](const LevelWord& candidate) { return candidate.word == lowered; });
-    return found != kLevelWords.end() ? found->level : lumetrix::Level::Info;
+        std::find_if(kLevelNames.begin(), kLevelNames.end(),
+                     [&lowered](const LevelName& candidate) { return candidate.name == lowered; });
+    return found != kLevelNames.end() ? found->level : lumetrix::Level::Info;
 }
 
 QString logDirectory() {
@@ -39,8 +40,7 @@ QString logDirectory() {
                               kLogFolder.toString());
 }
 
-// The number of files handed over is one more than the rotated ones: the one written to counts.
-// A generation at the type's end stays there.
+// The library counts the current file too: one more than `generation`, saturated at INT32_MAX.
 std::int32_t filesToKeep(std::int32_t generation) {
     return static_cast<std::int32_t>(
         std::min<std::int64_t>(std::int64_t{generation} + 1, INT32_MAX));
@@ -71,10 +71,12 @@ void QuorinGatewayApplicationLogger::setUpApplicationLog(const ApplicationLogSet
     const QuorinGatewayApplicationLogger& logger = instance();
     logger.setRotationWithDate(filesToKeep(settings.generation));
     logger.setPoolSize(settings.queueSize);
-    logger.setOutputLevel(levelFromWord(settings.level));
+    logger.setOutputLevel(levelFromName(settings.level));
     logger.setOutputDir(directory.toUtf8().constData(), kLogFileBaseName);
 }
 
 void QuorinGatewayApplicationLogger::shutDownLog() {
     instance().release();
 }
+
+} // namespace quorin

@@ -9,22 +9,18 @@
 #include <type_traits>
 #include <utility>
 
-// What the settings file says of the application log.
+namespace quorin {
+
+// The log settings of the settings file.
 struct ApplicationLogSettings {
-    std::int32_t generation = 0; // rotated files kept beside the one written to
-    std::int32_t queueSize = 0;  // the logging library's pool size
-    QString level;               // "debug", "info", "warn" or "error"
+    std::int32_t generation = 0; // number of old files to keep besides the current one
+    std::int32_t queueSize = 0;  // pool size of the logging library, in lines
+    QString level;               // "debug", "info", "warn" or "error" in any case; else "info"
 };
 
-// The gateway's one log. All functions may be called from any thread; the first use loads the
-// logging library. Without that library every call does nothing.
-//
-// The levels are not filtered here: which lines are written is the library's affair. A text that
-// costs something to build is passed as a function that returns it, and is built only when
-// somebody takes it:
-//
-//     QuorinGatewayApplicationLogger::logDebug([&]() -> QString { return u"Target file : " + name;
-//     });
+// The process-wide log; log.h is the short way to write to it. The first use loads the logging
+// library; if it cannot be loaded, nothing is logged. Levels are not filtered here: the library
+// decides which lines it writes. Thread-safe.
 class QuorinGatewayApplicationLogger : public lumetrix::Logger {
 public:
     static void logDebug(const QString& message) { write(lumetrix::Level::Debug, message); }
@@ -32,6 +28,7 @@ public:
     static void logWarn(const QString& message) { write(lumetrix::Level::Warn, message); }
     static void logError(const QString& message) { write(lumetrix::Level::Error, message); }
 
+    // Calls `build` for the message, but only if the library provides lumetrix_log.
     template<std::invocable MessageBuilder>
     requires std::same_as<std::invoke_result_t<MessageBuilder>, QString>
     static void logDebug(MessageBuilder&& build) {
@@ -40,11 +37,11 @@ public:
         }
     }
 
-    // Makes the log directory when it is missing and tells the library where, how much and from
-    // which level on to write. Called once, before the gateway starts its threads.
+    // Creates the log directory if it is missing and configures the library. Call once, before the
+    // gateway starts its threads.
     static void setUpApplicationLog(const ApplicationLogSettings& settings);
 
-    // Ends the log: the library writes out what it holds. Called at the end of a run.
+    // Releases the library's logger, which writes out all queued lines. Call at the end of a run.
     static void shutDownLog();
 
 private:
@@ -53,3 +50,5 @@ private:
     static QuorinGatewayApplicationLogger& instance();
     static void write(lumetrix::Level level, const QString& message);
 };
+
+} // namespace quorin

@@ -7,19 +7,18 @@
 
 namespace lumetrix {
 
-// The library's own handle of a logger; opaque here.
+// Opaque logger handle of the logging library.
 using Handle = void*;
 
-// Levels as the logging library numbers them.
+// The level numbers of the logging library.
 enum class Level : std::int32_t { Debug = 2, Info = 3, Warn = 4, Error = 5 };
 
-// What the lines of the log are meant to look like. The library decides; this is passed to it in
-// no call.
+// The line format that the library is expected to write. For reference only: never passed to it.
 inline constexpr const char* kLinePattern =
     "_dt:%Y%m%dT%H%M%S.%e%z\t_l:%l\t_th:%t\t_m:Quorin5\tmsg:%v";
 
-// The functions of the logging library under their names. Each is null when the library, or that
-// function in it, is missing. Integers are 32 bits, texts end with NUL and are UTF-8.
+// The exported functions of the logging library; null if the library does not export the function
+// or is not loaded. Integers are 32 bits; strings are NUL-terminated UTF-8.
 struct Functions {
     Handle (*lumetrix_get_logger)() = nullptr;
     void (*lumetrix_create)() = nullptr;
@@ -36,21 +35,21 @@ struct Functions {
     void (*lumetrix_output_all_logs)() = nullptr;
 };
 
-// Binds the logging library that is found at run time. Where it is missing, or lacks functions,
-// the calls that would need it do nothing: a gateway without a log runs all the same.
+// A logger of the logging library, which is loaded at run time and unloaded by the destructor. A
+// member function does nothing if the library function that it calls is missing: the gateway runs
+// without a log rather than not at all.
 //
-// The calls may be made from any thread at once, as far as the library allows it; lumetrix_log
-// must.
+// Thread-safe if the library functions are; lumetrix_log must be.
 class Logger {
 public:
-    // Loads `libraryName` and looks its functions up. `name` goes with every line.
+    // Loads `libraryName` (UTF-8) and fetches its logger. `name` is passed with every message.
     Logger(std::string name, const char* libraryName);
     virtual ~Logger();
 
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 
-    // True when log() reaches the library. Callers ask before they build a costly text.
+    // Returns false if log() does nothing; callers then need not build the message.
     [[nodiscard]] bool isLogging() const noexcept { return functions_.lumetrix_log != nullptr; }
 
     void log(Level level, const char* message) const;

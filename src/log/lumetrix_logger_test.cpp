@@ -27,7 +27,7 @@ private:
     QTemporaryDir folder_;
 };
 
-void callEverything(const Logger& logger) {
+void callAllFunctions(const Logger& logger) {
     logger.log(Level::Info, "message");
     logger.setRotationWithDate(3);
     logger.setPoolSize(100);
@@ -36,13 +36,13 @@ void callEverything(const Logger& logger) {
     logger.release();
 }
 
-TEST_F(LumetrixLoggerTest, everyCallReachesTheLibraryWithTheHandleItGave) {
+TEST_F(LumetrixLoggerTest, PassesHandleAndArguments) {
     {
         const Logger logger("GW", QUORIN_STUB_LUMETRIX);
         EXPECT_TRUE(logger.isLogging());
         logger.log(Level::Debug, "one");
         logger.log(Level::Error, "\u00fcber");
-        callEverything(logger);
+        callAllFunctions(logger);
     }
     EXPECT_EQ(record(), "get_logger\n"
                         "log\thandle\tGW\t2\tone\n"
@@ -55,18 +55,18 @@ TEST_F(LumetrixLoggerTest, everyCallReachesTheLibraryWithTheHandleItGave) {
                         "release\thandle\n");
 }
 
-TEST_F(LumetrixLoggerTest, withoutTheLibraryEveryCallDoesNothing) {
-    const Logger logger("GW", "liblumetrix2_that_nobody_has");
+TEST_F(LumetrixLoggerTest, DoesNothingWithoutLibrary) {
+    const Logger logger("GW", "liblumetrix2_missing");
     EXPECT_FALSE(logger.isLogging());
-    callEverything(logger);
+    callAllFunctions(logger);
     EXPECT_EQ(record(), "");
 }
 
-TEST_F(LumetrixLoggerTest, withoutTheLogFunctionTheOthersAreCalledAllTheSame) {
+TEST_F(LumetrixLoggerTest, CallsOtherFunctionsWithoutLogFunction) {
     {
         const Logger logger("GW", QUORIN_STUB_LUMETRIX_WITHOUT_LOG);
         EXPECT_FALSE(logger.isLogging());
-        callEverything(logger);
+        callAllFunctions(logger);
     }
     EXPECT_EQ(record(), "get_logger\n"
                         "set_rotation_with_date\thandle\t3\n"
@@ -76,18 +76,18 @@ TEST_F(LumetrixLoggerTest, withoutTheLogFunctionTheOthersAreCalledAllTheSame) {
                         "release\thandle\n");
 }
 
-TEST_F(LumetrixLoggerTest, withoutTheSetUpFunctionsTheLogIsWrittenAllTheSame) {
+TEST_F(LumetrixLoggerTest, LogsWithoutSetUpFunctions) {
     {
         const Logger logger("GW", QUORIN_STUB_LUMETRIX_WITHOUT_SET_UP);
         EXPECT_TRUE(logger.isLogging());
-        callEverything(logger);
+        callAllFunctions(logger);
     }
     EXPECT_EQ(record(), "get_logger\n"
                         "log\thandle\tGW\t3\tmessage\n"
                         "release\thandle\n");
 }
 
-TEST_F(LumetrixLoggerTest, theDeclaredLinePatternHas53Characters) {
+TEST_F(LumetrixLoggerTest, LinePatternHas53Characters) {
     EXPECT_EQ(std::char_traits<char>::length(kLinePattern), 53u);
 }
 

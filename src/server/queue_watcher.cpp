@@ -33,7 +33,7 @@ void QueueWatcher::startWaitingWorkers() {
         if (threadProbe_.canRun(pool_->activeThreadCount() + 1) && pool_->tryStart(worker.get())) {
             static_cast<void>(worker.release()); // the pool deletes it
         } else {
-            QuorinGatewayApplicationLogger::logError(
+            quorin::QuorinGatewayApplicationLogger::logError(
                 quorin::endMessage(u"fail to start worker thread"_s));
         }
     }

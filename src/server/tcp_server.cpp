@@ -31,7 +31,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Logger = QuorinGatewayApplicationLogger;
+using Logger = quorin::QuorinGatewayApplicationLogger;
 
 // Passes of kIdlePoll after which a watcher that does not end is terminated.
 constexpr int kStopPasses = 11;

@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Logger = QuorinGatewayApplicationLogger;
+using Logger = quorin::QuorinGatewayApplicationLogger;
 
 // Bytes of one request, and of what the client may send ahead while it is served. A request that
 // fills this is refused like a malformed one.

@@ -13,12 +13,13 @@
 
 namespace quorin::test {
 
-// The lines that the gateway's one log is given while the object lives, in a test program that
-// links to quorin_stub_lumetrix_paths. One object at a time.
+// Records the messages written to the gateway's log during its lifetime. For test programs that
+// link quorin_stub_lumetrix_paths. Only one object may exist at a time, and the first one must be
+// created before the first message is logged.
 class RecordedLog {
 public:
     RecordedLog() {
-        // Loaded from where it is, it is what the log finds later under the bare name.
+        // Once the stub is loaded, the loader returns it for the bare file name too.
         static const platform::SharedLibrary stub =
             platform::SharedLibrary::load(QUORIN_STUB_LUMETRIX);
         qputenv(kRecordVariable, path().toUtf8());
@@ -28,8 +29,8 @@ public:
     RecordedLog(const RecordedLog&) = delete;
     RecordedLog& operator=(const RecordedLog&) = delete;
 
-    // Each line as its level, a colon, a space and the text, as in "info: started"; tabs, line
-    // feeds and back-slashes of the text are escaped.
+    // Returns the messages with their levels, such as "info: started". Tabs, line feeds and
+    // backslashes of a message are escaped with a backslash.
     [[nodiscard]] std::vector<std::string> lines() const {
         static const std::map<QByteArray, std::string> levels{
             {"2", "debug"}, {"3", "info"}, {"4", "warn"}, {"5", "error"}};
@@ -47,7 +48,7 @@ public:
         return lines;
     }
 
-    // The file that the stub writes its calls into.
+    // The file in which the stub records its calls.
     [[nodiscard]] QString path() const { return folder_.filePath(QStringLiteral("calls")); }
 
 private:

@@ -1,9 +1,10 @@
-// A logging library that writes every call into the file that QUORIN_STUB_LOG names, a line a
-// call: the function and its arguments, joined by tabs; tabs, line feeds and back-slashes inside
-// an argument are escaped with a back-slash. Without the variable the calls do nothing.
+// A logging library that appends every call to the file named by the environment variable
+// QUORIN_STUB_LOG, one line per call: the function name and the arguments, separated by tabs. Tabs,
+// line feeds and backslashes in an argument are escaped with a backslash. If the variable is not
+// set, nothing is recorded.
 //
-// QUORIN_STUB_LACKS_LOG and QUORIN_STUB_LACKS_SET_UP leave functions out, for those who want to
-// see what becomes of a library that has not all of them.
+// QUORIN_STUB_WITHOUT_LOG and QUORIN_STUB_WITHOUT_SET_UP omit functions, to test against an
+// incomplete library.
 
 #include <QtGlobal>
 
@@ -38,7 +39,7 @@ std::string escaped(const char* text) {
 }
 
 std::string field(void* handle) {
-    return handle == kHandle ? "handle" : handle == nullptr ? "null" : "stranger";
+    return handle == kHandle ? "handle" : handle == nullptr ? "null" : "unknown";
 }
 
 std::string field(const char* text) {
@@ -84,14 +85,14 @@ Q_DECL_EXPORT void lumetrix_release(void* handle) {
     record("release", handle);
 }
 
-#ifndef QUORIN_STUB_LACKS_LOG
+#ifndef QUORIN_STUB_WITHOUT_LOG
 Q_DECL_EXPORT void lumetrix_log(void* handle, const char* name, std::int32_t level,
                                 const char* message) {
     record("log", handle, name, level, message);
 }
 #endif
 
-#ifndef QUORIN_STUB_LACKS_SET_UP
+#ifndef QUORIN_STUB_WITHOUT_SET_UP
 Q_DECL_EXPORT void lumetrix_set_output_dir(void* handle, const char* directory,
                                            const char* baseName) {
     record("set_output_dir", handle, directory, baseName);
