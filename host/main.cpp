@@ -2,6 +2,7 @@
 
 #include "control.h"
 #include "platform/command_line.h"
+#include "platform/descriptors.h"
 #include "platform/heap.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
@@ -55,6 +56,7 @@ bool stopOnTermination() {
 }
 
 int run(std::string program, std::string settings, std::string group) {
+    platform::raiseDescriptorLimit();
     using MainFunc = int(int, char**);
     const auto library = platform::SharedLibrary::load(platform::gatewayLibraryName());
     auto* const mainFunc = library.function<MainFunc>("QuorinGatewayHttpMainFunc");
