@@ -41,15 +41,12 @@ int complainOfUsage(const std::string& what) {
     return kWrongUsage;
 }
 
-// The first request to end the process stops its gateway, which first finishes what it serves. A
-// second one, or one that comes before the gateway listens for commands, ends the process at once.
+// Stops the gateway in this process, which completes its current requests first. Returns false if
+// the gateway does not listen for commands (yet).
 bool stopOnTermination() {
-    static bool isStopping = false;
-    if (isStopping) {
-        return false;
-    }
+    bool isStopping = false;
     const std::unique_ptr<QThread> thread(
-        QThread::create([] { isStopping = quorin::tellToStop(quorin::Gateway::OfThisProcess); }));
+        QThread::create([&] { isStopping = quorin::tellToStop(quorin::Gateway::OfThisProcess); }));
     thread->start();
     thread->wait();
     return isStopping;

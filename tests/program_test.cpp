@@ -88,6 +88,31 @@ protected:
     }
 };
 
+TEST_F(RunCommandTest, SecondInterruptDoesNotWaitForPipe) {
+    Gateway gateway(site_);
+    gateway.startProgram(runArguments());
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+    QLocalSocket silent;
+    connectSilently(silent);
+    gateway.interrupt();
+    ASSERT_TRUE(waitUntilConnected(2)) << "the gateway sends the command to itself";
+    gateway.interrupt();
+    EXPECT_EQ(gateway.waitForExit(), std::nullopt);
+    EXPECT_FALSE(isRunning(gateway));
+    EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
+}
+
+TEST_F(RunCommandTest, StopsOnSigtermAfterSigusr2) {
+    Gateway gateway(site_);
+    gateway.startProgram(runArguments());
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+    const QString sigusr2 = u"kill -s USR2 %1"_s.arg(gateway.processId());
+    ASSERT_EQ(QProcess::execute(u"sh"_s, {u"-c"_s, sigusr2}), 0);
+    gateway.interrupt();
+    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_THAT(site_.logged(), Contains(kQuitLine));
+}
+
 TEST_F(RunCommandTest, RaisesSoftDescriptorLimitToHardOne) {
     if (QStandardPaths::findExecutable(u"prlimit"_s).isEmpty()) {
         GTEST_SKIP() << "this system has no prlimit";
