@@ -17,7 +17,7 @@
 
 namespace {
 
-enum ExitCode : int { kOk = 0, kNotDone = 1, kWrongUsage = 2 };
+enum ExitCode : int { kOk = 0, kNotDone = 1, kWrongUsage = 64 };
 
 constexpr const char* kUsage = "usage: quorin-gateway run SETTINGS primary|secondary\n"
                                "       quorin-gateway stop\n"
