@@ -79,6 +79,126 @@ private:
     }
 };
 
+class StopCommandTest : public ProgramProcessTest {};
+
+TEST_F(StopCommandTest, WaitsUntilServerClosesPipe) {
+    QLocalServer server;
+    ASSERT_TRUE(server.listen(pipeName())) << server.errorString().toStdString();
+    std::unique_ptr<QLocalSocket> connection;
+    const auto acceptCommand = [&] {
+        ASSERT_TRUE(server.waitForNewConnection(kPatienceMs));
+        connection.reset(server.nextPendingConnection());
+        ASSERT_TRUE(connection->waitForReadyRead(kPatienceMs));
+        EXPECT_EQ(connection->readAll(), "quit");
+    };
+    Gateway first(site_);
+    first.startProgram({u"stop"_s});
+    acceptCommand();
+    const std::unique_ptr<QLocalSocket> firstConnection = std::move(connection);
+    // A process that did not wait would end before another one has started and sent its command.
+    Gateway second(site_);
+    second.startProgram({u"stop"_s});
+    acceptCommand();
+    EXPECT_TRUE(isRunning(first));
+    connection.reset();
+    EXPECT_EQ(second.waitForExit(), 0);
+    EXPECT_EQ(second.errorOutput(), "");
+    EXPECT_TRUE(isRunning(first));
+    firstConnection->abort();
+    EXPECT_EQ(first.waitForExit(), 0);
+    EXPECT_EQ(first.errorOutput(), "");
+}
+
+TEST_F(StopCommandTest, RetriesWhilePipeIsBusy) {
+    QLocalServer server;
+    server.setListenBacklogSize(1);
+    ASSERT_TRUE(server.listen(pipeName())) << server.errorString().toStdString();
+    // The server accepts only when this thread processes events.
+    std::list<QLocalSocket> controllers;
+    do {
+        controllers.emplace_back().connectToServer(pipeName());
+    } while (controllers.back().state() == QLocalSocket::ConnectedState);
+    Gateway stop(site_);
+    stop.startProgram({u"stop"_s});
+    // A process that did not retry would end before another one has done more.
+    Gateway failing(site_);
+    failing.startProgram({u"run"_s, u"missing"_s, u"primary"_s});
+    EXPECT_EQ(failing.waitForExit(), 1);
+    ASSERT_TRUE(isRunning(stop));
+    controllers.clear();
+    QByteArray command;
+    while (command.isEmpty()) {
+        ASSERT_TRUE(server.hasPendingConnections() || server.waitForNewConnection(kPatienceMs));
+        const std::unique_ptr<QLocalSocket> connection(server.nextPendingConnection());
+        connection->waitForReadyRead(kPatienceMs);
+        command = connection->readAll();
+    }
+    EXPECT_EQ(command, "quit");
+    EXPECT_EQ(stop.waitForExit(), 0);
+    EXPECT_EQ(stop.errorOutput(), "");
+}
+
+TEST_F(StopCommandTest, WaitsForEarlierControllers) {
+    if (kOnWindows) {
+        GTEST_SKIP() << "this system does not list the connections of a pipe";
+    }
+    Gateway gateway(site_);
+    gateway.start();
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+    QLocalSocket first;
+    connectSilently(first);
+    QLocalSocket second;
+    connectSilently(second);
+    Gateway stop(site_);
+    stop.startProgram({u"stop"_s});
+    ASSERT_TRUE(waitUntilConnected(3));
+    EXPECT_TRUE(isRunning(stop));
+    first.abort();
+    ASSERT_TRUE(waitUntilConnected(2));
+    EXPECT_TRUE(isRunning(stop));
+    EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
+    second.abort();
+    EXPECT_EQ(stop.waitForExit(), 0);
+    EXPECT_EQ(stop.errorOutput(), "");
+    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_THAT(site_.logged(), Contains(kQuitLine));
+}
+
+TEST_F(StopCommandTest, ReportsDeniedAccess) {
+    const QStringList asOtherUser{u"setpriv"_s, u"--reuid=65534"_s, u"--regid=65534"_s,
+                                  u"--clear-groups"_s};
+    const auto executeAsOtherUser = [&](const QStringList& command) {
+        return QProcess::execute(asOtherUser.first(), asOtherUser.mid(1) + command);
+    };
+    if (QStandardPaths::findExecutable(asOtherUser.first()).isEmpty() ||
+        executeAsOtherUser({u"true"_s}) != 0) {
+        GTEST_SKIP() << "this account cannot start a process as another user";
+    }
+    Gateway gateway(site_);
+    gateway.start();
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+
+    // The other user can reach the pipe's file and the program: only the file's mode is left to
+    // deny access.
+    const QString folder = QFileInfo(site_.settingsPath()).path();
+    const QString program = folder + u"/quorin-gateway";
+    const QFile::Permissions everyone =
+        QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
+    ASSERT_TRUE(QFile::copy(QStringLiteral(QUORIN_PROGRAM), program));
+    for (const QString& path : {folder, site_.temporaryPath(), program}) {
+        ASSERT_TRUE(QFile::setPermissions(path, everyone));
+    }
+    ASSERT_EQ(executeAsOtherUser({u"test"_s, u"-S"_s, site_.pipePath()}), 0);
+
+    Gateway stop(site_);
+    stop.startProcess(asOtherUser.first(), asOtherUser.mid(1) + QStringList{program, u"stop"_s});
+    EXPECT_EQ(stop.waitForExit(), 77);
+    EXPECT_EQ(stop.errorOutput(),
+              "quorin-gateway: permission denied: cannot open the gateway's control pipe\n");
+    EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
+    EXPECT_EQ(gateway.stop(), 0);
+}
+
 class RunCommandTest : public ProgramProcessTest {
 protected:
     void SetUp() override {
