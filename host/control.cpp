@@ -4,39 +4,60 @@
 #include "server/control_channel.h"
 
 #include <QLocalSocket>
+#include <QThread>
 
 #include <chrono>
+#include <memory>
 
 namespace quorin {
 
 namespace {
 
-constexpr std::chrono::seconds kConnecting{5};
-// The gateway may be waiting for another controller first.
-constexpr std::chrono::seconds kReading = kCommandTimeout + kConnecting;
+constexpr std::chrono::milliseconds kRetryInterval{100};
+constexpr int kNoTimeLimit = -1;
 
-int milliseconds(std::chrono::milliseconds time) {
-    return static_cast<int>(time.count());
+// True if the server exists but has no free connection: Qt then reports a connection attempt in
+// progress, or, for a Windows pipe without a free instance, this error after some seconds.
+bool isBusy(const QLocalSocket& pipe) {
+    return pipe.state() == QLocalSocket::ConnectingState ||
+           (pipe.state() == QLocalSocket::UnconnectedState &&
+            pipe.error() == QLocalSocket::ConnectionError);
+}
+
+// Waits while the pipe is busy. The result is connected, or has the error that prevents it.
+std::unique_ptr<QLocalSocket> openControlPipe() {
+    for (;;) {
+        // Retries here: QLocalSocket::waitForConnected() would poll without pause.
+        auto pipe = std::make_unique<QLocalSocket>();
+        // A write-only pipe would not report that the server closes it.
+        pipe->connectToServer(kControlPipeName.toString(), QIODevice::ReadWrite);
+        if (!isBusy(*pipe)) {
+            return pipe;
+        }
+        pipe.reset();
+        QThread::msleep(kRetryInterval.count());
+    }
 }
 
 } // namespace
 
-bool tellToStop(Gateway gateway) {
-    QLocalSocket pipe;
-    // Not for writing alone, which would not tell of the pipe's end.
-    pipe.connectToServer(kControlPipeName.toString(), QIODevice::ReadWrite);
-    if (!pipe.waitForConnected(milliseconds(kConnecting))) {
-        return false;
+StopResult tellToStop(Gateway gateway) {
+    const std::unique_ptr<QLocalSocket> pipe = openControlPipe();
+    if (pipe->state() != QLocalSocket::ConnectedState) {
+        return pipe->error() == QLocalSocket::SocketAccessError ? StopResult::AccessDenied
+                                                                : StopResult::NoGateway;
     }
-    if (gateway == Gateway::OfThisProcess && !platform::isServedByThisProcess(pipe)) {
-        return false;
+    if (gateway == Gateway::OfThisProcess && !platform::isServedByThisProcess(*pipe)) {
+        return StopResult::NoGateway;
     }
-    pipe.write(kQuitCommand.data(), kQuitCommand.size());
-    // A gateway that has read the command closes the pipe, which may come before the news that all
-    // was written. To close it earlier from here could take the command along.
-    pipe.waitForBytesWritten(milliseconds(kConnecting));
-    return pipe.state() == QLocalSocket::UnconnectedState ||
-           pipe.waitForDisconnected(milliseconds(kReading));
+    pipe->write(kQuitCommand.data(), kQuitCommand.size());
+    // The gateway closes the pipe after reading the command, possibly before the write is reported
+    // as complete. Closing this end first could discard the command.
+    pipe->waitForBytesWritten(kNoTimeLimit);
+    if (pipe->state() != QLocalSocket::UnconnectedState) {
+        pipe->waitForDisconnected(kNoTimeLimit);
+    }
+    return StopResult::Delivered;
 }
 
 } // namespace quorin

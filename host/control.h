@@ -2,13 +2,19 @@
 
 namespace quorin {
 
-// Whom a command to stop is meant for.
+// Which gateway a stop command is for: any on this machine, or only one in this process.
 enum class Gateway { Any, OfThisProcess };
 
-// Tells the gateway that listens on this machine's control pipe to stop, and returns when it has
-// taken the command. False when none listens, when the one that does is not the one meant, to which
-// nothing is said then, or when it does not take the command within 35 seconds. Needs no event
-// loop; the thread must be one of Qt's.
-[[nodiscard]] bool tellToStop(Gateway gateway);
+enum class StopResult {
+    Delivered,   // the gateway has taken the command, or has ended
+    NoGateway,   // no such gateway listens on the control pipe; nothing was sent
+    AccessDenied // this account may not open the control pipe
+};
+
+// Sends the stop command to the gateway that listens on this machine's control pipe and returns
+// when the gateway has closed the pipe. The gateway serves controllers one at a time, so this waits
+// for earlier ones, without a time limit. Needs no event loop; the calling thread must be the main
+// thread or a QThread.
+[[nodiscard]] StopResult tellToStop(Gateway gateway);
 
 } // namespace quorin

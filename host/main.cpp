@@ -2,6 +2,7 @@
 
 #include "control.h"
 #include "platform/command_line.h"
+#include "platform/descriptors.h"
 #include "platform/heap.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
@@ -16,7 +17,9 @@
 
 namespace {
 
-enum ExitCode : int { kOk = 0, kNotDone = 1, kWrongUsage = 2 };
+// A gateway that runs may also end the process, with 1 or 2. The last two are EX_USAGE and
+// EX_NOPERM of the BSD convention (sysexits).
+enum ExitCode : int { kOk = 0, kFailed = 1, kUsageError = 64, kPermissionDenied = 77 };
 
 constexpr const char* kUsage = "usage: quorin-gateway run SETTINGS primary|secondary\n"
                                "       quorin-gateway stop\n"
@@ -24,44 +27,52 @@ constexpr const char* kUsage = "usage: quorin-gateway run SETTINGS primary|secon
 
 constexpr const char* kHelp =
     "\n"
-    "run    serves files as the settings file SETTINGS says, with its group for the\n"
-    "       primary or the secondary gateway, until it is stopped; exit code 0 then,\n"
-    "       1 after a fatal error, 2 when another gateway runs on this machine\n"
-    "stop   tells the gateway that runs on this machine to finish what it serves and\n"
-    "       to stop; exit code 0 when it was told, 1 when no gateway listens\n"
+    "run    Runs a gateway with the settings file SETTINGS and its group for the\n"
+    "       primary or the secondary gateway, until it is stopped.\n"
+    "stop   Tells the gateway on this machine to complete its current requests and\n"
+    "       stop. Waits while other controllers hold the gateway's control pipe.\n"
     "\n"
-    "A gateway that is interrupted (Ctrl-C, SIGTERM) stops as if it was told to; when\n"
-    "it is interrupted again it ends at once.\n"
+    "Exit codes of run:   0   stopped\n"
+    "                     1   fatal error\n"
+    "                     2   another gateway runs on this machine\n"
+    "                     64  wrong usage\n"
+    "Exit codes of stop:  0   command delivered\n"
+    "                     1   no gateway listens for commands on this machine\n"
+    "                     64  wrong usage\n"
+    "                     77  no permission to open the gateway's control pipe\n"
     "\n"
-    "Errors of the run are in the gateway's log.\n";
+    "Ctrl-C or SIGTERM stops the gateway in the same way; a second one ends it at\n"
+    "once.\n"
+    "\n"
+    "The gateway writes its errors to its log.\n";
 
-int complainOfUsage(const std::string& what) {
-    std::fprintf(stderr, "quorin-gateway: %s; try 'quorin-gateway --help'\n", what.c_str());
-    return kWrongUsage;
+int reportUsageError(const std::string& message) {
+    std::fprintf(stderr, "quorin-gateway: %s; try 'quorin-gateway --help'\n", message.c_str());
+    return kUsageError;
 }
 
-// The first request to end the process stops its gateway, which first finishes what it serves. A
-// second one, or one that comes before the gateway listens for commands, ends the process at once.
+// Stops the gateway in this process, which completes its current requests first. Returns false if
+// the gateway does not listen for commands (yet).
 bool stopOnTermination() {
-    static bool isStopping = false;
-    if (isStopping) {
-        return false;
-    }
-    const std::unique_ptr<QThread> thread(
-        QThread::create([] { isStopping = quorin::tellToStop(quorin::Gateway::OfThisProcess); }));
+    bool isStopping = false;
+    const std::unique_ptr<QThread> thread(QThread::create([&isStopping] {
+        isStopping =
+            quorin::tellToStop(quorin::Gateway::OfThisProcess) == quorin::StopResult::Delivered;
+    }));
     thread->start();
     thread->wait();
     return isStopping;
 }
 
 int run(std::string program, std::string settings, std::string group) {
+    platform::raiseDescriptorLimit();
     using MainFunc = int(int, char**);
     const auto library = platform::SharedLibrary::load(platform::gatewayLibraryName());
     auto* const mainFunc = library.function<MainFunc>("QuorinGatewayHttpMainFunc");
     if (mainFunc == nullptr) {
         std::fprintf(stderr, "quorin-gateway: cannot load the gateway library %s: %s\n",
                      platform::gatewayLibraryName(), platform::SharedLibrary::lastError());
-        return kNotDone;
+        return kFailed;
     }
     const platform::TerminationWatch watch(stopOnTermination);
     std::vector<char*> arguments{program.data(), settings.data(), group.data(), nullptr};
@@ -70,11 +81,18 @@ int run(std::string program, std::string settings, std::string group) {
 
 int stop(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    if (!quorin::tellToStop(quorin::Gateway::Any)) {
-        std::fprintf(stderr, "quorin-gateway: no gateway listens for commands on this machine\n");
-        return kNotDone;
+    switch (quorin::tellToStop(quorin::Gateway::Any)) {
+    case quorin::StopResult::Delivered:
+        return kOk;
+    case quorin::StopResult::AccessDenied:
+        std::fprintf(stderr, "quorin-gateway: permission denied: cannot open the gateway's control "
+                             "pipe\n");
+        return kPermissionDenied;
+    case quorin::StopResult::NoGateway:
+        break;
     }
-    return kOk;
+    std::fprintf(stderr, "quorin-gateway: no gateway listens for commands on this machine\n");
+    return kFailed;
 }
 
 } // namespace
@@ -83,7 +101,7 @@ int main(int argc, char** argv) {
     platform::suitHeapToWorkers();
     const std::vector<std::string> arguments = platform::commandLine(argc, argv);
     if (arguments.size() < 2) {
-        return complainOfUsage("a command is missing");
+        return reportUsageError("missing command");
     }
     const std::string& command = arguments[1];
     if (command == "--help" || command == "-h") {
@@ -96,16 +114,17 @@ int main(int argc, char** argv) {
     }
     if (command == "run") {
         if (arguments.size() != 4) {
-            return complainOfUsage("'run' takes a settings file and 'primary' or 'secondary'");
+            return reportUsageError("'run' requires a settings file and 'primary' or 'secondary'");
         }
         if (arguments[3] != "primary" && arguments[3] != "secondary") {
-            return complainOfUsage("'" + arguments[3] + "' is neither 'primary' nor 'secondary'");
+            return reportUsageError("unknown group '" + arguments[3] +
+                                    "': must be 'primary' or 'secondary'");
         }
         return run(arguments[0], arguments[2], arguments[3]);
     }
     if (command == "stop") {
         return arguments.size() == 2 ? stop(argc, argv)
-                                     : complainOfUsage("'stop' takes no arguments");
+                                     : reportUsageError("'stop' takes no arguments");
     }
-    return complainOfUsage("'" + command + "' is no command");
+    return reportUsageError("unknown command '" + command + "'");
 }

@@ -523,14 +523,14 @@ TEST_F(ProgramTest, stopWithoutAGatewaySaysSoInOneLine) {
     EXPECT_EQ(errors_, "quorin-gateway: no gateway listens for commands on this machine\n");
 }
 
-TEST_F(ProgramTest, wrongUsageIsOneLineAndTwo) {
+TEST_F(ProgramTest, WrongUsagePrintsOneLineAndExitsWith64) {
     const QString settings = site_.settingsPath();
     for (const QStringList& arguments :
          {QStringList{}, QStringList{u"serve"_s}, QStringList{u"run"_s},
           QStringList{u"run"_s, settings}, QStringList{u"run"_s, settings, u"Primary"_s},
           QStringList{u"run"_s, settings, u"primary"_s, u"x"_s},
           QStringList{u"stop"_s, u"now"_s}}) {
-        EXPECT_EQ(run(arguments), 2);
+        EXPECT_EQ(run(arguments), 64);
         EXPECT_EQ(errors_.count('\n'), 1) << errors_.toStdString();
         EXPECT_TRUE(errors_.startsWith("quorin-gateway: ")) << errors_.toStdString();
         EXPECT_EQ(output_, "");

@@ -7,11 +7,11 @@ class QLocalSocket;
 
 namespace platform {
 
-// Readies `server` to listen on the pipe `name`: clears what a previous run left under that name
-// and sets who may open the pipe, as is usual on this system. Call before listen().
+// Prepares `server` to listen on the pipe `name`: removes a stale pipe file of that name and sets
+// the access rights that are usual on this system. Call before listen().
 void prepareControlPipe(QLocalServer& server, const QString& name);
 
-// True when the server at the other end of the connected `pipe` is this process.
+// Returns true if `pipe` is connected to a server in this process.
 [[nodiscard]] bool isServedByThisProcess(const QLocalSocket& pipe);
 
 } // namespace platform

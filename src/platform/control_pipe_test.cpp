@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace platform {
 namespace {
 
-TEST(ControlPipeTest, aServerOfThisProcessIsKnownAsSuch) {
+TEST(ControlPipeTest, RecognizesServerOfThisProcess) {
     const QString name =
         u"\\\\.\\pipe\\QUORIN_PIPE_TEST_%1"_s.arg(QCoreApplication::applicationPid());
     QLocalServer server;
@@ -23,7 +23,7 @@ TEST(ControlPipeTest, aServerOfThisProcessIsKnownAsSuch) {
     EXPECT_TRUE(isServedByThisProcess(client));
 }
 
-TEST(ControlPipeTest, withoutAConnectionNobodyServes) {
+TEST(ControlPipeTest, UnconnectedPipeHasNoServer) {
     const QLocalSocket client;
     EXPECT_FALSE(isServedByThisProcess(client));
 }

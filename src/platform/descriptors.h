@@ -15,4 +15,8 @@ namespace platform {
 // system sets no bound.
 [[nodiscard]] std::optional<qintptr> nextDescriptor();
 
+// Raises the number of files and sockets that this process may have open to the highest number that
+// the system allows it without privileges. Leaves the limit unchanged if that fails.
+void raiseDescriptorLimit() noexcept;
+
 } // namespace platform

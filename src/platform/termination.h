@@ -5,14 +5,17 @@
 
 namespace platform {
 
-// While it lives, a request of the system or of a person at the console to end the process
-// (SIGTERM and SIGINT; Ctrl-C, the console's closing, shutdown) is first put to a function. Make
-// it before any other thread is started. One a process.
+// Passes requests to end the process to a function: SIGTERM and SIGINT, or Ctrl-C, closing the
+// console, logging off and shutdown on Windows. Also ignores SIGUSR2, whose default action would
+// end the process. The destructor restores the previous behavior. Create it before any other thread
+// is started. At most one per process.
 class TerminationWatch {
 public:
-    // `onTermination` is called on a thread of its own, once a request, never two at a time. True:
-    // the process is about to end by itself. False: it ends at once, as it would without the watch.
+    // The first request calls `onTermination` once, on a thread of the watch. If it returns true,
+    // the process is expected to end by itself. If it returns false, or when another request
+    // arrives, even during the call, the process ends at once, as it would without the watch.
     explicit TerminationWatch(std::function<bool()> onTermination);
+    // Waits until a call of `onTermination` has returned.
     ~TerminationWatch();
 
     TerminationWatch(const TerminationWatch&) = delete;

@@ -20,4 +20,12 @@ std::optional<qintptr> nextDescriptor() {
     return probe.get() < 0 ? std::nullopt : std::optional(probe.get());
 }
 
+void raiseDescriptorLimit() noexcept {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 } // namespace platform

@@ -1,5 +1,7 @@
 #include "platform/termination.h"
 
+#include <array>
+#include <atomic>
 #include <csignal>
 #include <thread>
 #include <utility>
@@ -10,19 +12,15 @@ namespace platform {
 
 namespace {
 
-// Ends the waiting thread; the process has no other use for this signal.
-constexpr int kEndWatch = SIGUSR2;
-
 sigset_t watchedSignals() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
-    sigaddset(&signals, kEndWatch);
     return signals;
 }
 
-// Has the signal end the process, as if nobody had watched.
+// Ends the process by the default action of the signal.
 void endProcessBy(int signal) {
     sigset_t only;
     sigemptyset(&only);
@@ -34,31 +32,51 @@ void endProcessBy(int signal) {
 
 } // namespace
 
-// The signals are blocked in every thread, which inherits that from the one that makes the watch,
-// and taken by one thread that waits for them.
+// The watched signals are blocked in every thread, since threads inherit the mask of the thread
+// that creates the watch. Two threads wait for them: one may be running the function while the
+// other takes the next signal.
 struct TerminationWatch::State {
-    sigset_t before{};
-    std::thread waiter;
+    std::function<bool()> onTermination;
+    sigset_t maskBefore{};
+    struct sigaction sigusr2Before {};
+    std::atomic<bool> isRequested{false};
+    std::atomic<bool> isEnding{false};
+    std::array<std::thread, 2> waiters;
+
+    void handleSignals() {
+        const sigset_t signals = watchedSignals();
+        int signal = 0;
+        while (sigwait(&signals, &signal) == 0 && !isEnding) {
+            if (isRequested.exchange(true) || !onTermination()) {
+                endProcessBy(signal);
+            }
+        }
+    }
 };
 
 TerminationWatch::TerminationWatch(std::function<bool()> onTermination)
     : state_(std::make_unique<State>()) {
+    state_->onTermination = std::move(onTermination);
     const sigset_t signals = watchedSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, &state_->before);
-    state_->waiter = std::thread([signals, onTermination = std::move(onTermination)] {
-        int signal = 0;
-        while (sigwait(&signals, &signal) == 0 && signal != kEndWatch) {
-            if (!onTermination()) {
-                endProcessBy(signal);
-            }
-        }
-    });
+    pthread_sigmask(SIG_BLOCK, &signals, &state_->maskBefore);
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGUSR2, &ignore, &state_->sigusr2Before);
+    for (std::thread& waiter : state_->waiters) {
+        waiter = std::thread([state = state_.get()] { state->handleSignals(); });
+    }
 }
 
 TerminationWatch::~TerminationWatch() {
-    pthread_kill(state_->waiter.native_handle(), kEndWatch);
-    state_->waiter.join();
-    pthread_sigmask(SIG_SETMASK, &state_->before, nullptr);
+    state_->isEnding = true;
+    for (std::thread& waiter : state_->waiters) {
+        // Wakes the thread: it has this signal blocked and waits for it. No other thread receives
+        // it.
+        pthread_kill(waiter.native_handle(), SIGINT);
+        waiter.join();
+    }
+    sigaction(SIGUSR2, &state_->sigusr2Before, nullptr);
+    pthread_sigmask(SIG_SETMASK, &state_->maskBefore, nullptr);
 }
 
 } // namespace platform

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-// A pipe goes with its process, so nothing is left to clear. The system's default rights apply:
-// the gateway's own account, administrators and the local system may write to it.
+// A pipe is removed with its process, so there is no stale pipe. The system's default rights apply:
+// the gateway's own account, administrators and the local system may write to the pipe.
 void prepareControlPipe(QLocalServer& /*server*/, const QString& name) {
     QLocalServer::removeServer(name);
 }

@@ -11,4 +11,6 @@ std::optional<qintptr> nextDescriptor() {
     return 0;
 }
 
+void raiseDescriptorLimit() noexcept {}
+
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include "platform/windows/system.h"
 
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -13,21 +14,25 @@ struct TerminationWatch::State {
 
 namespace {
 
-// The system calls the handler on a thread that it starts for the purpose, with no argument of
-// ours.
+// The system calls the handler on a new thread for each event and passes it no user data.
 std::mutex watchMutex;
 const std::function<bool()>* watched = nullptr;
+std::atomic<bool> isRequested = false;
 
 BOOL WINAPI handleConsoleEvent(DWORD event) {
+    if (isRequested.exchange(true)) {
+        return FALSE; // the default handler ends the process
+    }
     {
         const std::lock_guard lock(watchMutex);
         if (watched == nullptr || !(*watched)()) {
-            return FALSE; // the system's own handler ends the process
+            return FALSE;
         }
     }
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        // The console closes or the system shuts down, and the process would be ended as soon as
-        // this returns. It is about to end in order, before the system's patience does.
+        // The console closes or the system shuts down: the system ends the process as soon as this
+        // returns. Do not return, so that the process can end by itself within the system's time
+        // limit.
         Sleep(INFINITE);
     }
     return TRUE;
@@ -41,6 +46,7 @@ TerminationWatch::TerminationWatch(std::function<bool()> onTermination)
         const std::lock_guard lock(watchMutex);
         watched = &state_->onTermination;
     }
+    isRequested = false;
     SetConsoleCtrlHandler(&handleConsoleEvent, TRUE);
 }
 

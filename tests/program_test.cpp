@@ -1,0 +1,253 @@
+// The program quorin-gateway as a process: control pipe, signals, limits.
+
+#include "server/control_channel.h"
+#include "support/client.h"
+#include "support/deadline.h"
+#include "support/gateway.h"
+#include "support/site.h"
+#include "support/system.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <list>
+#include <memory>
+#include <optional>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+using testing::Contains;
+using testing::Not;
+
+constexpr int kPatienceMs = int(std::chrono::milliseconds(kPatience).count());
+
+const QString kQuitLine = u"3 quit command recieved"_s;
+
+class ProgramProcessTest : public testing::Test {
+protected:
+    ProgramProcessTest() { site_.writeSettings(); }
+
+    QStringList runArguments() const { return {u"run"_s, site_.settingsPath(), u"primary"_s}; }
+
+    // Where a pipe is a file, its location depends on the temporary folder of the process.
+    QString pipeName() const { return kOnWindows ? kControlPipeName.toString() : site_.pipePath(); }
+
+    // The state of a process changes only when its events are processed.
+    static bool isRunning(const Gateway& process) {
+        QCoreApplication::processEvents();
+        return process.isRunning();
+    }
+
+    // Connects a controller that sends nothing.
+    void connectSilently(QLocalSocket& controller) const {
+        controller.connectToServer(pipeName());
+        ASSERT_TRUE(controller.waitForConnected(kPatienceMs))
+            << controller.errorString().toStdString();
+    }
+
+    // Waits until the pipe's server has `count` connections, whether accepted or not.
+    bool waitUntilConnected(int count) const {
+        return waitUntil([&] { return connections() == count; });
+    }
+
+    Site site_;
+
+private:
+    // The system lists the listening socket and the server's end of each connection. Their names
+    // begin with the folder of the pipe.
+    int connections() const {
+        QFile list(u"/proc/net/unix"_s);
+        if (!list.open(QIODevice::ReadOnly)) {
+            return -1;
+        }
+        const QByteArray folder = site_.temporaryPath().toLocal8Bit() + '/';
+        return int(list.readAll().count(folder)) - 1;
+    }
+};
+
+class StopCommandTest : public ProgramProcessTest {};
+
+TEST_F(StopCommandTest, WaitsUntilServerClosesPipe) {
+    QLocalServer server;
+    ASSERT_TRUE(server.listen(pipeName())) << server.errorString().toStdString();
+    std::unique_ptr<QLocalSocket> connection;
+    const auto acceptCommand = [&] {
+        ASSERT_TRUE(server.waitForNewConnection(kPatienceMs));
+        connection.reset(server.nextPendingConnection());
+        ASSERT_TRUE(connection->waitForReadyRead(kPatienceMs));
+        EXPECT_EQ(connection->readAll(), "quit");
+    };
+    Gateway first(site_);
+    first.startProgram({u"stop"_s});
+    acceptCommand();
+    const std::unique_ptr<QLocalSocket> firstConnection = std::move(connection);
+    // A process that did not wait would end before another one has started and sent its command.
+    Gateway second(site_);
+    second.startProgram({u"stop"_s});
+    acceptCommand();
+    EXPECT_TRUE(isRunning(first));
+    connection.reset();
+    EXPECT_EQ(second.waitForExit(), 0);
+    EXPECT_EQ(second.errorOutput(), "");
+    EXPECT_TRUE(isRunning(first));
+    firstConnection->abort();
+    EXPECT_EQ(first.waitForExit(), 0);
+    EXPECT_EQ(first.errorOutput(), "");
+}
+
+TEST_F(StopCommandTest, RetriesWhilePipeIsBusy) {
+    QLocalServer server;
+    server.setListenBacklogSize(1);
+    ASSERT_TRUE(server.listen(pipeName())) << server.errorString().toStdString();
+    // The server accepts only when this thread processes events.
+    std::list<QLocalSocket> controllers;
+    do {
+        controllers.emplace_back().connectToServer(pipeName());
+    } while (controllers.back().state() == QLocalSocket::ConnectedState);
+    Gateway stop(site_);
+    stop.startProgram({u"stop"_s});
+    // A process that did not retry would end before another one has done more.
+    Gateway failing(site_);
+    failing.startProgram({u"run"_s, u"missing"_s, u"primary"_s});
+    EXPECT_EQ(failing.waitForExit(), 1);
+    ASSERT_TRUE(isRunning(stop));
+    controllers.clear();
+    QByteArray command;
+    while (command.isEmpty()) {
+        ASSERT_TRUE(server.hasPendingConnections() || server.waitForNewConnection(kPatienceMs));
+        const std::unique_ptr<QLocalSocket> connection(server.nextPendingConnection());
+        connection->waitForReadyRead(kPatienceMs);
+        command = connection->readAll();
+    }
+    EXPECT_EQ(command, "quit");
+    EXPECT_EQ(stop.waitForExit(), 0);
+    EXPECT_EQ(stop.errorOutput(), "");
+}
+
+TEST_F(StopCommandTest, WaitsForEarlierControllers) {
+    if (kOnWindows) {
+        GTEST_SKIP() << "this system does not list the connections of a pipe";
+    }
+    Gateway gateway(site_);
+    gateway.start();
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+    QLocalSocket first;
+    connectSilently(first);
+    QLocalSocket second;
+    connectSilently(second);
+    Gateway stop(site_);
+    stop.startProgram({u"stop"_s});
+    ASSERT_TRUE(waitUntilConnected(3));
+    EXPECT_TRUE(isRunning(stop));
+    first.abort();
+    ASSERT_TRUE(waitUntilConnected(2));
+    EXPECT_TRUE(isRunning(stop));
+    EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
+    second.abort();
+    EXPECT_EQ(stop.waitForExit(), 0);
+    EXPECT_EQ(stop.errorOutput(), "");
+    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_THAT(site_.logged(), Contains(kQuitLine));
+}
+
+TEST_F(StopCommandTest, ReportsDeniedAccess) {
+    const QStringList asOtherUser{u"setpriv"_s, u"--reuid=65534"_s, u"--regid=65534"_s,
+                                  u"--clear-groups"_s};
+    const auto executeAsOtherUser = [&](const QStringList& command) {
+        return QProcess::execute(asOtherUser.first(), asOtherUser.mid(1) + command);
+    };
+    if (QStandardPaths::findExecutable(asOtherUser.first()).isEmpty() ||
+        executeAsOtherUser({u"true"_s}) != 0) {
+        GTEST_SKIP() << "this account cannot start a process as another user";
+    }
+    Gateway gateway(site_);
+    gateway.start();
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+
+    // The other user can reach the pipe's file and the program: only the file's mode is left to
+    // deny access.
+    const QString folder = QFileInfo(site_.settingsPath()).path();
+    const QString program = folder + u"/quorin-gateway";
+    const QFile::Permissions everyone =
+        QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
+    ASSERT_TRUE(QFile::copy(QStringLiteral(QUORIN_PROGRAM), program));
+    for (const QString& path : {folder, site_.temporaryPath(), program}) {
+        ASSERT_TRUE(QFile::setPermissions(path, everyone));
+    }
+    ASSERT_EQ(executeAsOtherUser({u"test"_s, u"-S"_s, site_.pipePath()}), 0);
+
+    Gateway stop(site_);
+    stop.startProcess(asOtherUser.first(), asOtherUser.mid(1) + QStringList{program, u"stop"_s});
+    EXPECT_EQ(stop.waitForExit(), 77);
+    EXPECT_EQ(stop.errorOutput(),
+              "quorin-gateway: permission denied: cannot open the gateway's control pipe\n");
+    EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
+    EXPECT_EQ(gateway.stop(), 0);
+}
+
+class RunCommandTest : public ProgramProcessTest {
+protected:
+    void SetUp() override {
+        if (kOnWindows) {
+            GTEST_SKIP() << "this system has no such signals, limits or list of sockets";
+        }
+    }
+};
+
+TEST_F(RunCommandTest, SecondInterruptDoesNotWaitForPipe) {
+    Gateway gateway(site_);
+    gateway.startProgram(runArguments());
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+    QLocalSocket silent;
+    connectSilently(silent);
+    gateway.interrupt();
+    ASSERT_TRUE(waitUntilConnected(2)) << "the gateway sends the command to itself";
+    gateway.interrupt();
+    EXPECT_EQ(gateway.waitForExit(), std::nullopt);
+    EXPECT_FALSE(isRunning(gateway));
+    EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
+}
+
+TEST_F(RunCommandTest, StopsOnSigtermAfterSigusr2) {
+    Gateway gateway(site_);
+    gateway.startProgram(runArguments());
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+    const QString sigusr2 = u"kill -s USR2 %1"_s.arg(gateway.processId());
+    ASSERT_EQ(QProcess::execute(u"sh"_s, {u"-c"_s, sigusr2}), 0);
+    gateway.interrupt();
+    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_THAT(site_.logged(), Contains(kQuitLine));
+}
+
+TEST_F(RunCommandTest, RaisesSoftDescriptorLimitToHardOne) {
+    if (QStandardPaths::findExecutable(u"prlimit"_s).isEmpty()) {
+        GTEST_SKIP() << "this system has no prlimit";
+    }
+    Gateway gateway(site_);
+    gateway.startProcess(u"prlimit"_s,
+                         QStringList{u"--nofile=256:1000"_s, QStringLiteral(QUORIN_PROGRAM)} +
+                             runArguments());
+    ASSERT_TRUE(Client(site_.port()).isConnected());
+    QFile limits(u"/proc/%1/limits"_s.arg(gateway.processId()));
+    ASSERT_TRUE(limits.open(QIODevice::ReadOnly));
+    EXPECT_THAT(limits.readAll().simplified().toStdString(),
+                testing::HasSubstr("Max open files 1000 1000 files"));
+    EXPECT_EQ(gateway.stop(), 0);
+}
+
+} // namespace
+} // namespace quorin::test
