@@ -1,4 +1,4 @@
-// A host of the gateway: host SETTINGS primary|secondary
+// A host program of the gateway. Usage: host SETTINGS primary|secondary
 
 #include <QLibrary>
 #include <QString>
@@ -7,7 +7,7 @@
 #include <filesystem>
 
 int main(int argc, char** argv) {
-    // The library lies beside this program.
+    // The gateway library is in the folder of this program.
     const auto path = std::filesystem::absolute(argv[0]).replace_filename("libQuorinGatewayHttp");
     QLibrary library(QString::fromStdString(path.string()));
     using MainFunc = int(int, char**);
@@ -16,5 +16,5 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s\n", qPrintable(library.errorString()));
         return 3;
     }
-    return run(argc, argv); // serves until it is told to stop; a start that fails ends the process
+    return run(argc, argv); // returns after a stop; ends the process if the start fails
 }

@@ -6,7 +6,7 @@
 #  - In the room of the worker the way goes on in one direction.
 #  - What differs between systems stands in src/platform/unix and src/platform/windows alone.
 #  - A source file with a header of its own includes that first, so the header needs no other.
-#  - Every element of the settings file is in the sample settings and in the README.
+#  - Every element of the settings file is in the sample settings and in docs/settings.md.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -112,7 +112,7 @@ endforeach()
 file(STRINGS "${TREE}/src/config/element_names.h" names REGEX "constexpr .*\"")
 foreach(name IN LISTS names)
   string(REGEX REPLACE ".*\"(.*)\".*" "\\1" name "${name}")
-  foreach(place IN ITEMS "packaging/settings.xml=<${name}>" "README.md=`${name}`")
+  foreach(place IN ITEMS "packaging/settings.xml=<${name}>" "docs/settings.md=`${name}`")
     string(REGEX MATCH "^([^=]+)=(.+)$" place "${place}")
     file(READ "${TREE}/${CMAKE_MATCH_1}" text)
     string(FIND "${text}" "${CMAKE_MATCH_2}" position)

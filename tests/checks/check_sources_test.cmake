@@ -12,7 +12,7 @@ function(make_tree)
   file(WRITE "${SCRATCH}/src/config/element_names.h"
     "inline constexpr const char* kPort = \"Port\";\n")
   file(WRITE "${SCRATCH}/packaging/settings.xml" "<Port>1</Port>\n")
-  file(WRITE "${SCRATCH}/README.md" "| `Port` |\n")
+  file(WRITE "${SCRATCH}/docs/settings.md" "| `Port` |\n")
   file(WRITE "${SCRATCH}/src/worker/worker.h" "#include \"worker/routing.h\"\n")
   file(WRITE "${SCRATCH}/src/worker/worker.cpp"
     "#include \"worker/worker.h\"\n#include \"platform/folders.h\"\n#include <QFile>\n")
@@ -64,5 +64,5 @@ expect_finding(src/worker/worker.cpp "#include <QFile>\n#include \"worker/worker
   "src/worker/worker.cpp does not include \"worker/worker.h\" first")
 expect_finding(src/platform/windows/folders.cpp "#include <windows.h>\n"
   "does not include \"platform/folders.h\" first")
-expect_finding(README.md "Port\n" "README.md does not name `Port`")
+expect_finding(docs/settings.md "Port\n" "docs/settings.md does not name `Port`")
 expect_finding(packaging/settings.xml "<!-- Port -->\n" "packaging/settings.xml does not name <Port>")
