@@ -410,6 +410,31 @@ TEST_F(LifecycleTest, aRequestThatComesAfterQuitIsIgnoredUntilTheConnectionTimes
                       }));
 }
 
+// The time-out is far longer than a test waits.
+TEST_F(LifecycleTest, DropsQueuedConnectionsAtQuit) {
+    Settings settings;
+    settings.MaxUserSession = "1";
+    settings.ConnectionTimeout = "300";
+    site_.writeSettings(settings);
+    site_.writeFile(u"fwfiles/a"_s, "a");
+    Gateway gateway(site_);
+    gateway.start();
+    Client served(site_.port());
+    const QString runStarts = u"2 [Start] void __cdecl Worker::run(void)"_s;
+    ASSERT_TRUE(site_.waitUntilLogged(runStarts));
+    Client silent(site_.port());
+    Client asking(site_.port());
+    asking.send(get("/fwfiles/a"));
+    gateway.command("quit");
+    ASSERT_TRUE(site_.waitUntilLogged(u"3 quit command recieved"_s));
+    served.abort();
+    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_EQ(silent.readToEnd(), "");
+    EXPECT_EQ(asking.readToEnd(), "");
+    EXPECT_EQ(site_.logged().count(runStarts), 1);
+    EXPECT_EQ(site_.logged().last(), endLine(arguments(), u"Success"_s));
+}
+
 class LogLibraryTest : public LifecycleTest, public testing::WithParamInterface<LogLibrary> {};
 
 TEST_P(LogLibraryTest, theGatewayServesWhateverTheLoggingLibraryLacks) {

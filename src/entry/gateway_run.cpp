@@ -49,7 +49,7 @@ void logEnd(const QString& arguments, QStringView status) {
 
 void takeGuard(QSharedMemory& guard) {
     guard.setKey(kInstanceGuardKey.toString());
-    if (!attemptPatiently([&guard] { return platform::takeInstanceGuard(guard); })) {
+    if (!retry([&guard] { return platform::takeInstanceGuard(guard); })) {
         failStart(u"Duplicate execution of applications"_s, GatewayException::DuplicateInstance);
     }
 }

@@ -32,10 +32,10 @@ namespace {
 
 using Logger = QuorinGatewayApplicationLogger;
 
-// Passes of kIdlePoll after which a watcher that does not end is terminated.
+// Passes of kIdlePoll after which a watcher that is still running is terminated.
 constexpr int kStopPasses = 11;
 
-// None is ever pending, for each goes to the queue; it only has to be more than that.
+// None is ever pending, since each goes to the queue; any number above 0 will do.
 constexpr int kPendingConnections = 1;
 
 } // namespace
@@ -43,8 +43,8 @@ constexpr int kPendingConnections = 1;
 TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     : application_(application) {
     const GatewaySettings& settings = GatewaySettings::instance();
-    surroundings_.documentRoot = documentRoot;
-    surroundings_.communicationScheme =
+    surroundings_->documentRoot = documentRoot;
+    surroundings_->communicationScheme =
         communicationSchemeOf(settings.RootUrl, settings.IsEnabledHttpInFacility);
     logReplyScheme();
     logListeningMode();
@@ -57,7 +57,8 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     platform::prepareControlPipe(*localServer_, pipe);
     connect(localServer_.get(), &QLocalServer::newConnection, this,
             &TcpServer::LocalServerNewConnection);
-    queueWatcher_ = std::make_unique<QueueWatcher>(QThreadPool::globalInstance(), &requestQueue_);
+    queueWatcher_ = std::make_unique<QueueWatcher>(&surroundings_->quitRequested,
+                                                   QThreadPool::globalInstance(), &requestQueue_);
     queueWatcher_->start(QThread::InheritPriority);
     openControlChannel();
 
@@ -68,13 +69,11 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
 
 TcpServer::~TcpServer() {
     cleanUp();
-    // A worker started at the last moment still reads what the server shares.
-    QThreadPool::globalInstance()->waitForDone();
 }
 
 void TcpServer::logReplyScheme() const {
     Logger::logInfo(u"Replying communication scheme for WebAPI - " +
-                    schemeText(surroundings_.communicationScheme));
+                    schemeText(surroundings_->communicationScheme));
 }
 
 void TcpServer::logListeningMode() const {
@@ -88,18 +87,18 @@ void TcpServer::loadCertificate() {
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const auto [certificate, privateKey] = findServerCertificate(name);
-    surroundings_.tls.configure(tlsConfiguration(certificate, privateKey));
+    surroundings_->tls.configure(tlsConfiguration(certificate, privateKey));
 }
 
 void TcpServer::openControlChannel() {
     const QString pipe = kControlPipeName.toString();
-    if (!attemptPatiently([&] { return localServer_->listen(pipe); })) {
+    if (!retry([&] { return localServer_->listen(pipe); })) {
         throw GatewayException(GatewayException::Fatal,
                                endMessage(QString(u"failed to local socket server listening:" +
                                                   localServer_->errorString())),
                                false);
     }
-    threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&surroundings_.quitRequested,
+    threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&surroundings_->quitRequested,
                                                              QThreadPool::globalInstance());
     connect(threadPoolWatcher_.get(), &ThreadPoolWatcher::Satisfied, this,
             &TcpServer::QuitWatcherSatisfied);
@@ -140,7 +139,7 @@ void TcpServer::holdConnections() {
 
 void TcpServer::admitConnections() {
     if (!isListening()) {
-        admissionTimer_.stop(); // told to quit meanwhile
+        admissionTimer_.stop(); // quitting was requested meanwhile
         return;
     }
     const std::optional<qintptr> next = platform::nextDescriptor();
@@ -155,7 +154,7 @@ void TcpServer::incomingConnection(qintptr socketDescriptor) {
     try {
         admit(platform::SocketDescriptor(socketDescriptor));
     } catch (const std::bad_alloc&) {
-        // Its connection is closed already; those that come when there is memory are served.
+        // The connection is closed already; later ones are served once there is memory.
     }
 }
 
@@ -191,7 +190,7 @@ void TcpServer::LocalServerNewConnection() {
     if (command == kQuitCommand) {
         Logger::logInfo(u"quit command recieved"_s);
         close();
-        surroundings_.quitRequested = true;
+        surroundings_->quitRequested = true;
     }
 }
 
@@ -200,8 +199,7 @@ void TcpServer::QuitWatcherSatisfied() {
     application_->exit(0);
 }
 
-// A watcher must not be deleted while its thread runs; one that does not end in time is
-// terminated.
+// A watcher must not be deleted while its thread runs: terminates one that does not end in time.
 void TcpServer::stopWatchers() {
     const auto isRunning = [](const QThread& watcher) { return watcher.isRunning(); };
     for (int pass = 0; isRunning(*threadPoolWatcher_) || isRunning(*queueWatcher_); ++pass) {

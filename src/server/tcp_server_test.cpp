@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -25,9 +26,10 @@ protected:
         settings.HTTPRequestTimeout = 600;
         settings.IsMadeClientRequestWaited = true;
         data_.write(u"root/a"_s, "content");
-        qputenv("TMPDIR", pipes_.path().toUtf8()); // another gateway here keeps its control pipe
+        qputenv("TMPDIR", pipes_.path().toUtf8()); // no gateway of this machine uses this pipe
     }
     ~TcpServerTest() override {
+        QThreadPool::globalInstance()->waitForDone(); // workers log and read settings
         GatewaySettings::instance() = {};
         restoreTemporaryFolder();
     }
@@ -46,10 +48,10 @@ protected:
     const QTemporaryDir pipes_;
 };
 
-TEST_F(TcpServerTest, acceptingGoesOnAfterAConnectionThatFailed) {
+TEST_F(TcpServerTest, AcceptsAfterFailedConnection) {
     TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
     ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
-    server.pauseAccepting(); // as QTcpServer does before it tells
+    server.pauseAccepting(); // as QTcpServer does before it emits the signal
     Q_EMIT server.acceptError(QAbstractSocket::NetworkError);
 
     Client client(server.serverPort());

@@ -75,10 +75,11 @@ bool isRefusedAsLarge(std::string_view target) {
 
 } // namespace
 
-Worker::Worker(platform::SocketDescriptor descriptor, const WorkerSurroundings& surroundings)
-    : descriptor_(std::move(descriptor)), surroundings_(surroundings) {
-    context_.documentRoot = surroundings.documentRoot;
-    context_.communicationScheme = surroundings.communicationScheme;
+Worker::Worker(platform::SocketDescriptor descriptor,
+               std::shared_ptr<const WorkerSurroundings> surroundings)
+    : descriptor_(std::move(descriptor)), surroundings_(std::move(surroundings)) {
+    context_.documentRoot = surroundings_->documentRoot;
+    context_.communicationScheme = surroundings_->communicationScheme;
 }
 
 Worker::~Worker() {
@@ -94,6 +95,10 @@ Worker::~Worker() {
 }
 
 void Worker::run() {
+    // The queue watcher may start a worker just after the quit; the server does not wait for it.
+    if (surroundings_->quitRequested) {
+        return;
+    }
     try {
         serveConnection();
     } catch (const std::bad_alloc&) {
@@ -142,7 +147,7 @@ void Worker::openSocket() {
     connect(&socket, &QSslSocket::disconnected, this, &Worker::SslSocketDisconnected,
             Qt::DirectConnection);
     if (GatewaySettings::instance().HttpsEnabled) {
-        surroundings_.tls.startServerEncryption(socket);
+        surroundings_->tls.startServerEncryption(socket);
     }
 }
 
@@ -160,7 +165,7 @@ void Worker::SslSocketReadyRead() {
     }
     keepFailure([this] {
         traceStart(kReadyRead);
-        if (!surroundings_.quitRequested) {
+        if (!surroundings_->quitRequested) {
             requestTaken_ = true;
             answerRequest();
             endLoop();

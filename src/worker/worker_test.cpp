@@ -4,6 +4,7 @@
 #include "worker/handler_fixture.h"
 #include "worker/tls_configuration.h"
 
+#include <memory>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -16,13 +17,13 @@ protected:
     WorkerTest() {
         GatewaySettings::instance() = {};
         GatewaySettings::instance().ConnectionTimeout = 30;
-        surroundings_.documentRoot = data_.path(u"root"_s);
+        surroundings_->documentRoot = data_.path(u"root"_s);
     }
     ~WorkerTest() override { GatewaySettings::instance() = {}; }
 
     LogRecord log_;
     DataFolder data_;
-    WorkerSurroundings surroundings_;
+    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
     Loopback connection_;
 };
 
@@ -49,7 +50,7 @@ TEST_F(WorkerTest, oneWhoseConnectionWasTakenLeavesItOpen) {
 
 TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
     connection_.client().send(get("/api/WebApiCommScheme"));
-    surroundings_.communicationScheme = CommunicationScheme::Http;
+    surroundings_->communicationScheme = CommunicationScheme::Http;
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
     std::thread thread([&worker] {
         worker->run();
@@ -70,8 +71,8 @@ TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
 
 TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
     GatewaySettings::instance().HttpsEnabled = true;
-    surroundings_.communicationScheme = CommunicationScheme::Https;
-    surroundings_.tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
+    surroundings_->communicationScheme = CommunicationScheme::Https;
+    surroundings_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
     std::thread thread([&worker] {
         worker->run();
@@ -87,6 +88,32 @@ TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
     EXPECT_EQ(connection_.client().readToEnd(),
               "HTTP/1.1 200 OK\r\nContent-Length: 31\r\nContent-Type: application/json\r\n\r\n"
               "{\"CommunicationScheme\":\"https\"}");
+    thread.join();
+}
+
+TEST_F(WorkerTest, ServesNothingAfterQuit) {
+    surroundings_->quitRequested = true;
+    connection_.client().send(get("/api/WebApiCommScheme"));
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    std::thread thread([&worker] {
+        worker->run();
+        worker.reset();
+    });
+    EXPECT_EQ(connection_.client().readToEnd(), "");
+    thread.join();
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(WorkerTest, ServesAfterServerIsGone) {
+    surroundings_->communicationScheme = CommunicationScheme::Http;
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    surroundings_.reset();
+    connection_.client().send(get("/api/WebApiCommScheme"));
+    std::thread thread([&worker] {
+        worker->run();
+        worker.reset();
+    });
+    EXPECT_TRUE(connection_.client().readToEnd().startsWith("HTTP/1.1 200 OK\r\n"));
     thread.join();
 }
 
