@@ -224,6 +224,18 @@ TEST_F(LifecycleTest, aPortInUseEndsTheProcessWithOneAlthoughTheWatchersRun) {
     EXPECT_EQ(site_.record().last(), u"release\thandle"_s);
 }
 
+TEST_F(LifecycleTest, FailsAtOnceWhileHostTaskRuns) {
+    QTcpServer other;
+    ASSERT_TRUE(other.listen(QHostAddress::AnyIPv4, site_.port()));
+    Gateway gateway(site_);
+    gateway.startProcess(QStringLiteral(QUORIN_BUSY_HOST), {site_.settingsPath(), u"primary"_s});
+    EXPECT_EQ(gateway.waitForExit(), 1);
+    EXPECT_THAT(site_.logged(),
+                Contains(failure(u"failed to tcp server listening:The bound address is already "
+                                 u"in use"_s)));
+    EXPECT_EQ(site_.record().last(), u"release\thandle"_s);
+}
+
 TEST_F(LifecycleTest, aPortAbove65535CountsModulo65536) {
     const quint16 port = freePort();
     Settings settings;
