@@ -360,6 +360,13 @@ TEST_F(LifecycleTest, aCommandEndsAtItsFirstNul) {
     EXPECT_EQ(gateway.waitForExit(), 0);
 }
 
+TEST_F(LifecycleTest, StopsOnQuitAfterByteOrderMark) {
+    Gateway gateway(site_);
+    gateway.start();
+    gateway.command("\xEF\xBB\xBFquit");
+    EXPECT_EQ(gateway.waitForExit(), 0);
+}
+
 TEST_F(LifecycleTest, anIdleGatewayStopsWithinAboutHalfASecond) {
     Gateway gateway(site_);
     gateway.start();

@@ -186,8 +186,8 @@ void TcpServer::LocalServerNewConnection() {
     controller->waitForReadyRead(
         static_cast<int>(std::chrono::milliseconds(kCommandTimeout).count()));
     const QByteArray received = controller->readAll();
-    const QByteArrayView command(received.constData()); // up to the first NUL
-    if (command == kQuitCommand) {
+    const QString command = QString::fromUtf8(received.constData()); // up to the first NUL
+    if (command == QLatin1StringView(kQuitCommand)) {
         Logger::logInfo(u"quit command recieved"_s);
         close();
         surroundings_->quitRequested = true;
