@@ -6,7 +6,6 @@
 #include "config/gateway_settings.h"
 #include "log/application_logger.h"
 #include "platform/control_pipe.h"
-#include "platform/descriptors.h"
 #include "server/control_channel.h"
 #include "server/polling.h"
 #include "server/queue_watcher.h"
@@ -22,7 +21,6 @@
 #include <chrono>
 #include <cstddef>
 #include <new>
-#include <optional>
 #include <utility>
 
 using namespace quorin;
@@ -64,7 +62,7 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
 
     connect(this, &QTcpServer::acceptError, this, &TcpServer::recoverFromAcceptError);
     admissionTimer_.setInterval(std::chrono::duration_cast<std::chrono::milliseconds>(kIdlePoll));
-    connect(&admissionTimer_, &QTimer::timeout, this, &TcpServer::admitConnections);
+    connect(&admissionTimer_, &QTimer::timeout, this, &TcpServer::resumeAdmission);
 }
 
 TcpServer::~TcpServer() {
@@ -105,21 +103,11 @@ void TcpServer::openControlChannel() {
     threadPoolWatcher_->start(QThread::InheritPriority);
 }
 
-bool TcpServer::listen(const QHostAddress& address, quint16 port) {
-    if (!QTcpServer::listen(address, port)) {
-        return false;
-    }
-    if (const std::optional<qintptr> limit = platform::descriptorLimit()) {
-        descriptorBudget_ = DescriptorBudget(*limit, socketDescriptor() + 1,
-                                             GatewaySettings::instance().MaxUserSession);
-    }
-    return true;
-}
-
-// QTcpServer has paused itself, and would do so for good.
+// QTcpServer has paused accepting and does not resume it by itself.
 void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
     if (error == QAbstractSocket::SocketResourceError) {
-        holdConnections();
+        descriptorBudget_.countNext();
+        pauseAdmission();
     } else {
         Logger::logError(
             endMessage(QString(u"a connection could not be accepted: " + errorString())));
@@ -127,8 +115,9 @@ void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
     }
 }
 
-// Pausing alone would not end the round of accepting that may be under way.
-void TcpServer::holdConnections() {
+// New connections wait in the system. pauseAccepting() alone would not end the loop in which
+// QTcpServer may be accepting now.
+void TcpServer::pauseAdmission() {
     setMaxPendingConnections(0);
     pauseAccepting();
     if (!admissionTimer_.isActive()) {
@@ -137,13 +126,12 @@ void TcpServer::holdConnections() {
     }
 }
 
-void TcpServer::admitConnections() {
+void TcpServer::resumeAdmission() {
     if (!isListening()) {
         admissionTimer_.stop(); // quitting was requested meanwhile
         return;
     }
-    const std::optional<qintptr> next = platform::nextDescriptor();
-    if (next && descriptorBudget_.covers(*next)) {
+    if (hasDescriptorsForAnother()) {
         admissionTimer_.stop();
         setMaxPendingConnections(kPendingConnections);
         resumeAccepting();
@@ -159,7 +147,6 @@ void TcpServer::incomingConnection(qintptr socketDescriptor) {
 }
 
 void TcpServer::admit(platform::SocketDescriptor descriptor) {
-    const qintptr number = descriptor.get();
     auto worker = std::make_unique<Worker>(std::move(descriptor), surroundings_);
     const GatewaySettings& settings = GatewaySettings::instance();
     const std::size_t load =
@@ -172,10 +159,20 @@ void TcpServer::admit(platform::SocketDescriptor descriptor) {
                                             QString::number(settings.MaxUserSession))));
         return;
     }
-    requestQueue_.append(std::move(worker));
-    if (!descriptorBudget_.covers(number + 1)) {
-        holdConnections();
+    if (!settings.IsMadeClientRequestWaited && !hasDescriptorsForAnother()) {
+        refuseConnection(worker->releaseDescriptor());
+        Logger::logError(endMessage(u"connection refused: too few free descriptors"_s));
+        return;
     }
+    requestQueue_.append(std::move(worker));
+    if (settings.IsMadeClientRequestWaited && !hasDescriptorsForAnother()) {
+        pauseAdmission();
+    }
+}
+
+bool TcpServer::hasDescriptorsForAnother() {
+    return descriptorBudget_.admitsAnother(QThreadPool::globalInstance()->activeThreadCount(),
+                                           requestQueue_.size());
 }
 
 void TcpServer::LocalServerNewConnection() {

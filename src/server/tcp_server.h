@@ -28,10 +28,6 @@ public:
     // Does not wait for workers.
     ~TcpServer() override;
 
-    // As QTcpServer's. While the process has no descriptors to spare, connections wait in the
-    // system, which does not take them from their clients.
-    bool listen(const QHostAddress& address, quint16 port);
-
 public Q_SLOTS:
     // Reads one command from the control channel.
     void LocalServerNewConnection();
@@ -39,7 +35,8 @@ public Q_SLOTS:
     void QuitWatcherSatisfied();
 
 protected:
-    // Queues the connection, or refuses it: in legacy mode, when MaxUserSession is reached.
+    // Queues the connection. In legacy mode refuses it if MaxUserSession is reached or too few
+    // descriptors are free.
     void incomingConnection(qintptr socketDescriptor) override;
 
 private:
@@ -48,9 +45,10 @@ private:
     void loadCertificate();
     void openControlChannel();
     void admit(platform::SocketDescriptor descriptor);
+    [[nodiscard]] bool hasDescriptorsForAnother();
     void recoverFromAcceptError(QAbstractSocket::SocketError error);
-    void holdConnections();
-    void admitConnections();
+    void pauseAdmission();
+    void resumeAdmission();
     void stopWatchers();
     void cleanUp();
 
@@ -58,7 +56,7 @@ private:
     QCoreApplication* application_;
     quorin::RequestQueue requestQueue_;
     quorin::DescriptorBudget descriptorBudget_;
-    QTimer admissionTimer_; // runs while connections are held
+    QTimer admissionTimer_; // runs while admission is paused
     std::unique_ptr<QLocalServer> localServer_;
     std::unique_ptr<ThreadPoolWatcher> threadPoolWatcher_;
     std::unique_ptr<QueueWatcher> queueWatcher_;

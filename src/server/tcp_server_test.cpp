@@ -1,15 +1,21 @@
 #include "server/tcp_server.h"
 
 #include "config/gateway_settings.h"
+#include "platform/descriptors.h"
 #include "support/client.h"
 #include "support/deadline.h"
+#include "support/descriptor_limit.h"
 #include "worker/handler_fixture.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QThreadPool>
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -65,6 +71,31 @@ TEST_F(TcpServerTest, AcceptsAfterFailedConnection) {
     EXPECT_EQ(log_.lines().filter(u"5 "_s).size(), 1);
     EXPECT_TRUE(log_.lines().filter(u"5 "_s).constFirst().startsWith(
         u"5 [End] a connection could not be accepted: "));
+}
+
+TEST_F(TcpServerTest, AcceptsWhileHostHasManyFiles) {
+    if (!platform::descriptorLimit()) {
+        GTEST_SKIP() << "this system sets no limit";
+    }
+    const DescriptorLimit limit(256);
+    GatewaySettings::instance().MaxUserSession = 20;
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    std::vector<std::unique_ptr<QFile>> files;
+    for (int i = 0; i < 180; ++i) {
+        files.push_back(std::make_unique<QFile>(data_.path(u"root/a"_s)));
+        ASSERT_TRUE(files.back()->open(QIODevice::ReadOnly));
+    }
+    for (int i = 0; i < 6; ++i) {
+        Client client(server.serverPort());
+        client.send(get("/a"));
+        ASSERT_TRUE(waitUntil([&] {
+            QCoreApplication::processEvents();
+            return client.socket().bytesAvailable() > 0;
+        })) << "client "
+            << i;
+        EXPECT_TRUE(client.readToEnd().endsWith("content"));
+    }
 }
 
 } // namespace

@@ -5,11 +5,13 @@
 #include "http/request.h"
 #include "http/request_parser.h"
 #include "log/application_logger.h"
+#include "platform/descriptors.h"
 #include "worker/large_file.h"
 #include "worker/reply.h"
 #include "worker/request_failure.h"
 #include "worker/routing.h"
 
+#include <QAbstractEventDispatcher>
 #include <QHostAddress>
 #include <QThreadPool>
 
@@ -109,7 +111,7 @@ void Worker::run() {
 void Worker::serveConnection() {
     traceStart(kRun);
     try {
-        eventLoop_.emplace();
+        makeEventLoop();
         openSocket();
         startConnectionTimer();
         eventLoop_->exec(QEventLoop::WaitForMoreEvents);
@@ -122,6 +124,15 @@ void Worker::serveConnection() {
     } catch (const std::exception& exception) {
         Logger::logError(messageOf(exception));
     }
+}
+
+// Qt ends the process when it has no descriptor for a thread's first event loop.
+void Worker::makeEventLoop() {
+    if (QAbstractEventDispatcher::instance() == nullptr && !platform::hasFreeDescriptor()) {
+        throw GatewayException(GatewayException::Request,
+                               endMessage(u"no free descriptor for a worker"_s), false);
+    }
+    eventLoop_.emplace();
 }
 
 template<std::invocable Action>

@@ -56,6 +56,7 @@ private:
     void keepFailure(Action&& action) noexcept;
 
     void serveConnection();
+    void makeEventLoop();
     void openSocket();
     void startConnectionTimer();
     void answerRequest();

@@ -1,5 +1,7 @@
 #include "worker/worker.h"
 
+#include "platform/descriptors.h"
+#include "support/descriptor_limit.h"
 #include "support/some_certificate.h"
 #include "worker/handler_fixture.h"
 #include "worker/tls_configuration.h"
@@ -115,6 +117,22 @@ TEST_F(WorkerTest, ServesAfterServerIsGone) {
     });
     EXPECT_TRUE(connection_.client().readToEnd().startsWith("HTTP/1.1 200 OK\r\n"));
     thread.join();
+}
+
+// Qt ends the process when there is no descriptor for an event loop.
+TEST_F(WorkerTest, EndsWithoutDescriptorForEventLoop) {
+    if (!platform::descriptorLimit()) {
+        GTEST_SKIP() << "this system sets no limit";
+    }
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    {
+        const DescriptorLimit limit(3);
+        std::thread([&worker] {
+            worker->run();
+            worker.reset();
+        }).join();
+    }
+    EXPECT_EQ(connection_.client().readToEnd(), "");
 }
 
 } // namespace

@@ -2,13 +2,17 @@
 
 namespace platform {
 
-// Sockets are handles here, whose number only memory bounds.
+// Sockets and files are handles here, whose number is limited by memory alone.
 std::optional<qintptr> descriptorLimit() {
     return std::nullopt;
 }
 
-std::optional<qintptr> nextDescriptor() {
+std::optional<qintptr> openDescriptors() {
     return 0;
+}
+
+bool hasFreeDescriptor() {
+    return true;
 }
 
 } // namespace platform
