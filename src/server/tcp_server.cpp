@@ -6,6 +6,7 @@
 #include "config/gateway_settings.h"
 #include "log/application_logger.h"
 #include "platform/control_pipe.h"
+#include "platform/listen_backlog.h"
 #include "server/control_channel.h"
 #include "server/polling.h"
 #include "server/queue_watcher.h"
@@ -60,6 +61,7 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     queueWatcher_->start(QThread::InheritPriority);
     openControlChannel();
 
+    setListenBacklogSize(platform::longestListenBacklog());
     connect(this, &QTcpServer::acceptError, this, &TcpServer::recoverFromAcceptError);
     admissionTimer_.setInterval(std::chrono::duration_cast<std::chrono::milliseconds>(kIdlePoll));
     connect(&admissionTimer_, &QTimer::timeout, this, &TcpServer::resumeAdmission);

@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThreadPool>
 
@@ -71,6 +72,18 @@ TEST_F(TcpServerTest, AcceptsAfterFailedConnection) {
     EXPECT_EQ(log_.lines().filter(u"5 "_s).size(), 1);
     EXPECT_TRUE(log_.lines().filter(u"5 "_s).constFirst().startsWith(
         u"5 [End] a connection could not be accepted: "));
+}
+
+// Nothing accepts here: the event loop does not run.
+TEST_F(TcpServerTest, LetsManyConnectionsWaitInSystem) {
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    std::vector<std::unique_ptr<QTcpSocket>> clients;
+    for (int i = 0; i < 250; ++i) {
+        clients.push_back(std::make_unique<QTcpSocket>());
+        clients.back()->connectToHost(QHostAddress::LocalHost, server.serverPort());
+        ASSERT_TRUE(clients.back()->waitForConnected(5000)) << "client " << i;
+    }
 }
 
 TEST_F(TcpServerTest, AcceptsWhileHostHasManyFiles) {
