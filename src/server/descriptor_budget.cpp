@@ -14,7 +14,7 @@ constexpr qintptr kPerQueued = 4;
 // Of these an active worker has its event loop, and usually the file.
 constexpr qintptr kPerActive = 2;
 
-// For the control channel, the log, and what the host opens in a hurry.
+// For the control channel, the log, and what the host opens between two counts.
 constexpr qintptr kSpare = 8;
 
 // A connection and all that its worker may open.
