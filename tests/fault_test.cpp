@@ -16,6 +16,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -262,6 +263,104 @@ TEST_F(FaultTest, withoutADescriptorToAcceptWithConnectionsWaitForOne) {
     EXPECT_EQ(client.readToEnd(), header(small_.size()) + small_);
     EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
     EXPECT_EQ(gateway_.stop(), 0);
+}
+
+class DescriptorFaultTest : public FaultTest {
+protected:
+    // A client with a download that the gateway cannot finish before the client reads on.
+    std::unique_ptr<Client> beginDownload() const {
+        auto client = std::make_unique<Client>(site_.port());
+        client->limitReadAhead(4096);
+        client->send(get("/fwfiles/large"));
+        return client;
+    }
+
+    // Starts a gateway that may have 1,024 descriptors and serve 300 sessions.
+    void startWith1024Descriptors() {
+        writeLargeFile();
+        Settings settings;
+        settings.MaxUserSession = "300";
+        startWithLimit(u"--nofile=1024:1024"_s, settings);
+    }
+
+    void writeLargeFile() const {
+        site_.writeFile(u"fwfiles/large"_s, {});
+        ASSERT_TRUE(QFile::resize(site_.rootPath(u"fwfiles/large"_s), kSize));
+    }
+
+    static constexpr int kAtOnce = 180;
+};
+
+TEST_F(DescriptorFaultTest, Serves180DownloadsInTurn) {
+    startWith1024Descriptors();
+    if (IsSkipped()) {
+        return;
+    }
+    constexpr int group = 10; // an idle gateway takes up to 100 ms to notice a connection
+    std::vector<std::unique_ptr<Client>> clients;
+    while (clients.size() < kAtOnce) {
+        for (int i = 0; i < group; ++i) {
+            clients.push_back(beginDownload());
+        }
+        for (std::size_t i = clients.size() - group; i < clients.size(); ++i) {
+            ASSERT_FALSE(clients[i]->read(1).isEmpty()) << "client " << i;
+        }
+    }
+    clients.clear();
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput(), "");
+}
+
+TEST_F(DescriptorFaultTest, Serves180Of400DownloadsAtOnce) {
+    startWith1024Descriptors();
+    if (IsSkipped()) {
+        return;
+    }
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 400; ++i) {
+        clients.push_back(beginDownload());
+    }
+    const auto served = [&clients] {
+        QCoreApplication::processEvents();
+        return std::count_if(clients.begin(), clients.end(), [](const auto& client) {
+            return client->socket().bytesAvailable() > 0;
+        });
+    };
+    EXPECT_TRUE(waitUntil([&] { return served() >= kAtOnce; })) << served();
+    clients.clear();
+    EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput(), "");
+}
+
+TEST_F(DescriptorFaultTest, RefusesInLegacyModeWithoutDescriptors) {
+    writeLargeFile();
+    Settings settings;
+    settings.MaxUserSession = "50";
+    settings.IsMadeClientRequestWaited = "false";
+    startWithLimit(u"--nofile=64:64"_s, settings);
+    if (IsSkipped()) {
+        return;
+    }
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 30; ++i) {
+        clients.push_back(beginDownload());
+    }
+    int served = 0;
+    int refused = 0;
+    for (const auto& client : clients) {
+        const QByteArray begin = client->read(12);
+        served += begin == "HTTP/1.1 200" ? 1 : 0;
+        refused += begin == "HTTP/1.1 503" ? 1 : 0;
+    }
+    EXPECT_GE(served, 6);
+    EXPECT_EQ(served + refused, 30);
+    EXPECT_EQ(site_.logged().count(u"5 [End] connection refused: too few free descriptors"_s),
+              refused);
+    clients.clear();
+    EXPECT_TRUE(waitUntil([this] { return ask("/fwfiles/a") == header(small_.size()) + small_; }));
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput(), "");
 }
 
 class MemoryFaultTest : public FaultTest {

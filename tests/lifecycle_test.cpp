@@ -224,6 +224,18 @@ TEST_F(LifecycleTest, aPortInUseEndsTheProcessWithOneAlthoughTheWatchersRun) {
     EXPECT_EQ(site_.record().last(), u"release\thandle"_s);
 }
 
+TEST_F(LifecycleTest, FailsAtOnceWhileHostTaskRuns) {
+    QTcpServer other;
+    ASSERT_TRUE(other.listen(QHostAddress::AnyIPv4, site_.port()));
+    Gateway gateway(site_);
+    gateway.startProcess(QStringLiteral(QUORIN_BUSY_HOST), {site_.settingsPath(), u"primary"_s});
+    EXPECT_EQ(gateway.waitForExit(), 1);
+    EXPECT_THAT(site_.logged(),
+                Contains(failure(u"failed to tcp server listening:The bound address is already "
+                                 u"in use"_s)));
+    EXPECT_EQ(site_.record().last(), u"release\thandle"_s);
+}
+
 TEST_F(LifecycleTest, aPortAbove65535CountsModulo65536) {
     const quint16 port = freePort();
     Settings settings;
@@ -348,6 +360,13 @@ TEST_F(LifecycleTest, aCommandEndsAtItsFirstNul) {
     EXPECT_EQ(gateway.waitForExit(), 0);
 }
 
+TEST_F(LifecycleTest, StopsOnQuitAfterByteOrderMark) {
+    Gateway gateway(site_);
+    gateway.start();
+    gateway.command("\xEF\xBB\xBFquit");
+    EXPECT_EQ(gateway.waitForExit(), 0);
+}
+
 TEST_F(LifecycleTest, anIdleGatewayStopsWithinAboutHalfASecond) {
     Gateway gateway(site_);
     gateway.start();
@@ -408,6 +427,31 @@ TEST_F(LifecycleTest, aRequestThatComesAfterQuitIsIgnoredUntilTheConnectionTimes
                           u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s,
                           endLine(arguments(), u"Success"_s),
                       }));
+}
+
+// The time-out is far longer than a test waits.
+TEST_F(LifecycleTest, DropsQueuedConnectionsAtQuit) {
+    Settings settings;
+    settings.MaxUserSession = "1";
+    settings.ConnectionTimeout = "300";
+    site_.writeSettings(settings);
+    site_.writeFile(u"fwfiles/a"_s, "a");
+    Gateway gateway(site_);
+    gateway.start();
+    Client served(site_.port());
+    const QString runStarts = u"2 [Start] void __cdecl Worker::run(void)"_s;
+    ASSERT_TRUE(site_.waitUntilLogged(runStarts));
+    Client silent(site_.port());
+    Client asking(site_.port());
+    asking.send(get("/fwfiles/a"));
+    gateway.command("quit");
+    ASSERT_TRUE(site_.waitUntilLogged(u"3 quit command recieved"_s));
+    served.abort();
+    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_EQ(silent.readToEnd(), "");
+    EXPECT_EQ(asking.readToEnd(), "");
+    EXPECT_EQ(site_.logged().count(runStarts), 1);
+    EXPECT_EQ(site_.logged().last(), endLine(arguments(), u"Success"_s));
 }
 
 class LogLibraryTest : public LifecycleTest, public testing::WithParamInterface<LogLibrary> {};

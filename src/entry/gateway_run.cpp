@@ -34,7 +34,7 @@ constexpr QStringView kFailure = u"Failure";
     throw GatewayException(kind, endMessage(text), false);
 }
 
-// The settings file and the group, as they were given; empty when they were not.
+// The settings file and the group as given, or an empty text if arguments are missing.
 QString argumentText(int argc, char** argv) {
     if (argc < kArguments) {
         return {};
@@ -49,7 +49,7 @@ void logEnd(const QString& arguments, QStringView status) {
 
 void takeGuard(QSharedMemory& guard) {
     guard.setKey(kInstanceGuardKey.toString());
-    if (!attemptPatiently([&guard] { return platform::takeInstanceGuard(guard); })) {
+    if (!retry([&guard] { return platform::takeInstanceGuard(guard); })) {
         failStart(u"Duplicate execution of applications"_s, GatewayException::DuplicateInstance);
     }
 }
@@ -93,8 +93,7 @@ void serve(QCoreApplication& application, const QString& baseDirectory) {
 
 } // namespace
 
-Outcome runGateway(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
+Outcome runGateway(QCoreApplication& application, int argc, char** argv) {
     QSharedMemory guard;
     try {
         takeGuard(guard);
@@ -102,7 +101,7 @@ Outcome runGateway(int argc, char** argv) {
             failStart(u"The arguments must be three"_s);
         }
         if (!platform::shellFoldersAvailable()) {
-            return Outcome::Failed; // without a word: there is no log yet
+            return Outcome::Failed; // without a log line: the log is not set up yet
         }
         const QString baseDirectory =
             platform::commonApplicationDataFolder() + u'/' + platform::kProductFolder;

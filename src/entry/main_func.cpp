@@ -2,11 +2,16 @@
 
 #include "entry/gateway_run.h"
 
+#include <QCoreApplication>
+
 #include <cstdlib>
 
 int QuorinGatewayHttpMainFunc(int argc, char** argv) {
     constexpr int duplicateInstance = 2;
-    switch (quorin::runGateway(argc, argv)) {
+    // std::exit() does not destroy the application object, whose destructor would wait for the
+    // host's own tasks on Qt's global thread pool.
+    QCoreApplication application(argc, argv);
+    switch (quorin::runGateway(application, argc, argv)) {
     case quorin::Outcome::Failed:
         std::exit(EXIT_FAILURE);
     case quorin::Outcome::DuplicateInstance:

@@ -4,16 +4,21 @@
 
 #include <optional>
 
-// How far this process is from the number of files and sockets it may have open. Descriptors are
-// numbers, and the lowest that is free is the next.
+// How many files and sockets (descriptors) this process has open, and may have open. Any thread.
 namespace platform {
 
-// Descriptors are below this; nothing where the system sets no such bound.
+// The number of descriptors that the process may have open now; nothing where the system sets no
+// limit.
 [[nodiscard]] std::optional<qintptr> descriptorLimit();
 
-// The one that the next file or socket would get; nothing when there is none left. 0 where the
-// system sets no bound.
-[[nodiscard]] std::optional<qintptr> nextDescriptor();
+// The number of descriptors that the process has open, or nothing if no descriptor is free to count
+// them with. Takes time in proportion to that number. 0 where the system sets no limit or does not
+// report the number.
+[[nodiscard]] std::optional<qintptr> openDescriptors();
+
+// Returns false if an event loop made now would find no free descriptor. Cheap. Another thread may
+// take the last one at any time.
+[[nodiscard]] bool hasFreeDescriptor();
 
 // Raises the number of files and sockets that this process may have open to the highest number that
 // the system allows it without privileges. Leaves the limit unchanged if that fails.

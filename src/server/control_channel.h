@@ -5,11 +5,12 @@
 
 #include <chrono>
 
-// The pipe on which a controlling process tells the gateway to stop: it connects, writes "quit"
-// and disconnects. Nothing is ever written back.
+// The pipe through which a controlling process stops the gateway: it connects, writes "quit" and
+// disconnects. The gateway writes nothing back.
 namespace quorin {
 
 inline constexpr QStringView kControlPipeName = u"\\\\.\\pipe\\TO_GATEWAY_HTTP_SERVER";
+// As UTF-8; a byte order mark may precede it, and everything from the first NUL on is ignored.
 inline constexpr QByteArrayView kQuitCommand = "quit";
 
 // How long the gateway waits for a connected controller to write.

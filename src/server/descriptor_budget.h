@@ -1,27 +1,38 @@
 #pragma once
 
+#include "platform/descriptors.h"
+
 #include <QtGlobal>
 
-#include <limits>
+#include <cstddef>
+#include <functional>
+#include <optional>
 
 namespace quorin {
 
-// How many descriptors connections may take, where the system bounds what a process has open. The
-// rest is for the workers: without one for its event loop Qt ends the process, and without one for
-// its file a request fails.
+// Decides whether the process has enough descriptors for one more connection, where the system
+// limits what a process may have open. Keeps descriptors for the workers of the connections that
+// were admitted: without one for its event loop a worker cannot run, and without one for its file a
+// request fails. Used on the main thread.
 class DescriptorBudget {
 public:
-    // No bound.
-    DescriptorBudget() = default;
+    // The functions replace the system's answers in tests.
+    explicit DescriptorBudget(
+        std::function<std::optional<qintptr>()> limit = platform::descriptorLimit,
+        std::function<std::optional<qintptr>()> openDescriptors = platform::openDescriptors);
 
-    // For `workers` at a time; `limit` is that of the process, and `used` are taken for good.
-    DescriptorBudget(qintptr limit, qintptr used, int workers);
+    // Returns true if one more connection may be accepted while `active` workers run and `queued`
+    // connections wait for one. The caller then accepts it. Counts what is open only when the
+    // connections that the last count allowed are used up.
+    [[nodiscard]] bool admitsAnother(int active, std::size_t queued);
 
-    // True when a connection may have this descriptor.
-    [[nodiscard]] bool covers(qintptr descriptor) const noexcept { return descriptor < end_; }
+    // Makes the next call count. To be called when the system had no descriptor left.
+    void countNext() noexcept { uncounted_ = 0; }
 
 private:
-    qintptr end_ = std::numeric_limits<qintptr>::max();
+    std::function<std::optional<qintptr>()> limit_;
+    std::function<std::optional<qintptr>()> openDescriptors_;
+    qintptr uncounted_ = 0; // connections that may be admitted before the next count
 };
 
 } // namespace quorin

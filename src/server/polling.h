@@ -6,21 +6,21 @@
 #include <chrono>
 #include <concepts>
 
-// Waiting is done by polling at fixed intervals.
+// Threads that wait poll at fixed intervals.
 namespace quorin {
 
 inline constexpr std::chrono::microseconds kIdlePoll = std::chrono::milliseconds(100);
 inline constexpr std::chrono::microseconds kBusyPoll = std::chrono::milliseconds(10);
 
-// Lets the calling thread sleep.
+// Suspends the calling thread.
 inline void pause(std::chrono::microseconds time) {
     QThread::usleep(static_cast<unsigned long>(time.count()));
 }
 
-// Attempts a thing that another process may hold: 20 times, with half a second behind each failed
-// attempt, so for about 10 seconds. False when none succeeded.
+// Calls `attempt` until it succeeds, at most 20 times, with a pause of half a second after each
+// failure: about 10 seconds for what another process may hold. Returns false if all calls failed.
 template<std::predicate Attempt>
-[[nodiscard]] bool attemptPatiently(Attempt&& attempt) {
+[[nodiscard]] bool retry(Attempt&& attempt) {
     constexpr int attempts = 20;
     constexpr std::chrono::microseconds pauseAfterFailure = std::chrono::milliseconds(500);
     for (int tried = 0; tried < attempts; ++tried) {
@@ -32,8 +32,7 @@ template<std::predicate Attempt>
     return false;
 }
 
-// Ends a watcher's thread and waits for it. Asks until it is heard: a thread that has yet to begin
-// forgets what it was asked before.
+// Ends a watcher's thread and waits for it. Repeats Stop(): run() clears earlier requests.
 template<typename Watcher>
 void stopAndWait(Watcher& watcher) {
     do {

@@ -7,11 +7,11 @@
 namespace quorin {
 namespace {
 
-TEST(PollingTest, whatSucceedsIsAttemptedOnce) {
+TEST(RetryTest, CallsOnceOnSuccess) {
     int attempts = 0;
     QElapsedTimer timer;
     timer.start();
-    EXPECT_TRUE(attemptPatiently([&] {
+    EXPECT_TRUE(retry([&] {
         ++attempts;
         return true;
     }));
@@ -19,20 +19,20 @@ TEST(PollingTest, whatSucceedsIsAttemptedOnce) {
     EXPECT_LT(timer.elapsed(), 400);
 }
 
-TEST(PollingTest, halfASecondLiesBehindAFailedAttempt) {
+TEST(RetryTest, PausesHalfSecondAfterFailure) {
     int attempts = 0;
     QElapsedTimer timer;
     timer.start();
-    EXPECT_TRUE(attemptPatiently([&] { return ++attempts == 3; }));
+    EXPECT_TRUE(retry([&] { return ++attempts == 3; }));
     EXPECT_EQ(attempts, 3);
     EXPECT_GE(timer.elapsed(), 999);
 }
 
-TEST(PollingTest, twentyFailuresAreEnough) {
+TEST(RetryTest, GivesUpAfterTwentyFailures) {
     int attempts = 0;
     QElapsedTimer timer;
     timer.start();
-    EXPECT_FALSE(attemptPatiently([&] {
+    EXPECT_FALSE(retry([&] {
         ++attempts;
         return false;
     }));

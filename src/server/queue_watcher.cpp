@@ -11,8 +11,9 @@
 
 using namespace Qt::StringLiterals;
 
-QueueWatcher::QueueWatcher(QThreadPool* pool, quorin::RequestQueue* queue)
-    : pool_(pool), queue_(queue) {}
+QueueWatcher::QueueWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool,
+                           quorin::RequestQueue* queue)
+    : quitFlag_(quitFlag), pool_(pool), queue_(queue) {}
 
 QueueWatcher::~QueueWatcher() {
     quorin::stopAndWait(*this);
@@ -21,14 +22,14 @@ QueueWatcher::~QueueWatcher() {
 void QueueWatcher::run() {
     stopRequested_ = false;
     do {
-        startWaitingWorkers();
+        startQueuedWorkers();
         quorin::pause(queue_->isEmpty() ? quorin::kIdlePoll : quorin::kBusyPoll);
     } while (!stopRequested_);
 }
 
-void QueueWatcher::startWaitingWorkers() {
+void QueueWatcher::startQueuedWorkers() {
     const int limit = GatewaySettings::instance().MaxUserSession;
-    while (!queue_->isEmpty() && pool_->activeThreadCount() < limit) {
+    while (!*quitFlag_ && !queue_->isEmpty() && pool_->activeThreadCount() < limit) {
         std::unique_ptr<Worker> worker = queue_->takeFirst();
         if (threadProbe_.canRun(pool_->activeThreadCount() + 1) && pool_->tryStart(worker.get())) {
             static_cast<void>(worker.release()); // the pool deletes it

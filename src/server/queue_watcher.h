@@ -12,15 +12,15 @@ namespace quorin {
 class RequestQueue;
 }
 
-// The thread that moves waiting workers from the request queue into the pool, in their order and
-// never more than MaxUserSession at once. It looks every 10 ms while somebody waits, else every
-// 100 ms.
+// The thread that moves queued workers from the request queue to the pool, in their order of
+// arrival and never more than MaxUserSession at once. It polls every 10 ms while the queue has
+// workers, else every 100 ms. Once quitting is requested it starts no more workers.
 class QueueWatcher : public QThread {
     Q_OBJECT
 
 public:
-    // Both outlive the watcher.
-    QueueWatcher(QThreadPool* pool, quorin::RequestQueue* queue);
+    // All three outlive the watcher.
+    QueueWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool, quorin::RequestQueue* queue);
     // Stops the thread and waits for it.
     ~QueueWatcher() override;
 
@@ -30,8 +30,9 @@ public:
     void Stop() { stopRequested_ = true; }
 
 private:
-    void startWaitingWorkers();
+    void startQueuedWorkers();
 
+    const std::atomic<bool>* quitFlag_;
     QThreadPool* pool_;
     quorin::RequestQueue* queue_;
     quorin::ThreadProbe threadProbe_;

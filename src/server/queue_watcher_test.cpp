@@ -27,7 +27,7 @@ protected:
     QueueWatcherTest() {
         GatewaySettings::instance() = {};
         GatewaySettings::instance().ConnectionTimeout = 300;
-        surroundings_.documentRoot = u"/nowhere"_s;
+        surroundings_->documentRoot = u"/nowhere"_s;
     }
     ~QueueWatcherTest() override {
         watcher_.Stop();
@@ -42,7 +42,7 @@ protected:
         pool_.setMaxThreadCount(sessions);
     }
 
-    // A connection whose worker waits in the queue.
+    // Makes a connection and queues its worker.
     Client& enqueue() {
         connections_.push_back(std::make_unique<Loopback>());
         queue_.append(
@@ -53,14 +53,14 @@ protected:
     qsizetype started() const { return log_.lines().count(kRunStarts); }
 
     LogRecord log_;
-    WorkerSurroundings surroundings_;
+    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
     std::vector<std::unique_ptr<Loopback>> connections_;
     QThreadPool pool_;
     RequestQueue queue_;
-    QueueWatcher watcher_{&pool_, &queue_};
+    QueueWatcher watcher_{&surroundings_->quitRequested, &pool_, &queue_};
 };
 
-TEST_F(QueueWatcherTest, noMoreWorkersThanAllowedAreStartedAndTheNextWhenOneEnds) {
+TEST_F(QueueWatcherTest, StartsNoMoreWorkersThanAllowed) {
     allow(2);
     for (int i = 0; i < 5; ++i) {
         enqueue();
@@ -78,7 +78,7 @@ TEST_F(QueueWatcherTest, noMoreWorkersThanAllowedAreStartedAndTheNextWhenOneEnds
     }
 }
 
-TEST_F(QueueWatcherTest, workersAreStartedInTheOrderOfTheirArrival) {
+TEST_F(QueueWatcherTest, StartsWorkersInOrderOfArrival) {
     allow(1);
     for (int i = 0; i < 4; ++i) {
         enqueue().send(get("/" + QByteArray::number(i)));
@@ -95,11 +95,11 @@ TEST_F(QueueWatcherTest, workersAreStartedInTheOrderOfTheirArrival) {
                                     u"5 [End] /nowhere/3 does not exist or directory"_s}));
 }
 
-TEST_F(QueueWatcherTest, withoutSessionsEverybodyWaits) {
+TEST_F(QueueWatcherTest, StartsNoWorkerWithoutSessions) {
     allow(0);
     enqueue();
     watcher_.start(QThread::InheritPriority);
-    watcher_.Stop(); // at the latest after the first look at the queue
+    watcher_.Stop(); // ends after its first look at the queue, at the latest
     ASSERT_TRUE(waitUntil([this] {
         watcher_.Stop();
         return watcher_.isFinished();
@@ -108,7 +108,7 @@ TEST_F(QueueWatcherTest, withoutSessionsEverybodyWaits) {
     EXPECT_EQ(started(), 0);
 }
 
-TEST_F(QueueWatcherTest, aWorkerThatThePoolRefusesIsDroppedWithoutAReplyAndTheNextIsLookedAt) {
+TEST_F(QueueWatcherTest, DropsWorkerThatPoolRefuses) {
     allow(1);
     GatewaySettings::instance().MaxUserSession = 5; // more than the pool takes
     Occupant occupant(pool_);
@@ -128,7 +128,20 @@ TEST_F(QueueWatcherTest, aWorkerThatThePoolRefusesIsDroppedWithoutAReplyAndTheNe
     EXPECT_TRUE(third.readToEnd().startsWith("HTTP/1.1 404"));
 }
 
-TEST_F(QueueWatcherTest, oneWhoIsIdleStopsAfterItsSleep) {
+TEST_F(QueueWatcherTest, StartsNoWorkerAfterQuit) {
+    allow(1);
+    surroundings_->quitRequested = true;
+    enqueue();
+    watcher_.start(QThread::InheritPriority);
+    ASSERT_TRUE(waitUntil([this] { // after its first look at the queue, at the latest
+        watcher_.Stop();
+        return watcher_.isFinished();
+    }));
+    EXPECT_EQ(queue_.size(), 1u);
+    EXPECT_EQ(started(), 0);
+}
+
+TEST_F(QueueWatcherTest, StopsAfterItsSleep) {
     allow(1);
     watcher_.start(QThread::InheritPriority);
     enqueue();
@@ -136,12 +149,12 @@ TEST_F(QueueWatcherTest, oneWhoIsIdleStopsAfterItsSleep) {
     QElapsedTimer timer;
     timer.start();
     watcher_.Stop();
-    EXPECT_LT(timer.elapsed(), 1'000) << "asking does not wait";
+    EXPECT_LT(timer.elapsed(), 1'000) << "Stop() does not wait";
     EXPECT_TRUE(watcher_.wait(QDeadlineTimer(kPatience)));
-    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, and patience for a busy machine";
+    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, with a margin for a busy machine";
 }
 
-TEST_F(QueueWatcherTest, oneThatWasStoppedCanBeStartedAgain) {
+TEST_F(QueueWatcherTest, RestartsAfterStop) {
     allow(1);
     watcher_.start(QThread::InheritPriority);
     ASSERT_TRUE(waitUntil([this] {
@@ -154,10 +167,10 @@ TEST_F(QueueWatcherTest, oneThatWasStoppedCanBeStartedAgain) {
     ASSERT_TRUE(waitUntil([this] { return started() == 1; }));
 }
 
-// A thread may be asked to stop before it has begun.
-TEST_F(QueueWatcherTest, oneThatHasHardlyStartedGoesWithItsObject) {
+// A thread may be stopped before it has begun.
+TEST_F(QueueWatcherTest, EndsWithObjectJustAfterStart) {
     for (int i = 0; i < 20; ++i) {
-        QueueWatcher watcher(&pool_, &queue_);
+        QueueWatcher watcher(&surroundings_->quitRequested, &pool_, &queue_);
         watcher.start(QThread::InheritPriority);
     }
 }

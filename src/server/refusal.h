@@ -6,9 +6,9 @@
 
 namespace quorin {
 
-// Answers the connection `descriptor`, which it takes over, with status 503 in plain bytes, and
-// closes it. Blocks the caller: up to `timeout` for the client to send something, which is not
-// read, and as long again for the reply to leave.
+// Sends status 503 in plain bytes on the connection `descriptor`, which it takes over, and closes
+// it. Blocks the caller: up to `timeout` until the client sends something, which is not read, and
+// up to `timeout` again until the reply is sent.
 void refuseConnection(qintptr descriptor,
                       std::chrono::milliseconds timeout = std::chrono::seconds(30));
 

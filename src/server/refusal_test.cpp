@@ -22,7 +22,7 @@ protected:
     Loopback connection_;
 };
 
-TEST_F(RefusalTest, whoHasAskedIsRefusedAtOnceAndTheConnectionClosed) {
+TEST_F(RefusalTest, RefusesAtOnceAfterRequest) {
     connection_.client().send(get("/fwfiles/a"));
     QElapsedTimer timer;
     timer.start();
@@ -31,7 +31,7 @@ TEST_F(RefusalTest, whoHasAskedIsRefusedAtOnceAndTheConnectionClosed) {
     EXPECT_EQ(connection_.client().readToEnd(), kRefusal);
 }
 
-TEST_F(RefusalTest, theClientIsWaitedForFirst) {
+TEST_F(RefusalTest, WaitsForClientToSend) {
     std::thread server([this] { refuseConnection(connection_.takeDescriptor().release()); });
     EXPECT_FALSE(connection_.client().socket().waitForReadyRead(300));
     connection_.client().send("x");
@@ -39,7 +39,7 @@ TEST_F(RefusalTest, theClientIsWaitedForFirst) {
     server.join();
 }
 
-TEST_F(RefusalTest, whoNeverAsksIsRefusedWhenTheTimeIsOver) {
+TEST_F(RefusalTest, RefusesSilentClientAfterTimeout) {
     QElapsedTimer timer;
     timer.start();
     refuseConnection(connection_.takeDescriptor().release(), 300ms);
@@ -47,7 +47,7 @@ TEST_F(RefusalTest, whoNeverAsksIsRefusedWhenTheTimeIsOver) {
     EXPECT_EQ(connection_.client().readToEnd(), kRefusal);
 }
 
-TEST_F(RefusalTest, whoHasGoneIsNotWaitedFor) {
+TEST_F(RefusalTest, DoesNotWaitForClosedConnection) {
     connection_.client().abort();
     QElapsedTimer timer;
     timer.start();
@@ -55,7 +55,7 @@ TEST_F(RefusalTest, whoHasGoneIsNotWaitedFor) {
     EXPECT_LT(timer.elapsed(), 20'000);
 }
 
-TEST_F(RefusalTest, aLongRequestDoesNotCostTheReply) {
+TEST_F(RefusalTest, RepliesToLongRequest) {
     std::thread server([this] { refuseConnection(connection_.takeDescriptor().release()); });
     connection_.client().send("GET /" + QByteArray(200'000, 'x') + " HTTP/1.1\r\n\r\n");
     EXPECT_EQ(connection_.client().readToEnd(), kRefusal);

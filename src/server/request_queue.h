@@ -9,8 +9,8 @@ class Worker;
 
 namespace quorin {
 
-// Accepted connections whose worker has not been started yet, first in, first out. Owns them.
-// Filled on the main thread, emptied by the queue watcher; every function may be called from both.
+// Accepted connections whose worker has not been started yet, first in, first out. Owns the
+// workers. The main thread appends, the queue watcher takes; any thread may call any function.
 class RequestQueue {
 public:
     RequestQueue();
@@ -18,13 +18,13 @@ public:
 
     void append(std::unique_ptr<Worker> worker);
 
-    // The worker that has waited longest; null when nobody waits.
+    // Removes and returns the worker that has waited longest; null if the queue is empty.
     [[nodiscard]] std::unique_ptr<Worker> takeFirst();
 
     [[nodiscard]] std::size_t size() const;
     [[nodiscard]] bool isEmpty() const { return size() == 0; }
 
-    // Deletes all that wait: their connections close without a reply.
+    // Deletes all queued workers: their connections close without a reply.
     void clear();
 
 private:

@@ -18,11 +18,11 @@ protected:
     }
 
     static constexpr qintptr kNoDescriptor = -1;
-    WorkerSurroundings surroundings_;
+    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
     RequestQueue queue_;
 };
 
-TEST_F(RequestQueueTest, anEmptyOneHasNothingToTake) {
+TEST_F(RequestQueueTest, HasNothingToTakeWhenEmpty) {
     EXPECT_TRUE(queue_.isEmpty());
     EXPECT_EQ(queue_.size(), 0u);
     EXPECT_EQ(queue_.takeFirst(), nullptr);
@@ -30,7 +30,7 @@ TEST_F(RequestQueueTest, anEmptyOneHasNothingToTake) {
     EXPECT_TRUE(queue_.isEmpty());
 }
 
-TEST_F(RequestQueueTest, whoWaitedLongestIsTakenFirst) {
+TEST_F(RequestQueueTest, TakesWorkerThatWaitedLongest) {
     std::vector<Worker*> appended;
     for (int i = 0; i < 3; ++i) {
         auto worker = makeWorker();
@@ -46,7 +46,7 @@ TEST_F(RequestQueueTest, whoWaitedLongestIsTakenFirst) {
     EXPECT_FALSE(queue_.isEmpty());
 }
 
-TEST_F(RequestQueueTest, clearingClosesTheConnectionsWithoutAReply) {
+TEST_F(RequestQueueTest, ClosesConnectionsWhenCleared) {
     Loopback first;
     Loopback second;
     queue_.append(std::make_unique<Worker>(first.takeDescriptor(), surroundings_));
@@ -57,7 +57,7 @@ TEST_F(RequestQueueTest, clearingClosesTheConnectionsWithoutAReply) {
     EXPECT_EQ(second.client().readToEnd(), "");
 }
 
-TEST_F(RequestQueueTest, whoStillWaitsAtItsEndIsClosedToo) {
+TEST_F(RequestQueueTest, ClosesConnectionsWhenDestroyed) {
     Loopback connection;
     {
         RequestQueue queue;
@@ -66,7 +66,7 @@ TEST_F(RequestQueueTest, whoStillWaitsAtItsEndIsClosedToo) {
     EXPECT_EQ(connection.client().readToEnd(), "");
 }
 
-TEST_F(RequestQueueTest, oneThreadAppendsWhileAnotherTakes) {
+TEST_F(RequestQueueTest, AllowsAppendingWhileTaking) {
     constexpr std::size_t count = 1000;
     std::thread taker([this] {
         for (std::size_t taken = 0; taken < count;) {

@@ -9,7 +9,7 @@
 // For tests of the watchers.
 namespace quorin::test {
 
-// Keeps one thread of a pool busy until it is released, at the latest with the object.
+// Keeps one thread of a pool busy until release() or the destructor.
 class Occupant {
 public:
     explicit Occupant(QThreadPool& pool) {

@@ -6,7 +6,7 @@
 #include "config/gateway_settings.h"
 #include "log/application_logger.h"
 #include "platform/control_pipe.h"
-#include "platform/descriptors.h"
+#include "platform/listen_backlog.h"
 #include "server/control_channel.h"
 #include "server/polling.h"
 #include "server/queue_watcher.h"
@@ -23,7 +23,6 @@
 #include <chrono>
 #include <cstddef>
 #include <new>
-#include <optional>
 #include <utility>
 
 using namespace quorin;
@@ -33,10 +32,10 @@ namespace {
 
 using Logger = quorin::QuorinGatewayApplicationLogger;
 
-// Passes of kIdlePoll after which a watcher that does not end is terminated.
+// Passes of kIdlePoll after which a watcher that is still running is terminated.
 constexpr int kStopPasses = 11;
 
-// None is ever pending, for each goes to the queue; it only has to be more than that.
+// None is ever pending, since each goes to the queue; any number above 0 will do.
 constexpr int kPendingConnections = 1;
 
 } // namespace
@@ -44,8 +43,8 @@ constexpr int kPendingConnections = 1;
 TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     : application_(application) {
     const GatewaySettings& settings = GatewaySettings::instance();
-    surroundings_.documentRoot = documentRoot;
-    surroundings_.communicationScheme =
+    surroundings_->documentRoot = documentRoot;
+    surroundings_->communicationScheme =
         communicationSchemeOf(settings.RootUrl, settings.IsEnabledHttpInFacility);
     logReplyScheme();
     logListeningMode();
@@ -58,24 +57,24 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     platform::prepareControlPipe(*localServer_, pipe);
     connect(localServer_.get(), &QLocalServer::newConnection, this,
             &TcpServer::LocalServerNewConnection);
-    queueWatcher_ = std::make_unique<QueueWatcher>(QThreadPool::globalInstance(), &requestQueue_);
+    queueWatcher_ = std::make_unique<QueueWatcher>(&surroundings_->quitRequested,
+                                                   QThreadPool::globalInstance(), &requestQueue_);
     queueWatcher_->start(QThread::InheritPriority);
     openControlChannel();
 
+    setListenBacklogSize(platform::longestListenBacklog());
     connect(this, &QTcpServer::acceptError, this, &TcpServer::recoverFromAcceptError);
     admissionTimer_.setInterval(std::chrono::duration_cast<std::chrono::milliseconds>(kIdlePoll));
-    connect(&admissionTimer_, &QTimer::timeout, this, &TcpServer::admitConnections);
+    connect(&admissionTimer_, &QTimer::timeout, this, &TcpServer::resumeAdmission);
 }
 
 TcpServer::~TcpServer() {
     cleanUp();
-    // A worker started at the last moment still reads what the server shares.
-    QThreadPool::globalInstance()->waitForDone();
 }
 
 void TcpServer::logReplyScheme() const {
     Logger::logInfo(u"Replying communication scheme for WebAPI - " +
-                    schemeText(surroundings_.communicationScheme));
+                    schemeText(surroundings_->communicationScheme));
 }
 
 void TcpServer::logListeningMode() const {
@@ -92,39 +91,29 @@ void TcpServer::loadCertificate() {
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const auto [certificate, privateKey] = findServerCertificate(name);
-    surroundings_.tls.configure(tlsConfiguration(certificate, privateKey));
+    surroundings_->tls.configure(tlsConfiguration(certificate, privateKey));
 }
 
 void TcpServer::openControlChannel() {
     const QString pipe = kControlPipeName.toString();
-    if (!attemptPatiently([&] { return localServer_->listen(pipe); })) {
+    if (!retry([&] { return localServer_->listen(pipe); })) {
         throw GatewayException(GatewayException::Fatal,
                                endMessage(QString(u"failed to local socket server listening:" +
                                                   localServer_->errorString())),
                                false);
     }
-    threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&surroundings_.quitRequested,
+    threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&surroundings_->quitRequested,
                                                              QThreadPool::globalInstance());
     connect(threadPoolWatcher_.get(), &ThreadPoolWatcher::Satisfied, this,
             &TcpServer::QuitWatcherSatisfied);
     threadPoolWatcher_->start(QThread::InheritPriority);
 }
 
-bool TcpServer::listen(const QHostAddress& address, quint16 port) {
-    if (!QTcpServer::listen(address, port)) {
-        return false;
-    }
-    if (const std::optional<qintptr> limit = platform::descriptorLimit()) {
-        descriptorBudget_ = DescriptorBudget(*limit, socketDescriptor() + 1,
-                                             GatewaySettings::instance().MaxUserSession);
-    }
-    return true;
-}
-
-// QTcpServer has paused itself, and would do so for good.
+// QTcpServer has paused accepting and does not resume it by itself.
 void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
     if (error == QAbstractSocket::SocketResourceError) {
-        holdConnections();
+        descriptorBudget_.countNext();
+        pauseAdmission();
     } else {
         Logger::logError(
             endMessage(QString(u"a connection could not be accepted: " + errorString())));
@@ -132,8 +121,9 @@ void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
     }
 }
 
-// Pausing alone would not end the round of accepting that may be under way.
-void TcpServer::holdConnections() {
+// New connections wait in the system. pauseAccepting() alone would not end the loop in which
+// QTcpServer may be accepting now.
+void TcpServer::pauseAdmission() {
     setMaxPendingConnections(0);
     pauseAccepting();
     if (!admissionTimer_.isActive()) {
@@ -142,13 +132,12 @@ void TcpServer::holdConnections() {
     }
 }
 
-void TcpServer::admitConnections() {
+void TcpServer::resumeAdmission() {
     if (!isListening()) {
-        admissionTimer_.stop(); // told to quit meanwhile
+        admissionTimer_.stop(); // quitting was requested meanwhile
         return;
     }
-    const std::optional<qintptr> next = platform::nextDescriptor();
-    if (next && descriptorBudget_.covers(*next)) {
+    if (hasDescriptorsForAnother()) {
         admissionTimer_.stop();
         setMaxPendingConnections(kPendingConnections);
         resumeAccepting();
@@ -159,12 +148,11 @@ void TcpServer::incomingConnection(qintptr socketDescriptor) {
     try {
         admit(platform::SocketDescriptor(socketDescriptor));
     } catch (const std::bad_alloc&) {
-        // Its connection is closed already; those that come when there is memory are served.
+        // The connection is closed already; later ones are served once there is memory.
     }
 }
 
 void TcpServer::admit(platform::SocketDescriptor descriptor) {
-    const qintptr number = descriptor.get();
     auto worker = std::make_unique<Worker>(std::move(descriptor), surroundings_);
     const GatewaySettings& settings = GatewaySettings::instance();
     const std::size_t load =
@@ -177,10 +165,20 @@ void TcpServer::admit(platform::SocketDescriptor descriptor) {
                                             QString::number(settings.MaxUserSession))));
         return;
     }
-    requestQueue_.append(std::move(worker));
-    if (!descriptorBudget_.covers(number + 1)) {
-        holdConnections();
+    if (!settings.IsMadeClientRequestWaited && !hasDescriptorsForAnother()) {
+        refuseConnection(worker->releaseDescriptor());
+        Logger::logError(endMessage(u"connection refused: too few free descriptors"_s));
+        return;
     }
+    requestQueue_.append(std::move(worker));
+    if (settings.IsMadeClientRequestWaited && !hasDescriptorsForAnother()) {
+        pauseAdmission();
+    }
+}
+
+bool TcpServer::hasDescriptorsForAnother() {
+    return descriptorBudget_.admitsAnother(QThreadPool::globalInstance()->activeThreadCount(),
+                                           requestQueue_.size());
 }
 
 void TcpServer::LocalServerNewConnection() {
@@ -191,11 +189,11 @@ void TcpServer::LocalServerNewConnection() {
     controller->waitForReadyRead(
         static_cast<int>(std::chrono::milliseconds(kCommandTimeout).count()));
     const QByteArray received = controller->readAll();
-    const QByteArrayView command(received.constData()); // up to the first NUL
-    if (command == kQuitCommand) {
+    const QString command = QString::fromUtf8(received.constData()); // up to the first NUL
+    if (command == QLatin1StringView(kQuitCommand)) {
         Logger::logInfo(u"quit command recieved"_s);
         close();
-        surroundings_.quitRequested = true;
+        surroundings_->quitRequested = true;
     }
 }
 
@@ -204,8 +202,7 @@ void TcpServer::QuitWatcherSatisfied() {
     application_->exit(0);
 }
 
-// A watcher must not be deleted while its thread runs; one that does not end in time is
-// terminated.
+// A watcher must not be deleted while its thread runs: terminates one that does not end in time.
 void TcpServer::stopWatchers() {
     const auto isRunning = [](const QThread& watcher) { return watcher.isRunning(); };
     for (int pass = 0; isRunning(*threadPoolWatcher_) || isRunning(*queueWatcher_); ++pass) {

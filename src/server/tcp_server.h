@@ -14,31 +14,29 @@ class QLocalServer;
 class QueueWatcher;
 class ThreadPoolWatcher;
 
-// The gateway's listening socket, and the owner of all that lives as long as it serves: what
-// workers share, the request queue, the control channel and the two watcher threads. Lives on the
-// main thread, as all its functions do.
+// The gateway's listening socket, and the owner of all that lives as long as it serves: the request
+// queue, the control channel and the two watcher threads; what workers share it owns together with
+// them. Belongs to the main thread, which calls all its functions.
 class TcpServer : public QTcpServer {
     Q_OBJECT
 
 public:
-    // Readies everything but the listening, which the caller does next. Throws a fatal
-    // GatewayException when the control channel cannot be opened. `application` outlives the
-    // server; its event loop is ended when a quit is complete.
+    // Prepares everything except listening: the caller calls listen() next. Throws a fatal
+    // GatewayException if the control channel cannot be opened. `application` outlives the server,
+    // which exits its event loop when a quit is complete.
     TcpServer(QCoreApplication* application, const QString& documentRoot);
+    // Does not wait for workers.
     ~TcpServer() override;
 
-    // As QTcpServer's. While the process has no descriptors to spare, connections wait in the
-    // system, which does not take them from their clients.
-    bool listen(const QHostAddress& address, quint16 port);
-
 public Q_SLOTS:
-    // Takes one command from the control channel.
+    // Reads one command from the control channel.
     void LocalServerNewConnection();
-    // All workers have ended after a quit: ends the event loop.
+    // Ends the event loop: all workers have ended after a quit.
     void QuitWatcherSatisfied();
 
 protected:
-    // Queues the connection, or refuses it: in legacy mode, when MaxUserSession is reached.
+    // Queues the connection. In legacy mode refuses it if MaxUserSession is reached or too few
+    // descriptors are free.
     void incomingConnection(qintptr socketDescriptor) override;
 
 private:
@@ -47,17 +45,18 @@ private:
     void loadCertificate();
     void openControlChannel();
     void admit(platform::SocketDescriptor descriptor);
+    [[nodiscard]] bool hasDescriptorsForAnother();
     void recoverFromAcceptError(QAbstractSocket::SocketError error);
-    void holdConnections();
-    void admitConnections();
+    void pauseAdmission();
+    void resumeAdmission();
     void stopWatchers();
     void cleanUp();
 
-    WorkerSurroundings surroundings_;
+    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
     QCoreApplication* application_;
     quorin::RequestQueue requestQueue_;
     quorin::DescriptorBudget descriptorBudget_;
-    QTimer admissionTimer_; // runs while connections are held
+    QTimer admissionTimer_; // runs while admission is paused
     std::unique_ptr<QLocalServer> localServer_;
     std::unique_ptr<ThreadPoolWatcher> threadPoolWatcher_;
     std::unique_ptr<QueueWatcher> queueWatcher_;

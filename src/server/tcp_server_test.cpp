@@ -1,14 +1,22 @@
 #include "server/tcp_server.h"
 
 #include "config/gateway_settings.h"
+#include "platform/descriptors.h"
 #include "support/client.h"
 #include "support/deadline.h"
+#include "support/descriptor_limit.h"
 #include "worker/handler_fixture.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QTcpSocket>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -25,9 +33,10 @@ protected:
         settings.HTTPRequestTimeout = 600;
         settings.IsMadeClientRequestWaited = true;
         data_.write(u"root/a"_s, "content");
-        qputenv("TMPDIR", pipes_.path().toUtf8()); // another gateway here keeps its control pipe
+        qputenv("TMPDIR", pipes_.path().toUtf8()); // no gateway of this machine uses this pipe
     }
     ~TcpServerTest() override {
+        QThreadPool::globalInstance()->waitForDone(); // workers log and read settings
         GatewaySettings::instance() = {};
         restoreTemporaryFolder();
     }
@@ -46,10 +55,10 @@ protected:
     const QTemporaryDir pipes_;
 };
 
-TEST_F(TcpServerTest, acceptingGoesOnAfterAConnectionThatFailed) {
+TEST_F(TcpServerTest, AcceptsAfterFailedConnection) {
     TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
     ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
-    server.pauseAccepting(); // as QTcpServer does before it tells
+    server.pauseAccepting(); // as QTcpServer does before it emits the signal
     Q_EMIT server.acceptError(QAbstractSocket::NetworkError);
 
     Client client(server.serverPort());
@@ -63,6 +72,43 @@ TEST_F(TcpServerTest, acceptingGoesOnAfterAConnectionThatFailed) {
     EXPECT_EQ(log_.lines().filter(u"5 "_s).size(), 1);
     EXPECT_TRUE(log_.lines().filter(u"5 "_s).constFirst().startsWith(
         u"5 [End] a connection could not be accepted: "));
+}
+
+// Nothing accepts here: the event loop does not run.
+TEST_F(TcpServerTest, LetsManyConnectionsWaitInSystem) {
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    std::vector<std::unique_ptr<QTcpSocket>> clients;
+    for (int i = 0; i < 250; ++i) {
+        clients.push_back(std::make_unique<QTcpSocket>());
+        clients.back()->connectToHost(QHostAddress::LocalHost, server.serverPort());
+        ASSERT_TRUE(clients.back()->waitForConnected(5000)) << "client " << i;
+    }
+}
+
+TEST_F(TcpServerTest, AcceptsWhileHostHasManyFiles) {
+    if (!platform::descriptorLimit()) {
+        GTEST_SKIP() << "this system sets no limit";
+    }
+    const DescriptorLimit limit(256);
+    GatewaySettings::instance().MaxUserSession = 20;
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    std::vector<std::unique_ptr<QFile>> files;
+    for (int i = 0; i < 180; ++i) {
+        files.push_back(std::make_unique<QFile>(data_.path(u"root/a"_s)));
+        ASSERT_TRUE(files.back()->open(QIODevice::ReadOnly));
+    }
+    for (int i = 0; i < 6; ++i) {
+        Client client(server.serverPort());
+        client.send(get("/a"));
+        ASSERT_TRUE(waitUntil([&] {
+            QCoreApplication::processEvents();
+            return client.socket().bytesAvailable() > 0;
+        })) << "client "
+            << i;
+        EXPECT_TRUE(client.readToEnd().endsWith("content"));
+    }
 }
 
 } // namespace

@@ -6,8 +6,8 @@
 
 class QThreadPool;
 
-// The thread that waits, once quitting was requested, until the pool has no active thread. It
-// looks every 100 ms.
+// The thread that waits until quitting is requested and the pool has no active thread. It polls
+// every 100 ms.
 class ThreadPoolWatcher : public QThread {
     Q_OBJECT
 
@@ -23,8 +23,8 @@ public:
     void Stop() { stopRequested_ = true; }
 
 Q_SIGNALS:
-    // Emitted once, on the watcher's thread, when it ends: the pool is idle after a quit, or
-    // somebody asked it to stop.
+    // Emitted once, on the watcher's thread, when it ends: the pool is idle after a quit, or Stop()
+    // was called.
     void Satisfied();
 
 private:

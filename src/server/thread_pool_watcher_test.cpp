@@ -33,7 +33,7 @@ protected:
 
 constexpr unsigned long kSomePeriodsMs = 350;
 
-TEST_F(ThreadPoolWatcherTest, isSatisfiedOnceByAnIdlePoolAfterAQuit) {
+TEST_F(ThreadPoolWatcherTest, EmitsSatisfiedOnceForIdlePoolAfterQuit) {
     quit_ = true;
     QElapsedTimer timer;
     timer.start();
@@ -41,11 +41,11 @@ TEST_F(ThreadPoolWatcherTest, isSatisfiedOnceByAnIdlePoolAfterAQuit) {
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(satisfied_, 1);
     EXPECT_TRUE(onItsThread_);
-    EXPECT_GE(timer.elapsed(), 99) << "it sleeps before it looks";
-    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, and patience for a busy machine";
+    EXPECT_GE(timer.elapsed(), 99) << "it sleeps before it checks";
+    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, with a margin for a busy machine";
 }
 
-TEST_F(ThreadPoolWatcherTest, isNotSatisfiedWithoutAQuit) {
+TEST_F(ThreadPoolWatcherTest, EmitsNothingWithoutQuit) {
     watcher_.start(QThread::InheritPriority);
     EXPECT_FALSE(watcher_.wait(kSomePeriodsMs));
     EXPECT_EQ(satisfied_, 0);
@@ -54,7 +54,7 @@ TEST_F(ThreadPoolWatcherTest, isNotSatisfiedWithoutAQuit) {
     EXPECT_EQ(satisfied_, 1);
 }
 
-TEST_F(ThreadPoolWatcherTest, isNotSatisfiedWhileAThreadIsActive) {
+TEST_F(ThreadPoolWatcherTest, EmitsNothingWhileThreadIsActive) {
     Occupant occupant(pool_);
     quit_ = true;
     watcher_.start(QThread::InheritPriority);
@@ -65,7 +65,7 @@ TEST_F(ThreadPoolWatcherTest, isNotSatisfiedWhileAThreadIsActive) {
     EXPECT_EQ(satisfied_, 1);
 }
 
-TEST_F(ThreadPoolWatcherTest, isSatisfiedOnceAlsoWhenItIsStopped) {
+TEST_F(ThreadPoolWatcherTest, EmitsSatisfiedOnceWhenStopped) {
     Occupant occupant(pool_);
     watcher_.start(QThread::InheritPriority);
     EXPECT_FALSE(watcher_.wait(kSomePeriodsMs));
@@ -73,13 +73,13 @@ TEST_F(ThreadPoolWatcherTest, isSatisfiedOnceAlsoWhenItIsStopped) {
     timer.start();
     watcher_.Stop();
     ASSERT_TRUE(waitForEnd());
-    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, and patience for a busy machine";
+    EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, with a margin for a busy machine";
     EXPECT_EQ(satisfied_, 1);
     EXPECT_TRUE(onItsThread_);
 }
 
-// A thread may be asked to stop before it has begun.
-TEST_F(ThreadPoolWatcherTest, oneThatHasHardlyStartedGoesWithItsObject) {
+// A thread may be stopped before it has begun.
+TEST_F(ThreadPoolWatcherTest, EndsWithObjectJustAfterStart) {
     for (int i = 0; i < 10; ++i) {
         ThreadPoolWatcher watcher(&quit_, &pool_);
         watcher.start(QThread::InheritPriority);

@@ -5,7 +5,7 @@
 namespace quorin::test {
 namespace {
 
-TEST(ThreadProbeTest, triesOnlyWhereThePoolMayHaveNoThreadLeft) {
+TEST(ThreadProbeTest, TriesOnlyIfPoolMayLackThread) {
     int tries = 0;
     ThreadProbe probe([&tries] { return ++tries > 0; });
     EXPECT_TRUE(probe.canRun(1));
@@ -17,7 +17,7 @@ TEST(ThreadProbeTest, triesOnlyWhereThePoolMayHaveNoThreadLeft) {
     EXPECT_EQ(tries, 2) << "the pool still has these";
 }
 
-TEST(ThreadProbeTest, whatFailedIsTriedAgain) {
+TEST(ThreadProbeTest, TriesAgainAfterFailure) {
     bool isPossible = false;
     ThreadProbe probe([&isPossible] { return isPossible; });
     EXPECT_FALSE(probe.canRun(1));

@@ -43,7 +43,7 @@ protected:
         GatewaySettings& settings = GatewaySettings::instance();
         settings = {};
         settings.HttpsEnabled = true;
-        surroundings_.tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
+        surroundings_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
     }
     ~KeyUpdateTest() override {
         if (thread_.joinable()) {
@@ -101,7 +101,7 @@ protected:
 
     LogRecord log_;
     DataFolder data_;
-    WorkerSurroundings surroundings_;
+    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
     Loopback connection_;
     int client_ = int(connection_.client().socket().socketDescriptor());
     std::unique_ptr<SSL_CTX, Deleter<SSL_CTX_free>> context_{SSL_CTX_new(TLS_client_method())};

@@ -6,6 +6,7 @@
 #include "worker/handler_fixture.h"
 #include "worker/worker.h"
 
+#include <memory>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -26,7 +27,7 @@ protected:
         GatewaySettings::instance() = {};
         GatewaySettings::instance().ConnectionTimeout = 30;
         GatewaySettings::instance().HTTPRequestTimeout = 600;
-        surroundings_.documentRoot = data_.path(u"root"_s);
+        surroundings_->documentRoot = data_.path(u"root"_s);
         data_.write(u"root/a"_s, "content");
     }
     ~RequestLimitTest() override { GatewaySettings::instance() = {}; }
@@ -62,7 +63,7 @@ protected:
 
     LogRecord log_;
     DataFolder data_;
-    WorkerSurroundings surroundings_;
+    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
     Loopback connection_;
     platform::SocketDescriptor descriptor_ = connection_.takeDescriptor();
 };

@@ -39,8 +39,8 @@ TEST_F(WithoutTlsBackendTest, ServesNothingUnencrypted) {
     LogRecord log;
     const DataFolder data;
     Loopback connection;
-    WorkerSurroundings surroundings;
-    surroundings.tls.configure(tlsConfiguration(QSslCertificate(), QSslKey()));
+    const auto surroundings = std::make_shared<WorkerSurroundings>();
+    surroundings->tls.configure(tlsConfiguration(QSslCertificate(), QSslKey()));
     connection.client().send(get("/api/WebApiCommScheme"));
     std::thread([&] { Worker(connection.takeDescriptor(), surroundings).run(); }).join();
     EXPECT_EQ(connection.client().readToEnd(), "");

@@ -5,11 +5,13 @@
 #include "http/request.h"
 #include "http/request_parser.h"
 #include "log/application_logger.h"
+#include "platform/descriptors.h"
 #include "worker/large_file.h"
 #include "worker/reply.h"
 #include "worker/request_failure.h"
 #include "worker/routing.h"
 
+#include <QAbstractEventDispatcher>
 #include <QHostAddress>
 #include <QThreadPool>
 
@@ -79,10 +81,11 @@ bool isRefusedAsLarge(std::string_view target) {
 
 } // namespace
 
-Worker::Worker(platform::SocketDescriptor descriptor, const WorkerSurroundings& surroundings)
-    : descriptor_(std::move(descriptor)), surroundings_(surroundings) {
-    context_.documentRoot = surroundings.documentRoot;
-    context_.communicationScheme = surroundings.communicationScheme;
+Worker::Worker(platform::SocketDescriptor descriptor,
+               std::shared_ptr<const WorkerSurroundings> surroundings)
+    : descriptor_(std::move(descriptor)), surroundings_(std::move(surroundings)) {
+    context_.documentRoot = surroundings_->documentRoot;
+    context_.communicationScheme = surroundings_->communicationScheme;
 }
 
 Worker::~Worker() {
@@ -99,6 +102,10 @@ Worker::~Worker() {
 }
 
 void Worker::run() {
+    // The queue watcher may start a worker just after the quit; the server does not wait for it.
+    if (surroundings_->quitRequested) {
+        return;
+    }
     try {
         serveConnection();
     } catch (const std::bad_alloc&) {
@@ -109,7 +116,7 @@ void Worker::run() {
 void Worker::serveConnection() {
     traceStart(kRun);
     try {
-        eventLoop_.emplace();
+        makeEventLoop();
         openSocket();
         startConnectionTimer();
         eventLoop_->exec(QEventLoop::WaitForMoreEvents);
@@ -122,6 +129,15 @@ void Worker::serveConnection() {
     } catch (const std::exception& exception) {
         Logger::logError(messageOf(exception));
     }
+}
+
+// Qt ends the process when it has no descriptor for a thread's first event loop.
+void Worker::makeEventLoop() {
+    if (QAbstractEventDispatcher::instance() == nullptr && !platform::hasFreeDescriptor()) {
+        throw GatewayException(GatewayException::Request,
+                               endMessage(u"no free descriptor for a worker"_s), false);
+    }
+    eventLoop_.emplace();
 }
 
 template<std::invocable Action>
@@ -147,7 +163,7 @@ void Worker::openSocket() {
     connect(&socket, &QSslSocket::disconnected, this, &Worker::SslSocketDisconnected,
             Qt::DirectConnection);
     if (GatewaySettings::instance().HttpsEnabled) {
-        surroundings_.tls.startServerEncryption(socket);
+        surroundings_->tls.startServerEncryption(socket);
         if (socket.mode() == QSslSocket::UnencryptedMode) {
             failRequest(u"TLS could not be started"_s);
         }
@@ -168,7 +184,7 @@ void Worker::SslSocketReadyRead() {
     }
     keepFailure([this] {
         traceStart(kReadyRead);
-        if (!surroundings_.quitRequested) {
+        if (!surroundings_->quitRequested) {
             acceptsRequest_ = false;
             answerRequest();
             endLoop();

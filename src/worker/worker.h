@@ -15,8 +15,7 @@
 #include <memory>
 #include <optional>
 
-// What all workers of one server share. Belongs to the server and outlives its workers, which only
-// read it.
+// What the workers of one server share, and own together with it. Workers only read it.
 struct WorkerSurroundings {
     QString documentRoot;
     quorin::CommunicationScheme communicationScheme = quorin::CommunicationScheme::None;
@@ -31,11 +30,13 @@ class Worker : public QObject, public QRunnable {
     Q_OBJECT
 
 public:
-    // Takes the descriptor over. `surroundings` outlives the worker.
-    Worker(platform::SocketDescriptor descriptor, const WorkerSurroundings& surroundings);
+    // Takes the descriptor over.
+    Worker(platform::SocketDescriptor descriptor,
+           std::shared_ptr<const WorkerSurroundings> surroundings);
     ~Worker() override;
 
     // The whole life of the connection. Whatever fails ends the connection and nothing else.
+    // Returns at once, without a log line, if quitting was requested before.
     void run() override;
 
     // Hands the connection of a worker that never runs to the caller.
@@ -55,6 +56,7 @@ private:
     void keepFailure(Action&& action) noexcept;
 
     void serveConnection();
+    void makeEventLoop();
     void openSocket();
     void startConnectionTimer();
     void answerRequest();
@@ -63,7 +65,7 @@ private:
     void endLoop();
 
     platform::SocketDescriptor descriptor_;
-    const WorkerSurroundings& surroundings_;
+    std::shared_ptr<const WorkerSurroundings> surroundings_;
     quorin::WorkerContext context_;
 
     // Made in run(), so that they belong to the pool's thread.

@@ -1,10 +1,13 @@
 #include "worker/worker.h"
 
+#include "platform/descriptors.h"
+#include "support/descriptor_limit.h"
 #include "support/some_certificate.h"
 #include "worker/handler_fixture.h"
 #include "worker/tls_configuration.h"
 
 #include <latch>
+#include <memory>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -17,13 +20,13 @@ protected:
     WorkerTest() {
         GatewaySettings::instance() = {};
         GatewaySettings::instance().ConnectionTimeout = 30;
-        surroundings_.documentRoot = data_.path(u"root"_s);
+        surroundings_->documentRoot = data_.path(u"root"_s);
     }
     ~WorkerTest() override { GatewaySettings::instance() = {}; }
 
     LogRecord log_;
     DataFolder data_;
-    WorkerSurroundings surroundings_;
+    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
     Loopback connection_;
 };
 
@@ -50,7 +53,7 @@ TEST_F(WorkerTest, oneWhoseConnectionWasTakenLeavesItOpen) {
 
 TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
     connection_.client().send(get("/api/WebApiCommScheme"));
-    surroundings_.communicationScheme = CommunicationScheme::Http;
+    surroundings_->communicationScheme = CommunicationScheme::Http;
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
     std::thread thread([&worker] {
         worker->run();
@@ -71,8 +74,8 @@ TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
 
 TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
     GatewaySettings::instance().HttpsEnabled = true;
-    surroundings_.communicationScheme = CommunicationScheme::Https;
-    surroundings_.tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
+    surroundings_->communicationScheme = CommunicationScheme::Https;
+    surroundings_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
     std::thread thread([&worker] {
         worker->run();
@@ -113,6 +116,48 @@ TEST_F(WorkerTest, ServesNothingAfterConnectTimeout) {
                      u"2 [End] void __cdecl Worker::run(void)"_s,
                      u"2 [Start] void __cdecl Worker::SslSocketDisconnected(void)"_s,
                      u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s}));
+}
+
+TEST_F(WorkerTest, ServesNothingAfterQuit) {
+    surroundings_->quitRequested = true;
+    connection_.client().send(get("/api/WebApiCommScheme"));
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    std::thread thread([&worker] {
+        worker->run();
+        worker.reset();
+    });
+    EXPECT_EQ(connection_.client().readToEnd(), "");
+    thread.join();
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(WorkerTest, ServesAfterServerIsGone) {
+    surroundings_->communicationScheme = CommunicationScheme::Http;
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    surroundings_.reset();
+    connection_.client().send(get("/api/WebApiCommScheme"));
+    std::thread thread([&worker] {
+        worker->run();
+        worker.reset();
+    });
+    EXPECT_TRUE(connection_.client().readToEnd().startsWith("HTTP/1.1 200 OK\r\n"));
+    thread.join();
+}
+
+// Qt ends the process when there is no descriptor for an event loop.
+TEST_F(WorkerTest, EndsWithoutDescriptorForEventLoop) {
+    if (!platform::descriptorLimit()) {
+        GTEST_SKIP() << "this system sets no limit";
+    }
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    {
+        const DescriptorLimit limit(3);
+        std::thread([&worker] {
+            worker->run();
+            worker.reset();
+        }).join();
+    }
+    EXPECT_EQ(connection_.client().readToEnd(), "");
 }
 
 } // namespace

@@ -2,15 +2,19 @@
 
 namespace platform {
 
-// Sockets are handles here, whose number only memory bounds.
+// Sockets and files are handles here, whose number is limited by memory alone.
 std::optional<qintptr> descriptorLimit() {
     return std::nullopt;
 }
 
-std::optional<qintptr> nextDescriptor() {
+std::optional<qintptr> openDescriptors() {
     return 0;
 }
 
 void raiseDescriptorLimit() noexcept {}
+
+bool hasFreeDescriptor() {
+    return true;
+}
 
 } // namespace platform
