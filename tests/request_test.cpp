@@ -209,6 +209,27 @@ TEST_P(RequestTest, anUnknownApiQueryGets500OnceAndNoLine) {
     EXPECT_EQ(ask(get("/api/")), kReply500);
 }
 
+TEST_P(RequestTest, TreatsNulInApiTargetAsUnknownQuery) {
+    startGateway();
+    for (const QByteArray& target : {QByteArray("/api/WebApi\0x", 13), QByteArray("/api/\0", 6)}) {
+        EXPECT_EQ(ask(get(target)), kReply500) << target.toHex().toStdString();
+    }
+    EXPECT_EQ(stopAndReadHandlerLog(), QStringList());
+    EXPECT_EQ(gateway_.errorOutput(), "");
+}
+
+TEST_P(RequestTest, RefusesOverlongPath) {
+    startGateway();
+    // Each of these bytes is nine characters of the path.
+    const QByteArray folders = "//" + QByteArray(3'650, '\xff');
+    EXPECT_EQ(ask(get(folders + "/update.json")), kReply404 + kReply500);
+    EXPECT_EQ(ask(get(folders + "/a")), kReply404 + kReply500);
+    const QString prefix = u"5 [End] " + rooted(u"//"_s) + u"%EF%BF%BD"_s.repeated(3'650);
+    EXPECT_TRUE(stopAndReadHandlerLog() ==
+                (QStringList{prefix + u"/update.json does not exist or directory",
+                             prefix + u"/a does not exist or directory"}));
+}
+
 TEST_P(RequestTest, moreBytesThanOneRequestNeverStartASecond) {
     site_.writeFile(u"fwfiles/a"_s, QByteArray(3 * 1024 * 1024, 'a'));
     startGateway();
@@ -290,6 +311,21 @@ TEST_P(RequestTest, inLegacyModeLargeFilesAreNotLimited) {
     startGateway(settings);
     Occupiers occupiers(site_, 4, GetParam());
     EXPECT_THAT(ask(get("/fwfiles/a.zip")).toStdString(), testing::EndsWith("\r\n\r\nzip"));
+}
+
+// Requests that arrive in one piece only over plain TCP.
+class LongRequestTest : public RequestTest {};
+
+INSTANTIATE_TEST_SUITE_P(Transports, LongRequestTest, testing::Values(Transport::Plain),
+                         TransportName());
+
+TEST_P(LongRequestTest, RefusesOverlongApiTarget) {
+    startGateway();
+    const QByteArray query = "/api/WebApiCommScheme";
+    const QByteArray folder = '/' + QByteArray(32'000 - query.size(), 'a');
+    EXPECT_EQ(ask(get(folder + query)), kReply404 + kReply500);
+    EXPECT_THAT(ask(get(folder.chopped(1) + query)).toStdString(),
+                testing::StartsWith("HTTP/1.1 200 OK\r\n"));
 }
 
 // Who is let in, and when. Connections that wait have not begun to speak yet, so how they will
