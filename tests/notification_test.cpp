@@ -1,5 +1,5 @@
-// DELETE with a reset date: what becomes of the file, what the client and the log are told, and
-// that no failure costs the document. And which manifest a request for "update.json" means.
+// DELETE with a reset date: the new content of the file, the reply and the log, and that a failure
+// leaves the document unchanged. Also which manifest a request for "update.json" gets.
 
 #include "support/serving_test.h"
 #include "support/system.h"
@@ -29,7 +29,7 @@ const QByteArray kReset = "HTTP/1.1 204 No Content\r\n\r\n";
 
 const QByteArray kDate = "2024-06-01T12:00:00";
 
-// An item that no date of these tests resets, and what it keeps from being emptied.
+// An item that is newer than the dates of these tests, so that its document is not emptied.
 const QByteArray kNewer = "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"}";
 
 QByteArray deleteWith(const QByteArray& header,
@@ -44,7 +44,7 @@ QByteArray resetRequest(const QByteArray& date = kDate,
 
 class NotificationTest : public ServingTest {
 protected:
-    // The file that most requests here are about.
+    // Writes the file that most requests name.
     void writeNotification(const QByteArray& content) const { site_.writeFile(kFile, content); }
     QByteArray notification() const { return site_.readFile(kFile); }
     QString path() const { return site_.rootPath(kFile); }
@@ -61,7 +61,7 @@ protected:
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
 
-    // The request must fail as a reset does, and leave the file alone.
+    // Expects the reset to be refused and the file to be unchanged.
     void expectFailure(const QByteArray& request = resetRequest()) {
         const QByteArray before = notification();
         EXPECT_EQ(ask(request), kRefused);
@@ -75,7 +75,7 @@ protected:
 const QString NotificationTest::kFile = u"notifications/n.json"_s;
 const QString NotificationTest::kFailed = u"5 [End] failed to initialize file (n.json)."_s;
 
-TEST_P(NotificationTest, aResetEmptiesTheFileAndIsAnsweredWith204) {
+TEST_P(NotificationTest, EmptiesFileAndSends204) {
     writeNotification("{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"" + kDate + "\"}}");
     startGateway();
     EXPECT_EQ(ask(resetRequest()), kReset);
@@ -85,7 +85,7 @@ TEST_P(NotificationTest, aResetEmptiesTheFileAndIsAnsweredWith204) {
               logOfRequest({resetLine(), u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationTest, besideANewerItemTheOlderOnesAreMarkedAndTheRestStays) {
+TEST_P(NotificationTest, KeepsDocumentThatHasNewerItem) {
     writeNotification(
         "{\"RemoteSetting\":{\"LastUpdated\":\"2024-06-01T12:00:01\",\"IsExist\":true},"
         "\"RemoteExecutionCancel\":{\"IsExist\":true,\"LastUpdated\":\"" +
@@ -100,7 +100,7 @@ TEST_P(NotificationTest, besideANewerItemTheOlderOnesAreMarkedAndTheRestStays) {
         "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2024-06-01T12:00:01\"}}";
     EXPECT_EQ(ask(resetRequest()), kReset);
     EXPECT_EQ(notification(), after);
-    // Once more changes nothing, and is a success too.
+    // A repeated reset succeeds and changes nothing.
     EXPECT_EQ(ask(resetRequest("2024-06-01T12:00:00")), kReset);
     EXPECT_EQ(notification(), after);
     EXPECT_EQ(ask(get("/notifications/n.json")),
@@ -108,7 +108,7 @@ TEST_P(NotificationTest, besideANewerItemTheOlderOnesAreMarkedAndTheRestStays) {
                   "\r\nContent-Type: application/json\r\n\r\n" + after);
 }
 
-TEST_P(NotificationTest, documentsOfAnyKindAreEmptiedInTheirWay) {
+TEST_P(NotificationTest, EmptiesDocumentsOfAnyKind) {
     startGateway();
     const std::pair<const char*, const char*> cases[] = {
         {"{\"a\":1}", "{}"}, {"[1,2]", "[]"},   {"\"text\"", "\"\""}, {"7", "0"},
@@ -121,7 +121,7 @@ TEST_P(NotificationTest, documentsOfAnyKindAreEmptiedInTheirWay) {
     }
 }
 
-TEST_P(NotificationTest, aDateThatCannotBeReadProtectsWhatIsPending) {
+TEST_P(NotificationTest, KeepsPendingItemsIfDateIsInvalid) {
     const QByteArray document =
         "{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"1971-01-01\"}}";
     writeNotification(document);
@@ -136,7 +136,7 @@ TEST_P(NotificationTest, aDateThatCannotBeReadProtectsWhatIsPending) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationTest, placeholdersAreLoggedAsTheyStand) {
+TEST_P(NotificationTest, LogsPlaceholdersUnchanged) {
     site_.writeFile(u"notifications/%251%252.json"_s, "nothing");
     startGateway();
     EXPECT_EQ(ask(resetRequest("%2%1", "/notifications/%1%2.json")), kRefused);
@@ -146,7 +146,7 @@ TEST_P(NotificationTest, placeholdersAreLoggedAsTheyStand) {
                            u"5 [End] failed to initialize file (%251%252.json)."_s}));
 }
 
-TEST_P(NotificationTest, aDateWithoutAnOffsetIsInTheMachinesTime) {
+TEST_P(NotificationTest, TreatsDateWithoutOffsetAsLocalTime) {
     const auto pending = [](const char* date) -> QByteArray {
         return QByteArray("{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"") + date +
                "\"}}";
@@ -161,7 +161,7 @@ TEST_P(NotificationTest, aDateWithoutAnOffsetIsInTheMachinesTime) {
     EXPECT_EQ(notification(), pending("2024-06-01T03:00:01Z"));
 }
 
-TEST_P(NotificationTest, theRulesOfADownloadsTimeDoNotApply) {
+TEST_P(NotificationTest, IgnoresTimeLimitOfDownloads) {
     writeNotification("{\"a\":1}");
     Settings settings;
     settings.HTTPRequestTimeout = "0";
@@ -170,7 +170,7 @@ TEST_P(NotificationTest, theRulesOfADownloadsTimeDoNotApply) {
     EXPECT_EQ(notification(), "{}");
 }
 
-TEST_P(NotificationTest, withoutItsHeaderADeleteIsRefusedAndDeletesNothing) {
+TEST_P(NotificationTest, RefusesDeleteWithoutHeader) {
     writeNotification("{\"a\":1}");
     startGateway();
     const QByteArray headers[] = {
@@ -190,7 +190,7 @@ TEST_P(NotificationTest, withoutItsHeaderADeleteIsRefusedAndDeletesNothing) {
     EXPECT_EQ(logged.size(), qsizetype(std::size(headers)));
 }
 
-TEST_P(NotificationTest, blanksAroundTheDateAreNoneOfItAndOfTwoDatesTheLaterLineCounts) {
+TEST_P(NotificationTest, TrimsDateAndUsesLaterOfTwoHeaders) {
     const QByteArray document =
         "{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"2024-01-01\"}}";
     writeNotification(document);
@@ -209,7 +209,7 @@ TEST_P(NotificationTest, blanksAroundTheDateAreNoneOfItAndOfTwoDatesTheLaterLine
                      resetLine(u"2025-01-01"_s), u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationTest, whatIsNoFileIsMissing) {
+TEST_P(NotificationTest, Sends404IfTargetIsNotFile) {
     writeNotification("{}");
     startGateway();
     EXPECT_EQ(ask(resetRequest(kDate, "/notifications/none.json")), kMissing);
@@ -220,7 +220,7 @@ TEST_P(NotificationTest, whatIsNoFileIsMissing) {
     EXPECT_EQ(staged(), QStringList());
 }
 
-TEST_P(NotificationTest, otherMethodsResetNothing) {
+TEST_P(NotificationTest, DoesNotResetForOtherMethods) {
     writeNotification("{\"a\":1}");
     startGateway();
     for (const char* const method : {"PUT", "POST"}) {
@@ -232,7 +232,7 @@ TEST_P(NotificationTest, otherMethodsResetNothing) {
     EXPECT_EQ(notification(), "{\"a\":1}");
 }
 
-TEST_P(NotificationTest, aFileOfAnyFolderIsReset) {
+TEST_P(NotificationTest, ResetsFileOfAnyFolder) {
     site_.writeFile(u"fwfiles/deep/n.json"_s, "{\"a\":1}");
     site_.writeFile(u"top.txt"_s, "[1]");
     site_.writeFile(u"patterns/p.xml"_s, "<p/>");
@@ -256,7 +256,7 @@ TEST_P(NotificationTest, aFileOfAnyFolderIsReset) {
             u"5 [End] failed to initialize file (p.xml)."_s}));
 }
 
-TEST_P(NotificationTest, whatIsNoJsonOrMalformedStaysAndIsRefusedTwice) {
+TEST_P(NotificationTest, KeepsMalformedDocumentAndRefusesTwice) {
     startGateway();
     const QByteArray documents[] = {
         "",
@@ -277,7 +277,7 @@ TEST_P(NotificationTest, whatIsNoJsonOrMalformedStaysAndIsRefusedTwice) {
     EXPECT_EQ(stopAndReadHandlerLog(), expected);
 }
 
-TEST_P(NotificationTest, aDocumentOf5MiBIsResetAndRead) {
+TEST_P(NotificationTest, ResetsAndServesDocumentOf5MiB) {
     QByteArray filler;
     for (int i = 0; filler.size() < 5 * 1024 * 1024; ++i) {
         filler += "{\"Id\":" + QByteArray::number(i) + ",\"Text\":\"text " +
@@ -297,7 +297,7 @@ TEST_P(NotificationTest, aDocumentOf5MiBIsResetAndRead) {
                     "\r\nContent-Type: application/json\r\n\r\n" + after);
 }
 
-TEST_P(NotificationTest, doublesAreWrittenWithAPointWhateverTheLocale) {
+TEST_P(NotificationTest, WritesDecimalPointInAnyLocale) {
     const char* const name = "de_DE.UTF-8";
     const std::string before = std::setlocale(LC_NUMERIC, nullptr);
     char half[8] = "";
@@ -317,7 +317,7 @@ TEST_P(NotificationTest, doublesAreWrittenWithAPointWhateverTheLocale) {
                                   "\"c\":-1.4999999999999999e-07,\"d\":1.0000000000000001e+300}");
 }
 
-TEST_P(NotificationTest, aLockHeldElsewhereFailsAfterFiveSecondsInSilence) {
+TEST_P(NotificationTest, FailsAfterFiveSecondsIfLockIsHeld) {
     writeNotification("{\"a\":1}");
     QLockFile holder(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(holder.tryLock());
@@ -327,10 +327,10 @@ TEST_P(NotificationTest, aLockHeldElsewhereFailsAfterFiveSecondsInSilence) {
     expectFailure();
     EXPECT_GE(timer.elapsed(), 4'950);
     EXPECT_EQ(stopAndReadHandlerLog(), (QStringList{resetLine(), lockLine(), kFailed}));
-    EXPECT_EQ(staged(), QStringList(u"n.json.lock"_s)) << "the holder keeps its lock";
+    EXPECT_EQ(staged(), QStringList(u"n.json.lock"_s)) << "the holder still holds the lock";
 }
 
-TEST_P(NotificationTest, aLockReleasedMeanwhileIsTaken) {
+TEST_P(NotificationTest, AcquiresLockReleasedMeanwhile) {
     writeNotification("{\"a\":1}");
     QLockFile holder(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(holder.tryLock());
@@ -338,7 +338,7 @@ TEST_P(NotificationTest, aLockReleasedMeanwhileIsTaken) {
     Client client(site_.port(), GetParam());
     client.send(resetRequest());
     ASSERT_TRUE(site_.waitUntilLogged(resetLine()));
-    // What is tested: more than the first attempt's second, with the file as it was.
+    // The first attempt, of one second, must have failed.
     EXPECT_FALSE(client.socket().waitForReadyRead(1'500));
     EXPECT_EQ(notification(), "{\"a\":1}");
     holder.unlock();
@@ -348,7 +348,7 @@ TEST_P(NotificationTest, aLockReleasedMeanwhileIsTaken) {
               (QStringList{resetLine(), u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationTest, theLockOfOneFileIsNotThatOfAnother) {
+TEST_P(NotificationTest, LocksEachFileSeparately) {
     writeNotification("{\"a\":1}");
     QLockFile holder(site_.stagingPath(u"m.json.lock"_s));
     ASSERT_TRUE(holder.tryLock());
@@ -356,11 +356,11 @@ TEST_P(NotificationTest, theLockOfOneFileIsNotThatOfAnother) {
     EXPECT_EQ(ask(resetRequest()), kReset);
 }
 
-TEST_P(NotificationTest, aLockOfAProcessThatIsGoneIsBroken) {
+TEST_P(NotificationTest, BreaksLockOfEndedProcess) {
     writeNotification("{\"a\":1}");
     QFile lock(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
-    lock.write("2000000000\nwriter\n\n\n\n"); // no system counts its processes so far
+    lock.write("2000000000\nwriter\n\n\n\n"); // above the greatest process id of any system
     lock.close();
     startGateway();
     EXPECT_EQ(ask(resetRequest()), kReset);
@@ -368,7 +368,7 @@ TEST_P(NotificationTest, aLockOfAProcessThatIsGoneIsBroken) {
     EXPECT_EQ(staged(), QStringList());
 }
 
-TEST_P(NotificationTest, aLockThatTellsNoHolderIsBrokenWhenItIsOld) {
+TEST_P(NotificationTest, BreaksOldLockWithoutHolder) {
     writeNotification("{\"a\":1}");
     QFile lock(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(lock.open(QIODevice::ReadWrite));
@@ -384,8 +384,8 @@ TEST_P(NotificationTest, aLockThatTellsNoHolderIsBrokenWhenItIsOld) {
 INSTANTIATE_TEST_SUITE_P(Transports, NotificationTest, testing::ValuesIn(transports()),
                          TransportName());
 
-// What can go wrong in the file system. The file is as it was afterwards, and the next request is
-// served when the fault has gone.
+// Faults of the file system. The file must be unchanged, and the next request must succeed after
+// the fault is removed.
 class NotificationFaultTest : public NotificationTest {
 protected:
     NotificationFaultTest() {
@@ -423,8 +423,8 @@ protected:
         return written;
     }
 
-    // A command under which a program may write only where permissions say so; an empty one where
-    // that is so anyway, and nothing where it cannot be had.
+    // Returns a command that runs a program bound by file permissions. It is empty if every program
+    // is, and there is none if this user cannot give up the privilege.
     static std::optional<QStringList> commandBoundByPermissions() {
         const QTemporaryDir folder;
         forbidWriting(folder.path());
@@ -460,7 +460,7 @@ protected:
     }
 };
 
-TEST_P(NotificationFaultTest, aStagingFolderThatIsMissingIsNotMade) {
+TEST_P(NotificationFaultTest, DoesNotCreateStagingFolder) {
     ASSERT_TRUE(QDir(site_.stagingPath(QString())).removeRecursively());
     startGateway();
     expectFailure();
@@ -472,7 +472,7 @@ TEST_P(NotificationFaultTest, aStagingFolderThatIsMissingIsNotMade) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, aFileInThePlaceOfTheStagingFolderIsLeftAlone) {
+TEST_P(NotificationFaultTest, KeepsFileAtPathOfStagingFolder) {
     const QString folder = site_.stagingPath(QString()).chopped(1);
     ASSERT_TRUE(QDir(folder).removeRecursively());
     QFile file(folder);
@@ -487,7 +487,7 @@ TEST_P(NotificationFaultTest, aFileInThePlaceOfTheStagingFolderIsLeftAlone) {
     EXPECT_THAT(site_.logged(), testing::IsSupersetOf({resetLine(), lockLine(), kFailed}));
 }
 
-TEST_P(NotificationFaultTest, aStagingFolderThatMayNotBeWrittenFailsTheLock) {
+TEST_P(NotificationFaultTest, FailsIfStagingFolderIsNotWritable) {
     const std::optional<QStringList> command = commandBoundByPermissions();
     if (!command) {
         GTEST_SKIP() << "permissions do not bind this user";
@@ -502,7 +502,7 @@ TEST_P(NotificationFaultTest, aStagingFolderThatMayNotBeWrittenFailsTheLock) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, aFolderInThePlaceOfTheStagingFileFailsTheWrite) {
+TEST_P(NotificationFaultTest, FailsIfStagingFileIsFolder) {
     ASSERT_TRUE(QDir().mkpath(site_.stagingPath(u"n.json/folder"_s)));
     startGateway();
     expectFailure();
@@ -514,7 +514,7 @@ TEST_P(NotificationFaultTest, aFolderInThePlaceOfTheStagingFileFailsTheWrite) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, aFullDiskFailsTheWrite) {
+TEST_P(NotificationFaultTest, FailsIfDiskIsFull) {
     const QString fullDisk = u"/dev/full"_s;
     if (!QFile::exists(fullDisk)) {
         GTEST_SKIP() << "this system has no " << fullDisk.toStdString();
@@ -533,18 +533,18 @@ TEST_P(NotificationFaultTest, aFullDiskFailsTheWrite) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, aDiskWithRoomForAPartFailsTheWrite) {
+TEST_P(NotificationFaultTest, FailsIfOnlyPartFitsOnDisk) {
     if (QStandardPaths::findExecutable(u"sh"_s).isEmpty()) {
-        GTEST_SKIP() << "without a shell nobody limits the size of files";
+        GTEST_SKIP() << "there is no shell to limit the size of files";
     }
-    // The limit counts blocks of 512 bytes or of 1 KiB, as the shell likes.
+    // The unit of the limit is 512 bytes or 1 KiB, depending on the shell.
     constexpr qsizetype size = 512 * 1024;
     writeNotification("{\"Filler\":\"" + QByteArray(size, 'x') + "\"," + kNewer + "}");
     startGatewayUnder({u"sh"_s, u"-c"_s, u"trap '' XFSZ; ulimit -f 200; exec \"$@\""_s, u"sh"_s});
     expectFailure();
     EXPECT_GT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), 0) << "a part was written";
     EXPECT_LT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), size);
-    // A smaller one has room, whatever was left behind.
+    // A smaller document fits, whatever the failure left in the staging file.
     writeNotification("{\"Filler\":\"" + QByteArray(size, 'x') + "\"}");
     EXPECT_EQ(ask(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{}");
@@ -554,7 +554,7 @@ TEST_P(NotificationFaultTest, aDiskWithRoomForAPartFailsTheWrite) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, aFolderThatMayNotBeWrittenKeepsItsFile) {
+TEST_P(NotificationFaultTest, KeepsFileOfFolderThatIsNotWritable) {
     const std::optional<QStringList> command = commandBoundByPermissions();
     if (!command) {
         GTEST_SKIP() << "permissions do not bind this user";
@@ -570,9 +570,9 @@ TEST_P(NotificationFaultTest, aFolderThatMayNotBeWrittenKeepsItsFile) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, aFileOnAnotherVolumeIsNotCopiedOver) {
+TEST_P(NotificationFaultTest, DoesNotCopyToAnotherVolume) {
     if (kOnWindows) {
-        GTEST_SKIP() << "this test knows no second volume of this system";
+        GTEST_SKIP() << "this test has no second volume on this system";
     }
     const QTemporaryDir elsewhere(u"/dev/shm/notifications-XXXXXX"_s);
     if (!elsewhere.isValid() || QStorageInfo(elsewhere.path()).device() ==
@@ -596,7 +596,7 @@ TEST_P(NotificationFaultTest, aFileOnAnotherVolumeIsNotCopiedOver) {
 INSTANTIATE_TEST_SUITE_P(Transports, NotificationFaultTest, testing::Values(Transport::Plain),
                          TransportName());
 
-// The manifest of the address that the request came in on.
+// The manifest of the local address of the connection.
 class ManifestTest : public NotificationTest {
 protected:
     QByteArray askAt(const QString& address, const QByteArray& request) {
@@ -611,7 +611,7 @@ protected:
     }
 };
 
-TEST_P(ManifestTest, eachAddressHasItsOwn) {
+TEST_P(ManifestTest, SelectsVariantOfEachAddress) {
     site_.writeFile(u"update.json"_s, "general");
     site_.writeFile(u"update_127.0.0.1.json"_s, "first");
     site_.writeFile(u"update_127.0.0.2.json"_s, "second");
@@ -621,11 +621,11 @@ TEST_P(ManifestTest, eachAddressHasItsOwn) {
     EXPECT_EQ(askAt(u"127.0.0.3"_s, get("/update.json")), streamed("general"));
 }
 
-TEST_P(ManifestTest, oneOfAnotherAddressIsNeverChosen) {
+TEST_P(ManifestTest, IgnoresVariantOfAnotherAddress) {
     site_.writeFile(u"update_127.0.0.2.json"_s, "second");
     startGateway();
     EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update.json")), kMissing);
-    // By its own name anybody gets it.
+    // A request for its own name gets it on any address.
     EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update_127.0.0.2.json")), streamed("second"));
     EXPECT_EQ(stopAndReadHandlerLog(), (QStringList{u"2 Received requesting update.json from "_s,
                                                     u"2 Response update.json : update.json"_s,
@@ -635,7 +635,7 @@ TEST_P(ManifestTest, oneOfAnotherAddressIsNeverChosen) {
                                                     u"2 GET update_127.0.0.2.json - -  200 0"_s}));
 }
 
-TEST_P(ManifestTest, theNameIsSpelledExactly) {
+TEST_P(ManifestTest, RequiresExactName) {
     site_.writeFile(u"update_127.0.0.1.json"_s, "variant");
     site_.writeFile(u"Update.json"_s, "capital");
     site_.writeFile(u"update.json.bak"_s, "backup");
@@ -646,21 +646,21 @@ TEST_P(ManifestTest, theNameIsSpelledExactly) {
                 testing::Not(testing::Contains(u"2 Received requesting update.json from "_s)));
 }
 
-TEST_P(ManifestTest, aFolderOfTheVariantsNameIsNoFile) {
+TEST_P(ManifestTest, Sends404IfVariantIsFolder) {
     site_.writeFile(u"update.json"_s, "general");
     site_.writeFile(u"update_127.0.0.1.json/a"_s, "inside");
     startGateway();
     EXPECT_EQ(ask(get("/update.json")), kMissing);
 }
 
-TEST_P(ManifestTest, amongNotificationsItIsSentLikeOne) {
+TEST_P(ManifestTest, SendsVariantInNotificationsFolder) {
     site_.writeFile(u"notifications/update_127.0.0.1.json"_s, "{}");
     startGateway();
     EXPECT_EQ(ask(get("/notifications/update.json")),
               "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nContent-Type: application/json\r\n\r\n{}");
 }
 
-TEST_P(ManifestTest, aResetIsOfTheVariantToo) {
+TEST_P(ManifestTest, ResetsVariant) {
     site_.writeFile(u"update.json"_s, "{\"general\":1}");
     site_.writeFile(u"update_127.0.0.1.json"_s, "{\"variant\":1}");
     startGateway();

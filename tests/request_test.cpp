@@ -1,4 +1,4 @@
-// What one request gets: methods, targets, api queries, refusals, limits, and the log of each.
+// Replies to single requests: methods, targets, api queries, refusals, limits, and their logs.
 
 #include "support/client.h"
 #include "support/deadline.h"
@@ -22,7 +22,7 @@ class RequestTest : public ServingTest {};
 
 INSTANTIATE_TEST_SUITE_P(Transports, RequestTest, testing::ValuesIn(transports()), TransportName());
 
-TEST_P(RequestTest, otherMethodsAreRefusedTwice) {
+TEST_P(RequestTest, RefusesOtherMethodTwice) {
     startGateway();
     EXPECT_EQ(ask("PUT /fwfiles/x HTTP/1.1\r\n\r\n"),
               "HTTP/1.1 405 Method Not Allowed\r\nConnection: close\r\n\r\n" + kReply500);
@@ -30,7 +30,7 @@ TEST_P(RequestTest, otherMethodsAreRefusedTwice) {
               logOfRequest({u"5 [End] unsupported http method was requested: PUT"_s}));
 }
 
-TEST_P(RequestTest, everyMethodButTwoIsRefusedByItsName) {
+TEST_P(RequestTest, NamesRefusedMethod) {
     site_.writeFile(u"fwfiles/a"_s, "a");
     startGateway();
     for (const char* const method : {"HEAD", "POST", "CONNECT", "OPTIONS", "trace", "BREW"}) {
@@ -45,21 +45,21 @@ TEST_P(RequestTest, everyMethodButTwoIsRefusedByItsName) {
                                     text + u"OPTIONS", text + u"TRACE", text + u"UNKNOWN"}));
 }
 
-TEST_P(RequestTest, whatCannotBeParsedGets500Twice) {
+TEST_P(RequestTest, Sends500TwiceForMalformedRequest) {
     startGateway();
     EXPECT_EQ(ask("nonsense\r\n\r\n"), kReply500 + kReply500);
     EXPECT_EQ(stopAndReadLog(),
               logOfRequest({u"5 [End] Failed to parse http request. (127.0.0.1)"_s}));
 }
 
-TEST_P(RequestTest, aRequestInTwoPiecesIsJudgedByTheFirst) {
+TEST_P(RequestTest, ParsesFirstPieceOnly) {
     startGateway();
     Client client(site_.port(), GetParam());
     client.send("GET /fwfiles/a HTTP/1.1\r\nHost");
     EXPECT_EQ(client.readToEnd(), kReply500 + kReply500);
 }
 
-TEST_P(RequestTest, aRequestThatNeverComesTimesOut) {
+TEST_P(RequestTest, TimesOutWithoutRequest) {
     Settings settings;
     settings.ConnectionTimeout = "1";
     startGateway(settings);
@@ -72,7 +72,7 @@ TEST_P(RequestTest, aRequestThatNeverComesTimesOut) {
                                              kDisconnectStarts, kDisconnectEnds}));
 }
 
-TEST_P(RequestTest, aTimeoutTooLongForATimerIsClampedAndDoesNotFireAtOnce) {
+TEST_P(RequestTest, ClampsTimeoutTooLongForTimer) {
     Settings settings;
     settings.ConnectionTimeout = "2147483647";
     settings.HTTPRequestTimeout = "2147483647";
@@ -84,7 +84,7 @@ TEST_P(RequestTest, aTimeoutTooLongForATimerIsClampedAndDoesNotFireAtOnce) {
     EXPECT_THAT(client.readToEnd().toStdString(), testing::EndsWith("\r\n\r\na"));
 }
 
-TEST_P(RequestTest, aClientThatLeavesWithoutARequestEndsItsWorker) {
+TEST_P(RequestTest, EndsWorkerIfClientDisconnects) {
     startGateway();
     Client(site_.port(), GetParam()).abort();
     ASSERT_TRUE(site_.waitUntilLogged(kRunEnds));
@@ -92,42 +92,42 @@ TEST_P(RequestTest, aClientThatLeavesWithoutARequestEndsItsWorker) {
               (QStringList{kRunStarts, kDisconnectStarts, kDisconnectEnds, kRunEnds}));
 }
 
-TEST_P(RequestTest, aMissingFileGets404AndThen500) {
+TEST_P(RequestTest, Sends404And500ForMissingFile) {
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/none")), kReply404 + kReply500);
     EXPECT_EQ(stopAndReadLog(), logOfRequest({u"5 [End] " + rooted(u"/fwfiles/none"_s) +
                                               u" does not exist or directory"}));
 }
 
-TEST_P(RequestTest, theMissingUpgradeSettingIsNotLogged) {
+TEST_P(RequestTest, DoesNotLogMissingUpgradeSetting) {
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/QuorinUpgradeSetting.json")), kReply404 + kReply500);
     EXPECT_EQ(stopAndReadLog(), logOfRequest({}));
 }
 
-TEST_P(RequestTest, foldersAreNotServed) {
+TEST_P(RequestTest, DoesNotServeFolders) {
     startGateway();
     for (const char* const target : {"/fwfiles", "/fwfiles/", "/", "/fwfiles/..", "/.."}) {
         EXPECT_EQ(ask(get(target)), kReply404 + kReply500) << target;
     }
 }
 
-TEST_P(RequestTest, patternsThatLeaveAFolderAreRefused) {
+TEST_P(RequestTest, RefusesParentFolder) {
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/../secret")),
               "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n" + kReply500);
     EXPECT_EQ(stopAndReadLog(), logOfRequest({u"5 [End] /fwfiles/../secret is invalid url"_s}));
 }
 
-TEST_P(RequestTest, aDotFolderIsRefusedToo) {
+TEST_P(RequestTest, RefusesDotFolder) {
     site_.writeFile(u"fwfiles/a"_s, "a");
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/./a")),
               "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n" + kReply500);
 }
 
-TEST_P(RequestTest, aTargetWithoutItsSlashNamesNothingAlsoWhereTheFileExists) {
-    // Put together with the document root these would be files beside it.
+TEST_P(RequestTest, RefusesTargetWithoutLeadingSlash) {
+    // Appended to the document root, these targets would name files next to it.
     site_.writeFile(u"../wwwroot-secret/file"_s, "secret");
     site_.writeFile(u"../wwwrootfile"_s, "secret");
     site_.writeFile(u"../wwwroot-secret/update.json"_s, "{}");
@@ -140,7 +140,7 @@ TEST_P(RequestTest, aTargetWithoutItsSlashNamesNothingAlsoWhereTheFileExists) {
                                                     u" does not exist or directory"));
 }
 
-TEST_P(RequestTest, targetsAreEncodedOnceMoreAndNeverDecoded) {
+TEST_P(RequestTest, EncodesTargetAndDoesNotDecodeIt) {
     site_.writeFile(u"fwfiles/a%2520b.zip"_s, "encoded twice");
     site_.writeFile(u"fwfiles/a b.zip"_s, "plain blank");
     site_.writeFile(u"fwfiles/%C3%BC"_s, "umlaut");
@@ -151,15 +151,14 @@ TEST_P(RequestTest, targetsAreEncodedOnceMoreAndNeverDecoded) {
     EXPECT_EQ(ask(get("/fwfiles/x?y=1")), kReply404 + kReply500);
 }
 
-TEST_P(RequestTest, placeholdersInATargetAreLoggedAsTheyStand) {
+TEST_P(RequestTest, LogsPlaceholdersUnchanged) {
     startGateway();
     EXPECT_EQ(ask(get("/fwfiles/%1%2%20")), kReply404 + kReply500);
     EXPECT_EQ(stopAndReadLog(), logOfRequest({u"5 [End] " + rooted(u"/fwfiles/%251%252%2520"_s) +
                                               u" does not exist or directory"}));
 }
 
-// Each query with its reply, as bytes.
-TEST_P(RequestTest, theCommunicationSchemeIsAnsweredAsJson) {
+TEST_P(RequestTest, RepliesCommunicationScheme) {
     startGateway();
     const QByteArray reply = "HTTP/1.1 200 OK\r\nContent-Length: 31\r\n"
                              "Content-Type: application/json\r\n\r\n"
@@ -173,14 +172,14 @@ TEST_P(RequestTest, theCommunicationSchemeIsAnsweredAsJson) {
     EXPECT_EQ(ask("DELETE /api/WebApiCommScheme HTTP/1.1\r\n\r\n"), reply);
 }
 
-TEST_P(RequestTest, anApiQueryWritesNoLineOfItsOwn) {
+TEST_P(RequestTest, DoesNotLogApiQuery) {
     startGateway();
     EXPECT_THAT(ask(get("/api/WebApiCommScheme")).toStdString(),
                 testing::StartsWith("HTTP/1.1 200"));
     EXPECT_EQ(stopAndReadLog(), logOfRequest({}));
 }
 
-TEST_P(RequestTest, withoutASchemeTheTextIsEmpty) {
+TEST_P(RequestTest, RepliesEmptySchemeIfNone) {
     Settings settings;
     settings.RootUrl = "ftp://cloud";
     startGateway(settings);
@@ -189,7 +188,7 @@ TEST_P(RequestTest, withoutASchemeTheTextIsEmpty) {
               "{\"CommunicationScheme\":\"\"}");
 }
 
-TEST_P(RequestTest, theOrganizationIdIsAnsweredAsItStandsInTheSettings) {
+TEST_P(RequestTest, RepliesOrganizationIdUnchanged) {
     Settings settings;
     settings.OrganizationId = "\"M\u00fcller\" \\ 7";
     startGateway(settings);
@@ -198,7 +197,7 @@ TEST_P(RequestTest, theOrganizationIdIsAnsweredAsItStandsInTheSettings) {
               "{\"OrganizationId\":\"\\\"M\u00fcller\\\" \\\\ 7\"}");
 }
 
-TEST_P(RequestTest, anUnknownApiQueryGets500OnceAndNoLine) {
+TEST_P(RequestTest, Sends500OnceForUnknownApiQuery) {
     startGateway();
     for (const char* const target : {"/api/x", "/api/", "/api/WebApiCommScheme/x/../y"}) {
         const QByteArray reply = ask(get(target));
@@ -209,7 +208,28 @@ TEST_P(RequestTest, anUnknownApiQueryGets500OnceAndNoLine) {
     EXPECT_EQ(ask(get("/api/")), kReply500);
 }
 
-TEST_P(RequestTest, moreBytesThanOneRequestNeverStartASecond) {
+TEST_P(RequestTest, TreatsNulInApiTargetAsUnknownQuery) {
+    startGateway();
+    for (const QByteArray& target : {QByteArray("/api/WebApi\0x", 13), QByteArray("/api/\0", 6)}) {
+        EXPECT_EQ(ask(get(target)), kReply500) << target.toHex().toStdString();
+    }
+    EXPECT_EQ(stopAndReadHandlerLog(), QStringList());
+    EXPECT_EQ(gateway_.errorOutput(), "");
+}
+
+TEST_P(RequestTest, RefusesOverlongPath) {
+    startGateway();
+    // Each of these bytes is nine characters of the path.
+    const QByteArray folders = "//" + QByteArray(3'650, '\xff');
+    EXPECT_EQ(ask(get(folders + "/update.json")), kReply404 + kReply500);
+    EXPECT_EQ(ask(get(folders + "/a")), kReply404 + kReply500);
+    const QString prefix = u"5 [End] " + rooted(u"//"_s) + u"%EF%BF%BD"_s.repeated(3'650);
+    EXPECT_TRUE(stopAndReadHandlerLog() ==
+                (QStringList{prefix + u"/update.json does not exist or directory",
+                             prefix + u"/a does not exist or directory"}));
+}
+
+TEST_P(RequestTest, ServesOneRequestPerConnection) {
     site_.writeFile(u"fwfiles/a"_s, QByteArray(3 * 1024 * 1024, 'a'));
     startGateway();
     Client client(site_.port(), GetParam());
@@ -222,7 +242,7 @@ TEST_P(RequestTest, moreBytesThanOneRequestNeverStartASecond) {
     EXPECT_EQ(stopAndReadLog().count(kReadStarts), 1);
 }
 
-TEST_P(RequestTest, aPipelinedRequestInTheSamePieceIsTheBodyOfTheFirst) {
+TEST_P(RequestTest, TreatsPipelinedRequestAsBody) {
     site_.writeFile(u"fwfiles/a"_s, "a");
     startGateway();
     const QByteArray reply = ask(get("/fwfiles/a") + get("/fwfiles/a"));
@@ -230,16 +250,16 @@ TEST_P(RequestTest, aPipelinedRequestInTheSamePieceIsTheBodyOfTheFirst) {
     EXPECT_THAT(reply.toStdString(), testing::EndsWith("\r\n\r\na"));
 }
 
-TEST_P(RequestTest, aHeaderOfManyMegabytesIsRefusedLikeAMalformedOne) {
+TEST_P(RequestTest, RefusesHeaderOf8MiBAsMalformed) {
     startGateway();
-    // The gateway closes while the client is still sending, so its reply may be lost on the way.
+    // The gateway closes while the client is still sending, so its reply may be lost.
     Client client(site_.port(), GetParam());
     client.send("GET /fwfiles/a HTTP/1.1\r\nX: " + QByteArray(8 * 1024 * 1024, 'x') + "\r\n\r\n");
     ASSERT_TRUE(site_.waitUntilLogged(u"5 [End] Failed to parse http request. (127.0.0.1)"_s));
     EXPECT_EQ(ask(get("/fwfiles/a")), kReply404 + kReply500);
 }
 
-// Occupies workers of the gateway: connections that have not sent anything yet.
+// Occupies workers of the gateway with connections that have not sent anything yet.
 class Occupiers {
 public:
     Occupiers(const Site& site, int count, Transport transport = Transport::Plain) {
@@ -256,7 +276,7 @@ private:
     std::vector<std::unique_ptr<Client>> clients_;
 };
 
-TEST_P(RequestTest, largeFilesAreLimitedWhileManyWorkersAreActive) {
+TEST_P(RequestTest, LimitsLargeFilesWhileWorkersAreActive) {
     site_.writeFile(u"fwfiles/a.zip"_s, "zip");
     site_.writeFile(u"fwfiles/a.ZIP"_s, "zip"); // the same file where letter case does not count
     site_.writeFile(u"fwfiles/a.exe"_s, "exe");
@@ -282,7 +302,7 @@ TEST_P(RequestTest, largeFilesAreLimitedWhileManyWorkersAreActive) {
     ASSERT_TRUE(waitUntil([&] { return ask(get("/fwfiles/a.zip")).endsWith("\r\n\r\nzip"); }));
 }
 
-TEST_P(RequestTest, inLegacyModeLargeFilesAreNotLimited) {
+TEST_P(RequestTest, DoesNotLimitLargeFilesWithoutQueue) {
     site_.writeFile(u"fwfiles/a.zip"_s, "zip");
     Settings settings;
     settings.IsMadeClientRequestWaited = "false";
@@ -292,14 +312,28 @@ TEST_P(RequestTest, inLegacyModeLargeFilesAreNotLimited) {
     EXPECT_THAT(ask(get("/fwfiles/a.zip")).toStdString(), testing::EndsWith("\r\n\r\nzip"));
 }
 
-// Who is let in, and when. Connections that wait have not begun to speak yet, so how they will
-// does not matter.
+// Requests that arrive in one piece only over plain TCP.
+class LongRequestTest : public RequestTest {};
+
+INSTANTIATE_TEST_SUITE_P(Transports, LongRequestTest, testing::Values(Transport::Plain),
+                         TransportName());
+
+TEST_P(LongRequestTest, RefusesOverlongApiTarget) {
+    startGateway();
+    const QByteArray query = "/api/WebApiCommScheme";
+    const QByteArray folder = '/' + QByteArray(32'000 - query.size(), 'a');
+    EXPECT_EQ(ask(get(folder + query)), kReply404 + kReply500);
+    EXPECT_THAT(ask(get(folder.chopped(1) + query)).toStdString(),
+                testing::StartsWith("HTTP/1.1 200 OK\r\n"));
+}
+
+// Admission of connections. A waiting connection has not started TLS, so one transport suffices.
 class AdmissionTest : public RequestTest {};
 
 INSTANTIATE_TEST_SUITE_P(Transports, AdmissionTest, testing::Values(Transport::Plain),
                          TransportName());
 
-TEST_P(AdmissionTest, inLegacyModeAConnectionBeyondTheLimitIsRefusedWith503) {
+TEST_P(AdmissionTest, Sends503BeyondLimitWithoutQueue) {
     Settings settings;
     settings.IsMadeClientRequestWaited = "false";
     settings.MaxUserSession = "4";
@@ -312,7 +346,7 @@ TEST_P(AdmissionTest, inLegacyModeAConnectionBeyondTheLimitIsRefusedWith503) {
     EXPECT_EQ(occupiers[0].readToEnd(), kReply500);
 }
 
-TEST_P(AdmissionTest, inQueueModeAConnectionBeyondTheLimitWaitsForAThread) {
+TEST_P(AdmissionTest, QueuesConnectionBeyondLimit) {
     Settings settings;
     settings.MaxUserSession = "2";
     startGateway(settings);
@@ -330,7 +364,7 @@ TEST_P(AdmissionTest, inQueueModeAConnectionBeyondTheLimitWaitsForAThread) {
     EXPECT_EQ(site_.logged().count(kRunStarts), 5);
 }
 
-TEST_P(AdmissionTest, waitingConnectionsAreServedInTheOrderOfTheirArrival) {
+TEST_P(AdmissionTest, ServesQueueInOrder) {
     Settings settings;
     settings.MaxUserSession = "1";
     startGateway(settings);
@@ -352,7 +386,7 @@ TEST_P(AdmissionTest, waitingConnectionsAreServedInTheOrderOfTheirArrival) {
     }
 }
 
-TEST_P(AdmissionTest, withoutWorkersNobodyIsServedAndQuitStillStops) {
+TEST_P(AdmissionTest, StopsOnQuitWithoutWorkers) {
     Settings settings;
     settings.MaxUserSession = "0";
     startGateway(settings);
@@ -363,7 +397,7 @@ TEST_P(AdmissionTest, withoutWorkersNobodyIsServedAndQuitStillStops) {
     EXPECT_EQ(site_.logged().count(kRunStarts), 0);
 }
 
-TEST_P(AdmissionTest, theRefusalIsPlainAlsoWhereTlsIsExpected) {
+TEST_P(AdmissionTest, SendsPlain503IfTlsIsExpected) {
     Settings settings;
     settings.IsMadeClientRequestWaited = "false";
     settings.MaxUserSession = "1";
@@ -373,7 +407,7 @@ TEST_P(AdmissionTest, theRefusalIsPlainAlsoWhereTlsIsExpected) {
     EXPECT_EQ(ask("anything"), "HTTP/1.1 503 Service Unavailable\r\n\r\n");
 }
 
-TEST_P(AdmissionTest, aNullCertificateLetsHandshakesFailAndTheGatewayLive) {
+TEST_P(AdmissionTest, SurvivesNullCertificate) {
     Settings settings;
     settings.HttpsEnabled = "true";
     settings.ConnectionTimeout = "2";

@@ -1,6 +1,6 @@
 #pragma once
 
-// The elements of the settings file, as they are written there.
+// The names of the elements of the settings file.
 namespace quorin::element {
 
 inline constexpr const char* kQuorinGatewaySetting = "QuorinGatewaySetting";

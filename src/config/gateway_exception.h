@@ -3,19 +3,18 @@
 #include <QException>
 #include <QString>
 
-// The one exception of the gateway: a finished text for the log, and what its catcher makes of
-// it. Thrown by value, caught by reference.
+// The only exception class of the gateway: a complete text for the log and the kind of failure.
+// Throw by value, catch by reference.
 class GatewayException : public QException {
 public:
-    // What went wrong, and so who settles it.
+    // The kind of failure; it decides who handles it.
     enum Kind : int {
-        Fatal = 0,             // start-up or configuration; ends the process with 1
-        DuplicateInstance = 1, // another gateway runs; ends the process with 2
-        Request = 2,           // one request; the worker settles it, the gateway lives
+        Fatal = 0,             // start-up or configuration; the process exits with 1
+        DuplicateInstance = 1, // another gateway runs; the process exits with 2
+        Request = 2,           // one request; handled by its worker
     };
 
-    // `message` is the complete text to log. A silent exception is settled without its text being
-    // logged.
+    // `message` is the complete text to log. The text of a silent exception is not logged.
     GatewayException(int kind, QString message, bool silent);
     ~GatewayException() override;
 
@@ -28,7 +27,7 @@ public:
 
     // Throws a copy.
     void raise() const override;
-    // A copy on the heap, owned by the caller.
+    // Returns a copy on the heap, owned by the caller.
     [[nodiscard]] GatewayException* clone() const override;
 
 private:
@@ -39,10 +38,10 @@ private:
 
 namespace quorin {
 
-// In front of every message that ends a run or refuses work.
+// Begins every message of a failure that ends the process or refuses a request.
 inline constexpr QStringView kEndPrefix = u"[End] ";
 
-// `text` with kEndPrefix in front.
+// Returns kEndPrefix followed by `text`.
 [[nodiscard]] QString endMessage(const QString& text);
 
 } // namespace quorin

@@ -8,14 +8,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-TEST(GatewayExceptionTest, keepsKindMessageAndSilence) {
+TEST(GatewayExceptionTest, KeepsKindMessageAndSilence) {
     const GatewayException exception(GatewayException::Request, u"[End] broken"_s, true);
     EXPECT_EQ(exception.kind(), 2);
     EXPECT_EQ(exception.message(), u"[End] broken"_s);
     EXPECT_TRUE(exception.isSilent());
 }
 
-TEST(GatewayExceptionTest, aCloneRaisedAgainIsTheSame) {
+TEST(GatewayExceptionTest, KeepsFieldsWhenClonedAndRaised) {
     const GatewayException original(GatewayException::DuplicateInstance, u"twice"_s, false);
     const std::unique_ptr<GatewayException> clone(original.clone());
     try {
@@ -29,18 +29,18 @@ TEST(GatewayExceptionTest, aCloneRaisedAgainIsTheSame) {
     }
 }
 
-TEST(GatewayExceptionTest, isCaughtByThoseWhoKnowOnlyItsBases) {
+TEST(GatewayExceptionTest, CanBeCaughtAsBaseClass) {
     const GatewayException exception(GatewayException::Fatal, u"fatal"_s, false);
     EXPECT_THROW(exception.raise(), QException);
     EXPECT_THROW(exception.raise(), std::exception);
 }
 
-TEST(GatewayExceptionTest, whatIsNotTheMessage) {
+TEST(GatewayExceptionTest, DoesNotReturnMessageFromWhat) {
     const GatewayException exception(GatewayException::Fatal, u"the message"_s, false);
     EXPECT_STRNE(exception.what(), "the message");
 }
 
-TEST(GatewayExceptionTest, anEndMessageHasThePrefixOnce) {
+TEST(GatewayExceptionTest, AddsPrefixToEndMessage) {
     EXPECT_EQ(quorin::endMessage(u"connect timeout"_s), u"[End] connect timeout"_s);
 }
 

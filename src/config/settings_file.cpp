@@ -7,6 +7,7 @@
 #include "log/application_logger.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <tinyxml2.h>
 
@@ -29,17 +30,31 @@ constexpr std::int32_t kDefaultMaxLargeFileRequest = 4;
     throw GatewayException(GatewayException::Fatal, endMessage(text), false);
 }
 
-// The bytes go to the parser from here, not by the file's name: the parser opens names in the
-// system's eight-bit encoding, which cannot say all of them.
+[[noreturn]] void failAsNotXml() {
+    fail(u"config file format error(failed to parse as xml)"_s);
+}
+
+// A named pipe, a device or a socket. To open a named pipe blocks until it has a writer.
+bool isSpecialFile(const QString& path) {
+    const QFileInfo info(path);
+    return info.exists() && !info.isFile() && !info.isDir();
+}
+
+// Reads the file here and not with LoadFile(): that opens file names in the system's eight-bit
+// encoding, which cannot represent every name. Reads in binary mode: line ends are the parser's
+// job, and a lone carriage return is one.
 void loadDocument(const QString& path, tinyxml2::XMLDocument& document) {
+    if (isSpecialFile(path)) {
+        failAsNotXml();
+    }
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!file.open(QIODevice::ReadOnly)) {
         fail(u"failed to open config file"_s);
     }
     const QByteArray content = file.readAll();
     if (document.Parse(content.constData(), static_cast<std::size_t>(content.size())) !=
         tinyxml2::XML_SUCCESS) {
-        fail(u"config file format error(failed to parse as xml)"_s);
+        failAsNotXml();
     }
 }
 
@@ -54,8 +69,7 @@ void readLog(const XMLElement& http, GatewaySettings& settings) {
     readNonNegativeInt(applicationLog, element::kGeneration, settings.Generation);
 }
 
-// A limit of no use falls back to the default, also where the default is above what the pool
-// can reach.
+// Returns the default for a limit that is out of range, even if the default is out of range too.
 std::int32_t usableLargeFileLimit(std::int32_t configured, std::int32_t maxUserSession) {
     const bool usable = configured >= 1 && configured <= maxUserSession - 1;
     return usable ? configured : kDefaultMaxLargeFileRequest;
@@ -83,8 +97,8 @@ void readProxy(const XMLElement& group, GatewaySettings& settings) {
     readBool(proxy, element::kIsEnabledHttpInFacility, settings.IsEnabledHttpInFacility);
 }
 
-// The first connect setting is the primary gateway's, the second the secondary's. A secondary
-// gateway without one has no address; that is no fault.
+// The first GatewayConnectSetting belongs to the primary gateway, the second to the secondary. A
+// secondary gateway may have none; its address is then empty.
 void readGatewayAddress(const XMLElement& general, bool primary, GatewaySettings& settings) {
     const XMLElement* connect = &requireElement(general, element::kGatewayConnectSetting);
     if (!primary) {

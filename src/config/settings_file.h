@@ -4,12 +4,12 @@
 
 namespace quorin {
 
-// Reads the settings file at `path` into GatewaySettings::instance() and sets the application log
-// up on the way, as soon as the log's own settings are known. `primary` chooses which of the
-// file's two groups counts.
+// Reads the settings file at `path` into GatewaySettings::instance(), from the group of the primary
+// or the secondary gateway. Sets up the application log as soon as its settings are read.
 //
-// Throws a fatal GatewayException at the first fault; what was read before it stays stored.
-// Called once, before the gateway starts its threads.
+// Throws a fatal GatewayException at the first fault; values read before it stay stored. A path
+// that is neither a regular file nor a folder is not opened and counts as malformed XML.
+// Call once, before the gateway starts its threads.
 void loadSettings(const QString& path, bool primary);
 
 } // namespace quorin

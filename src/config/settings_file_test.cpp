@@ -4,14 +4,21 @@
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
 #include "platform/folders.h"
+#include "support/deadline.h"
+#include "support/print.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QLocalServer>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 #include <tinyxml2.h>
 
+#include <future>
 #include <ostream>
 
 using namespace Qt::StringLiterals;
@@ -72,12 +79,12 @@ constexpr const char* kSettings = R"(<?xml version="1.0" encoding="utf-8"?>
 class SettingsFileTest : public testing::Test {
 protected:
     SettingsFileTest() {
-        // The log directory is made on the way; not in this machine's real place.
+        // loadSettings() creates the log directory below this folder.
         qputenv("QUORIN_COMMON_APPDATA", folder_.path().toUtf8());
     }
     ~SettingsFileTest() override { qunsetenv("QUORIN_COMMON_APPDATA"); }
 
-    // The message of the failure to load `content`; empty when it loads.
+    // Loads a file with this content. Returns the failure's message, or an empty text on success.
     QString failureOf(const QString& content, bool primary = true) {
         QFile file(path_);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
@@ -97,7 +104,7 @@ protected:
         return {};
     }
 
-    // The sample with the first `from` become `to`.
+    // The sample with the first `from` replaced by `to`.
     static QString changed(const char* from, const char* to) {
         QString content = QString::fromUtf8(kSettings);
         const qsizetype place = content.indexOf(QLatin1String(from));
@@ -107,11 +114,16 @@ protected:
 
     static const GatewaySettings& settings() { return GatewaySettings::instance(); }
 
+    static const QString kNotXml;
+
     QTemporaryDir folder_;
     QString path_ = folder_.filePath(u"settings \u00fc.xml"_s);
 };
 
-TEST_F(SettingsFileTest, everyElementOfThePrimaryGroupReachesItsField) {
+const QString SettingsFileTest::kNotXml =
+    u"[End] config file format error(failed to parse as xml)"_s;
+
+TEST_F(SettingsFileTest, LoadsPrimaryGroup) {
     ASSERT_EQ(failureOf(QString::fromUtf8(kSettings)), QString());
     EXPECT_EQ(settings().QueueSize, 8192);
     EXPECT_EQ(settings().LogLevel, u"info"_s);
@@ -131,7 +143,7 @@ TEST_F(SettingsFileTest, everyElementOfThePrimaryGroupReachesItsField) {
     EXPECT_EQ(settings().RootUrl, u"https://cloud.example/QuorinCloud5"_s);
 }
 
-TEST_F(SettingsFileTest, theSecondaryGroupAndItsAddressAreReadWhenAskedFor) {
+TEST_F(SettingsFileTest, LoadsSecondaryGroup) {
     ASSERT_EQ(failureOf(QString::fromUtf8(kSettings), false), QString());
     EXPECT_EQ(settings().QueueSize, 1);
     EXPECT_EQ(settings().LogLevel, u"error"_s);
@@ -146,25 +158,68 @@ TEST_F(SettingsFileTest, theSecondaryGroupAndItsAddressAreReadWhenAskedFor) {
     EXPECT_EQ(settings().OrganizationId, u"0a1b"_s);
 }
 
-TEST_F(SettingsFileTest, aFileThatCannotBeOpened) {
+TEST_F(SettingsFileTest, ReportsFileThatCannotBeOpened) {
     EXPECT_EQ(failureOfPath(folder_.filePath(u"missing.xml"_s)),
               u"[End] failed to open config file"_s);
     EXPECT_EQ(failureOfPath(folder_.path()), u"[End] failed to open config file"_s);
 }
 
-TEST_F(SettingsFileTest, aFileThatIsNoXml) {
-    const QString message = u"[End] config file format error(failed to parse as xml)"_s;
-    EXPECT_EQ(failureOf(QString()), message);
-    EXPECT_EQ(failureOf(u"Port=8080"_s), message);
-    EXPECT_EQ(failureOf(u"<QuorinGatewaySetting><General></QuorinGatewaySetting>"_s), message);
+TEST_F(SettingsFileTest, ReportsFileThatIsNotXml) {
+    EXPECT_EQ(failureOf(QString()), kNotXml);
+    EXPECT_EQ(failureOf(u"Port=8080"_s), kNotXml);
+    EXPECT_EQ(failureOf(u"<QuorinGatewaySetting><General></QuorinGatewaySetting>"_s), kNotXml);
 }
 
-TEST_F(SettingsFileTest, theLogDirectoryIsMadeOnceTheLogSettingsAreKnown) {
+TEST_F(SettingsFileTest, TreatsLoneCarriageReturnAsLineEnd) {
+    EXPECT_EQ(failureOf(changed("<Port>8080", "<Port>80\r80")), u"[End] Port is not number"_s);
+    EXPECT_EQ(failureOf(changed("<QuorinGatewaySetting>", "<QuorinGatewaySetting\ra=\"1\">")),
+              QString());
+    ASSERT_EQ(failureOf(changed("<OrganizationId>0a1b", "<OrganizationId>a\rb\r\nc")), QString());
+    EXPECT_EQ(settings().OrganizationId, u"a\nb\nc"_s);
+}
+
+TEST_F(SettingsFileTest, AcceptsCrLf) {
+    const QString content = QString::fromUtf8(kSettings).replace(u"\n"_s, u"\r\n"_s);
+    ASSERT_EQ(failureOf(content), QString());
+    EXPECT_EQ(settings().Port, 8080);
+    EXPECT_EQ(settings().LogLevel, u"info"_s);
+    EXPECT_EQ(settings().RootUrl, u"https://cloud.example/QuorinCloud5"_s);
+}
+
+// Opening a named pipe for reading blocks until a process opens it for writing.
+TEST_F(SettingsFileTest, DoesNotOpenNamedPipe) {
+    const QString program = QStandardPaths::findExecutable(u"mkfifo"_s);
+    if (program.isEmpty()) {
+        GTEST_SKIP() << "mkfifo is not available";
+    }
+    const QString pipe = folder_.filePath(u"pipe"_s);
+    ASSERT_EQ(QProcess::execute(program, {pipe}), 0);
+    std::future<QString> failure =
+        std::async(std::launch::async, [&pipe] { return failureOfPath(pipe); });
+    const bool hasReturned = failure.wait_for(test::kPatience) == std::future_status::ready;
+    if (!hasReturned) {
+        QFile(pipe).open(QIODevice::WriteOnly); // ends the wait
+    }
+    EXPECT_TRUE(hasReturned);
+    EXPECT_EQ(failure.get(), kNotXml);
+}
+
+TEST_F(SettingsFileTest, ReportsSocketAsNotXml) {
+    const QString path = folder_.filePath(u"socket"_s);
+    QLocalServer server;
+    ASSERT_TRUE(server.listen(path));
+    if (!QFileInfo::exists(path)) {
+        GTEST_SKIP() << "local sockets of this system are not files";
+    }
+    EXPECT_EQ(failureOfPath(path), kNotXml);
+}
+
+TEST_F(SettingsFileTest, CreatesLogDirectoryAfterLogSettings) {
     const QString directory =
         platform::commonApplicationDataFolder() + u'/' + platform::kProductFolder + u"/log"_s;
-    QDir().rmdir(directory); // where the folder is the machine's own; one with logs in it stays
+    QDir().rmdir(directory); // may exist on Windows; fails if it contains logs
     if (QFile::exists(directory)) {
-        GTEST_SKIP() << "this machine keeps logs of a gateway";
+        GTEST_SKIP() << "the log directory of this machine is not empty";
     }
     failureOf(changed("<Generation>30", "<Generation>x"));
     EXPECT_FALSE(QFile::exists(directory));
@@ -172,7 +227,7 @@ TEST_F(SettingsFileTest, theLogDirectoryIsMadeOnceTheLogSettingsAreKnown) {
     EXPECT_TRUE(QFile::exists(directory));
 }
 
-TEST_F(SettingsFileTest, whatEarlierStepsReadStaysWhenALaterOneFails) {
+TEST_F(SettingsFileTest, KeepsValuesReadBeforeFailure) {
     EXPECT_EQ(failureOf(changed("<MaxUserSession>10<", "<MaxUserSession>-3<")),
               u"[End] MaxUserSession must be grater equal than 0"_s);
     EXPECT_EQ(settings().Port, 8080);
@@ -180,7 +235,7 @@ TEST_F(SettingsFileTest, whatEarlierStepsReadStaysWhenALaterOneFails) {
     EXPECT_EQ(settings().ConnectionTimeout, 0);
 }
 
-// One change to the sample, and what loading it says; an empty message is success.
+// A change to the sample and the message of the failure to load it; empty on success.
 struct Fault {
     const char* name;
     const char* from;
@@ -194,7 +249,7 @@ std::ostream& operator<<(std::ostream& out, const Fault& fault) {
 
 class SettingsFaultTest : public SettingsFileTest, public testing::WithParamInterface<Fault> {};
 
-TEST_P(SettingsFaultTest, isReportedToTheLetter) {
+TEST_P(SettingsFaultTest, IsReportedExactly) {
     const Fault& fault = GetParam();
     EXPECT_EQ(failureOf(changed(fault.from, fault.to)), QString::fromUtf8(fault.message));
 }
@@ -208,7 +263,7 @@ constexpr Fault kFaults[] = {
     {"LogLevelEmpty", "<LogLevel>info</LogLevel>", "<LogLevel/>", "[End] LogLevel is not defined"},
     {"LogLevelInCapitals", "<LogLevel>info", "<LogLevel>Info",
      "[End] application log level format error (should be setted 'info','warn' or 'error')"},
-    {"LogLevelWithBlank", "<LogLevel>info", "<LogLevel>info ",
+    {"LogLevelWithSpace", "<LogLevel>info", "<LogLevel>info ",
      "[End] application log level format error (should be setted 'info','warn' or 'error')"},
     {"LogLevelDebug", "<LogLevel>info", "<LogLevel>debug", ""},
     {"LogLevelWarn", "<LogLevel>info", "<LogLevel>warn", ""},
@@ -220,7 +275,7 @@ constexpr Fault kFaults[] = {
     {"PortMissing", "<Port>8080</Port>", "", "[End] Port is not found"},
     {"PortTooLarge", "<Port>8080", "<Port>2147483648", "[End] Port is not number"},
     {"PortLargest", "<Port>8080", "<Port>2147483647", ""},
-    {"PortWithBlanks", "<Port>8080<", "<Port> 8080 <", ""},
+    {"PortWithSpaces", "<Port>8080<", "<Port> 8080 <", ""},
     {"PortHexadecimal", "<Port>8080", "<Port>0x50", "[End] Port is not number"},
     {"MaxUserSessionMissing", "<MaxUserSession>10</MaxUserSession>", "",
      "[End] MaxUserSession is not found"},
@@ -234,13 +289,13 @@ constexpr Fault kFaults[] = {
      "[End] ThreadReadBufferSize is not found"},
     {"HttpsEnabledMissing", "<HttpsEnabled>TRUE</HttpsEnabled>", "",
      "[End] HttpsEnabled is not found"},
-    {"HttpsEnabledNoBoolean", "<HttpsEnabled>TRUE", "<HttpsEnabled>yes",
+    {"HttpsEnabledNotBoolean", "<HttpsEnabled>TRUE", "<HttpsEnabled>yes",
      "[End] HttpsEnabled is not boolean value"},
     {"HttpsEnabledEmpty", "<HttpsEnabled>TRUE", "<HttpsEnabled>",
      "[End] HttpsEnabled is not defined"},
     {"IsEnabledHttpInFacilityMissing", "<IsEnabledHttpInFacility>False</IsEnabledHttpInFacility>",
      "", "[End] IsEnabledHttpInFacility tag is not found"},
-    {"IsEnabledHttpInFacilityNoBoolean", "<IsEnabledHttpInFacility>False",
+    {"IsEnabledHttpInFacilityNotBoolean", "<IsEnabledHttpInFacility>False",
      "<IsEnabledHttpInFacility>0", "[End] IsEnabledHttpInFacility is not boolean value"},
     {"GatewayAddressEmpty", "<GatewayAddress>gateway-1.example</GatewayAddress>",
      "<GatewayAddress/>", "[End] GatewayAddress is not defined"},
@@ -250,7 +305,7 @@ constexpr Fault kFaults[] = {
      "[End] OrganizationId tag is not found"},
     {"OrganizationIdEmpty", "<OrganizationId>0a1b", "<OrganizationId>",
      "[End] OrganizationId is not defined"},
-    {"OrganizationIdBehindElement", "<OrganizationId>0a1b", "<OrganizationId><x/>abc",
+    {"OrganizationIdAfterElement", "<OrganizationId>0a1b", "<OrganizationId><x/>abc",
      "[End] OrganizationId is not defined"},
     {"RootUrlMissing", "<RootUrl>https://cloud.example/QuorinCloud5</RootUrl>", "",
      "[End] RootUrl tag is not found"},
@@ -261,11 +316,11 @@ constexpr Fault kFaults[] = {
 INSTANTIATE_TEST_SUITE_P(Values, SettingsFaultTest, testing::ValuesIn(kFaults),
                          [](const auto& fault) { return fault.param.name; });
 
-// A structural element that goes by another name is missing.
+// Renames a structural element, so that it is missing.
 class SettingsStructureTest : public SettingsFileTest,
                               public testing::WithParamInterface<const char*> {};
 
-TEST_P(SettingsStructureTest, isRequired) {
+TEST_P(SettingsStructureTest, IsRequired) {
     const QString name = QString::fromUtf8(GetParam());
     QString content = QString::fromUtf8(kSettings);
     content.replace(u'<' + name + u'>', u"<Other>"_s);
@@ -279,14 +334,14 @@ INSTANTIATE_TEST_SUITE_P(Elements, SettingsStructureTest,
                                          "GatewayConnectSetting", "QuorinCloud"),
                          [](const auto& fault) { return fault.param; });
 
-TEST_F(SettingsFileTest, theGroupAskedForIsRequired) {
+TEST_F(SettingsFileTest, RequiresSelectedGroup) {
     QString content = QString::fromUtf8(kSettings);
     content.replace(u"SecondaryGatewaySetting>"_s, u"ThirdGatewaySetting>"_s);
     EXPECT_EQ(failureOf(content, false), u"[End] SecondaryGatewaySetting tag is not found"_s);
     EXPECT_EQ(failureOf(content, true), QString());
 }
 
-TEST_F(SettingsFileTest, aProxyBelowHttpIsNotFound) {
+TEST_F(SettingsFileTest, DoesNotFindProxyBelowHttp) {
     QString content = QString::fromUtf8(kSettings);
     const qsizetype begin = content.indexOf(u"<Proxy>"_s);
     const qsizetype end = content.indexOf(u"</Proxy>"_s) + 8;
@@ -296,7 +351,7 @@ TEST_F(SettingsFileTest, aProxyBelowHttpIsNotFound) {
     EXPECT_EQ(failureOf(content), u"[End] Proxy tag is not found"_s);
 }
 
-TEST_F(SettingsFileTest, aSecondaryGatewayMayHaveNoAddress) {
+TEST_F(SettingsFileTest, AllowsSecondaryWithoutAddress) {
     ASSERT_EQ(failureOf(changed("<GatewayConnectSetting><GatewayAddress>gateway-2.example"
                                 "</GatewayAddress></GatewayConnectSetting>",
                                 ""),
@@ -305,20 +360,20 @@ TEST_F(SettingsFileTest, aSecondaryGatewayMayHaveNoAddress) {
     EXPECT_EQ(settings().GatewayAddress, QString());
 }
 
-TEST_F(SettingsFileTest, theTextBehindACommentCountsAndIsTakenAsItStands) {
+TEST_F(SettingsFileTest, ReadsTextAfterCommentUnchanged) {
     ASSERT_EQ(failureOf(changed("<OrganizationId>0a1b",
                                 "<OrganizationId><!-- facility -->abc &amp; d\u00e9 ")),
               QString());
     EXPECT_EQ(settings().OrganizationId, u"abc & d\u00e9 "_s);
 }
 
-TEST_F(SettingsFileTest, theFirstOfARepeatedElementCountsAndAttributesDoNot) {
+TEST_F(SettingsFileTest, ReadsFirstOfRepeatedElements) {
     ASSERT_EQ(failureOf(changed("<Port>8080", "<Port unit=\"none\">81</Port><Port>8080")),
               QString());
     EXPECT_EQ(settings().Port, 81);
 }
 
-TEST_F(SettingsFileTest, whetherRequestsWaitFallsBackToTrue) {
+TEST_F(SettingsFileTest, DefaultsToWaitingRequests) {
     const char* const element = "<IsMadeClientRequestWaited>false</IsMadeClientRequestWaited>";
     for (const char* const replacement :
          {"", "<IsMadeClientRequestWaited/>",
@@ -344,7 +399,7 @@ std::ostream& operator<<(std::ostream& out, const LargeFileLimit& limit) {
 class LargeFileLimitTest : public SettingsFileTest,
                            public testing::WithParamInterface<LargeFileLimit> {};
 
-TEST_P(LargeFileLimitTest, isKeptWithinThePoolOrBecomesFour) {
+TEST_P(LargeFileLimitTest, FallsBackToFour) {
     const LargeFileLimit& limit = GetParam();
     QString content = QString::fromUtf8(kSettings);
     content.replace(u"<MaxUserSession>10"_s,
@@ -358,12 +413,12 @@ TEST_P(LargeFileLimitTest, isKeptWithinThePoolOrBecomesFour) {
 INSTANTIATE_TEST_SUITE_P(
     Limits, LargeFileLimitTest,
     testing::Values(
-        LargeFileLimit{"OneBelowThePool", "10", "<MaxLargeFileRequest>9</MaxLargeFileRequest>", 9},
-        LargeFileLimit{"AsManyAsThePool", "10", "<MaxLargeFileRequest>10</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"OneBelowPool", "10", "<MaxLargeFileRequest>9</MaxLargeFileRequest>", 9},
+        LargeFileLimit{"EqualToPool", "10", "<MaxLargeFileRequest>10</MaxLargeFileRequest>", 4},
         LargeFileLimit{"One", "10", "<MaxLargeFileRequest>1</MaxLargeFileRequest>", 1},
         LargeFileLimit{"None", "10", "<MaxLargeFileRequest>0</MaxLargeFileRequest>", 4},
         LargeFileLimit{"Negative", "10", "<MaxLargeFileRequest>-5</MaxLargeFileRequest>", 4},
-        LargeFileLimit{"NoNumber", "10", "<MaxLargeFileRequest>abc</MaxLargeFileRequest>", 4},
+        LargeFileLimit{"NotANumber", "10", "<MaxLargeFileRequest>abc</MaxLargeFileRequest>", 4},
         LargeFileLimit{"Missing", "10", "", 4},
         LargeFileLimit{"SmallPoolBelow", "4", "<MaxLargeFileRequest>3</MaxLargeFileRequest>", 3},
         LargeFileLimit{"SmallPoolEqual", "4", "<MaxLargeFileRequest>4</MaxLargeFileRequest>", 4},
@@ -382,7 +437,7 @@ private:
     tinyxml2::XMLDocument document_{true, tinyxml2::PRESERVE_WHITESPACE};
 };
 
-TEST_F(ElementReadersTest, aNumberIsStoredBeforeItIsJudged) {
+TEST_F(ElementReadersTest, StoreNumberBeforeCheckingIt) {
     const tinyxml2::XMLElement& parent = parse("<a><n>-7</n><w>seven</w></a>");
     std::int32_t number = 5;
     EXPECT_THROW(readNonNegativeInt(parent, "n", number), GatewayException);
@@ -391,7 +446,7 @@ TEST_F(ElementReadersTest, aNumberIsStoredBeforeItIsJudged) {
     EXPECT_EQ(number, 0);
 }
 
-TEST_F(ElementReadersTest, aTruthValueThatIsNoneLeavesTheOldOne) {
+TEST_F(ElementReadersTest, KeepOldValueOfInvalidBoolean) {
     const tinyxml2::XMLElement& parent = parse("<a><b>maybe</b><t>tRuE</t><f>FALSE</f></a>");
     bool value = true;
     EXPECT_THROW(readBool(parent, "b", value), GatewayException);
@@ -402,7 +457,7 @@ TEST_F(ElementReadersTest, aTruthValueThatIsNoneLeavesTheOldOne) {
     EXPECT_TRUE(value);
 }
 
-TEST_F(ElementReadersTest, aTextOfBlanksAloneIsNoneAndOthersKeepTheirBlanks) {
+TEST_F(ElementReadersTest, IgnoreTextOfSpacesOnly) {
     const tinyxml2::XMLElement& parent = parse("<a><b>  </b><t> x </t></a>");
     QString text;
     EXPECT_THROW(readText(parent, "b", text), GatewayException);

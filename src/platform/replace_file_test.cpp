@@ -21,7 +21,7 @@ QByteArray read(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
 
-TEST(ReplaceFileTest, theSourceTakesThePlaceOfTheTarget) {
+TEST(ReplaceFileTest, ReplacesTargetBySource) {
     const QTemporaryDir temporary;
     const QString from = temporary.filePath(u"new \u00fc"_s);
     const QString to = temporary.filePath(u"old \u00fc"_s);
@@ -32,7 +32,31 @@ TEST(ReplaceFileTest, theSourceTakesThePlaceOfTheTarget) {
     EXPECT_FALSE(QFile::exists(from));
 }
 
-TEST(ReplaceFileTest, aMissingSourceLeavesTheTargetAsItWas) {
+TEST(ReplaceFileTest, MovesSourceToMissingTarget) {
+    const QTemporaryDir temporary;
+    const QString from = temporary.filePath(u"new"_s);
+    const QString to = temporary.filePath(u"missing"_s);
+    write(from, "new");
+    EXPECT_TRUE(replaceFile(from, to));
+    EXPECT_EQ(read(to), "new");
+    EXPECT_FALSE(QFile::exists(from));
+}
+
+TEST(FlushToDiskTest, WritesBufferedContent) {
+    const QTemporaryDir temporary;
+    const QString path = temporary.filePath(u"file \u00fc"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write("content"), 7);
+    EXPECT_TRUE(flushToDisk(file));
+    EXPECT_EQ(read(path), "content") << "while the file is open";
+    ASSERT_EQ(file.write(", more"), 6);
+    EXPECT_TRUE(flushToDisk(file));
+    file.close();
+    EXPECT_EQ(read(path), "content, more");
+}
+
+TEST(ReplaceFileTest, KeepsTargetIfSourceIsMissing) {
     const QTemporaryDir temporary;
     const QString to = temporary.filePath(u"old"_s);
     write(to, "old");

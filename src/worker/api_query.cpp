@@ -14,7 +14,7 @@ namespace quorin {
 
 namespace {
 
-// Lower case, as names are compared.
+// In lower case: names are converted to it before they are compared.
 constexpr QStringView kCommunicationSchemeQuery = u"webapicommscheme";
 constexpr QStringView kOrganizationIdQuery = u"webapiorganizationid";
 

@@ -6,12 +6,12 @@ namespace quorin {
 
 struct WorkerContext;
 
-// Answers the query that `target` names with a small JSON document:
+// Answers the query with the name at the end of `target` with a small JSON document:
 //
 //     WebApiCommScheme        {"CommunicationScheme":"https"}    "http", "https" or ""
-//     WebApiOrganizationId    {"OrganizationId":"..."}           as the settings file says
+//     WebApiOrganizationId    {"OrganizationId":"..."}           from the settings file
 //
-// in any letter case. Any other name gets status 500, and nothing is logged.
+// The letter case of the name is ignored. Any other name gets status 500. Logs nothing.
 void serveApi(WorkerContext& worker, const QString& target);
 
 } // namespace quorin

@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(ApiQueryTest, theSchemeIsThatOfTheWorker) {
+TEST_F(ApiQueryTest, RepliesSchemeOfWorker) {
     const QString target = u"/api/WebApiCommScheme"_s;
     EXPECT_EQ(replyTo(target), json("{\"CommunicationScheme\":\"\"}"));
     context_.communicationScheme = CommunicationScheme::Http;
@@ -30,7 +30,7 @@ TEST_F(ApiQueryTest, theSchemeIsThatOfTheWorker) {
     EXPECT_EQ(replyTo(target), json("{\"CommunicationScheme\":\"https\"}"));
 }
 
-TEST_F(ApiQueryTest, theLengthOfTheOrganizationIdCountsBytes) {
+TEST_F(ApiQueryTest, CountsBytesOfOrganizationId) {
     GatewaySettings::instance().OrganizationId = u"\u20ac\n%1"_s;
     EXPECT_EQ(replyTo(u"/api/webapiorganizationid"_s),
               json("{\"OrganizationId\":\"\u20ac\\n%1\"}"));
@@ -38,7 +38,7 @@ TEST_F(ApiQueryTest, theLengthOfTheOrganizationIdCountsBytes) {
     EXPECT_EQ(replyTo(u"/x/API/WEBAPIORGANIZATIONID#x"_s), json("{\"OrganizationId\":\"\"}"));
 }
 
-TEST_F(ApiQueryTest, anythingElseIsRefusedOnceAndInSilence) {
+TEST_F(ApiQueryTest, RefusesUnknownNameOnceWithoutLog) {
     for (const QString& target : {u"/api/"_s, u"/api/x"_s, u"/api/WebApiCommSchemes"_s,
                                   u"/api/WebApiCommScheme/"_s, u"/api/?WebApiCommScheme"_s}) {
         EXPECT_EQ(replyTo(target), kPlain500) << target.toStdString();

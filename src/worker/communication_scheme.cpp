@@ -7,6 +7,17 @@ namespace {
 constexpr QStringView kHttp = u"http";
 constexpr QStringView kHttps = u"https";
 
+// Qt's case-insensitive comparison also folds letters outside ASCII, such as U+017F to "s".
+QString asciiLower(QStringView text) {
+    QString lower = text.toString();
+    for (QChar& letter : lower) {
+        if (letter >= u'A' && letter <= u'Z') {
+            letter = QChar(letter.unicode() + (u'a' - u'A'));
+        }
+    }
+    return lower;
+}
+
 } // namespace
 
 QStringView schemeText(CommunicationScheme scheme) {
@@ -23,11 +34,11 @@ QStringView schemeText(CommunicationScheme scheme) {
 
 CommunicationScheme communicationSchemeOf(const QString& rootUrl, bool isHttpEnabledInFacility) {
     const qsizetype colon = rootUrl.indexOf(u':');
-    const QStringView scheme = QStringView(rootUrl).left(colon < 0 ? 0 : colon);
-    if (scheme.compare(kHttp, Qt::CaseInsensitive) == 0) {
+    const QString scheme = asciiLower(QStringView(rootUrl).left(colon < 0 ? 0 : colon));
+    if (scheme == kHttp) {
         return CommunicationScheme::Http;
     }
-    if (scheme.compare(kHttps, Qt::CaseInsensitive) == 0) {
+    if (scheme == kHttps) {
         return isHttpEnabledInFacility ? CommunicationScheme::Http : CommunicationScheme::Https;
     }
     return CommunicationScheme::None;

@@ -7,15 +7,15 @@
 
 namespace quorin {
 
-// How clients of the facility reach the cloud's Web API.
+// The scheme that clients of the facility use for the cloud's Web API.
 enum class CommunicationScheme : std::uint32_t { None = 0, Http = 1, Https = 2 };
 
-// "http", "https", or an empty text for none.
+// Returns "http", "https", or an empty text for None.
 [[nodiscard]] QStringView schemeText(CommunicationScheme scheme);
 
-// The scheme that follows from the cloud's root URL, from the text before its first ":" in any
-// letter case: plain HTTP stays that; HTTPS becomes plain HTTP where the facility allows it;
-// anything else is none.
+// Returns the scheme to use for the cloud's root URL, from the text before its first ":". ASCII
+// letter case is ignored. "http" gives Http; "https" gives Http if the facility allows plain HTTP,
+// else Https; any other text gives None.
 [[nodiscard]] CommunicationScheme communicationSchemeOf(const QString& rootUrl,
                                                         bool isHttpEnabledInFacility);
 

@@ -9,10 +9,10 @@ class HeaderMap;
 }
 struct WorkerContext;
 
-// Answers a DELETE of the existing file `fileInfo`, which deletes nothing: with the header
-// "X-Quorin-Notification-Reset-Date" it resets the notifications in the file and gets status 204;
-// any other DELETE is refused with 500. The access line is logged at info. Throws a
-// GatewayException of kind Request when refused.
+// Answers a DELETE of the existing file `fileInfo`. Does not delete it: with the header
+// "X-Quorin-Notification-Reset-Date", resets the notifications in the file, sends status 204 and
+// logs the access line at info level. Without the header, or if the reset fails, sends status 500
+// and throws a GatewayException of kind Request.
 void deleteRequest(WorkerContext& worker, const QFileInfo& fileInfo,
                    const http::HeaderMap& headers);
 

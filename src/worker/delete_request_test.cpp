@@ -24,7 +24,7 @@ protected:
 
 constexpr std::string_view kHeader = "X-Quorin-Notification-Reset-Date";
 
-TEST_F(DeleteRequestTest, aResetIsAnsweredWith204AndALineAtInfo) {
+TEST_F(DeleteRequestTest, Sends204AndLogsAtInfo) {
     const QString path = data_.write(u"root/notifications/n.json"_s, "{\"a\":1}");
     deleteRequest(context_, QFileInfo(path), header(kHeader, "2024-01-01T00:00:00"));
     EXPECT_TRUE(context_.responseStarted);
@@ -35,7 +35,7 @@ TEST_F(DeleteRequestTest, aResetIsAnsweredWith204AndALineAtInfo) {
                                          u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_F(DeleteRequestTest, withoutTheHeaderInItsExactSpellingItIsRefused) {
+TEST_F(DeleteRequestTest, RequiresHeaderInExactSpelling) {
     const QString path = data_.write(u"root/n.json"_s, "{\"a\":1}");
     for (const std::string_view name :
          {"x-quorin-notification-reset-date", "X-QUORIN-NOTIFICATION-RESET-DATE",
@@ -52,7 +52,7 @@ TEST_F(DeleteRequestTest, withoutTheHeaderInItsExactSpellingItIsRefused) {
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
-TEST_F(DeleteRequestTest, aResetThatFailsNamesTheFile) {
+TEST_F(DeleteRequestTest, NamesFileOfFailedReset) {
     const QString path = data_.write(u"root/%1 n.json"_s, "no json");
     EXPECT_EQ(failureOf([&] { deleteRequest(context_, QFileInfo(path), header(kHeader, "")); }),
               u"[End] failed to initialize file (%1 n.json)."_s);

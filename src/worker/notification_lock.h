@@ -7,27 +7,30 @@ class QFileInfo;
 
 namespace quorin {
 
-// Where a new version of the notification file `fileInfo` is written before it takes its place.
+// Returns the path at which a new version of the notification file `fileInfo` is written before it
+// replaces the file.
 [[nodiscard]] QString stagingPath(const QFileInfo& fileInfo);
 
-// The lock that everybody takes who reads or rewrites a notification file, the process that
-// writes notifications included: the file's staging path with ".lock" behind it. Held only while
-// reading or rewriting; released with the object at the latest.
+// The lock file of a notification file: its staging path followed by ".lock". Every process that
+// reads or rewrites a notification file, including the one that writes notifications, holds the
+// lock meanwhile. The destructor releases it.
 class NotificationLock {
 public:
     static constexpr int kAttempts = 5;
 
     explicit NotificationLock(const QFileInfo& fileInfo);
 
-    // Tries for one second to take the lock. At once false where the staging folder is missing.
+    // Tries for one second to acquire the lock. Returns false at once if the staging folder is
+    // missing.
     [[nodiscard]] bool attempt();
 
-    // As many attempts as allowed; false when the lock is not held after them.
+    // Makes up to kAttempts attempts. Returns false if all fail.
     [[nodiscard]] bool acquire();
 
-    // Logs at error that the lock could not be taken.
+    // Logs at error level that the lock could not be acquired.
     void logFailure() const;
 
+    // Releases the lock if this object holds it.
     void unlockIfLocked();
 
     [[nodiscard]] const QString& stagingPath() const noexcept { return stagingPath_; }

@@ -17,13 +17,13 @@ protected:
     DataFolder data_;
 };
 
-TEST_F(NotificationLockTest, theStagingPathKeepsTheFilesNameAlone) {
+TEST_F(NotificationLockTest, BuildsStagingPathFromFileName) {
     EXPECT_EQ(stagingPath(QFileInfo(u"/any/where/notifications/n.json"_s)),
               data_.stagingPath(u"n.json"_s));
     EXPECT_EQ(stagingPath(QFileInfo(u"n%1.json"_s)), data_.stagingPath(u"n%1.json"_s));
 }
 
-TEST_F(NotificationLockTest, theLockLiesBehindTheStagingPathAndGoesWithTheObject) {
+TEST_F(NotificationLockTest, CreatesLockFileAndRemovesItOnDestruction) {
     {
         NotificationLock lock{QFileInfo(u"/n.json"_s)};
         EXPECT_EQ(lock.stagingPath(), data_.stagingPath(u"n.json"_s));
@@ -36,7 +36,7 @@ TEST_F(NotificationLockTest, theLockLiesBehindTheStagingPathAndGoesWithTheObject
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
-TEST_F(NotificationLockTest, isReleasedOnceAndTakenAgain) {
+TEST_F(NotificationLockTest, CanBeReacquired) {
     NotificationLock lock{QFileInfo(u"/n.json"_s)};
     lock.unlockIfLocked();
     EXPECT_TRUE(lock.acquire());
@@ -47,7 +47,7 @@ TEST_F(NotificationLockTest, isReleasedOnceAndTakenAgain) {
     EXPECT_TRUE(QFile::exists(lockPath()));
 }
 
-TEST_F(NotificationLockTest, anAttemptAtAHeldLockTakesASecond) {
+TEST_F(NotificationLockTest, WaitsOneSecondPerAttempt) {
     QLockFile holder(lockPath());
     ASSERT_TRUE(holder.tryLock());
     NotificationLock lock{QFileInfo(u"/n.json"_s)};
@@ -57,12 +57,12 @@ TEST_F(NotificationLockTest, anAttemptAtAHeldLockTakesASecond) {
     EXPECT_GE(timer.elapsed(), 990);
     EXPECT_TRUE(holder.isLocked());
     lock.unlockIfLocked();
-    EXPECT_TRUE(QFile::exists(lockPath())) << "the holder keeps its lock";
+    EXPECT_TRUE(QFile::exists(lockPath())) << "the holder still holds the lock";
     holder.unlock();
     EXPECT_TRUE(lock.attempt());
 }
 
-TEST_F(NotificationLockTest, fiveAttemptsAreMadeInSilence) {
+TEST_F(NotificationLockTest, TriesFiveTimesWithoutLogging) {
     QLockFile holder(lockPath());
     ASSERT_TRUE(holder.tryLock());
     NotificationLock lock{QFileInfo(u"/n.json"_s)};
@@ -76,14 +76,14 @@ TEST_F(NotificationLockTest, fiveAttemptsAreMadeInSilence) {
               QStringList(u"5 Failed to Lock for \"" + data_.stagingPath(u"n.json"_s) + u'"'));
 }
 
-TEST_F(NotificationLockTest, withoutTheStagingFolderAnAttemptFailsAtOnce) {
+TEST_F(NotificationLockTest, FailsAtOnceWithoutStagingFolder) {
     ASSERT_TRUE(QDir(data_.stagingPath({})).removeRecursively());
     NotificationLock lock{QFileInfo(u"/n.json"_s)};
     QElapsedTimer timer;
     timer.start();
     EXPECT_FALSE(lock.acquire());
     EXPECT_LT(timer.elapsed(), 4'000);
-    EXPECT_FALSE(QFile::exists(data_.stagingPath({}))) << "nobody makes the folder";
+    EXPECT_FALSE(QFile::exists(data_.stagingPath({}))) << "the folder must not be created";
 }
 
 } // namespace

@@ -24,15 +24,15 @@ constexpr std::array<const char*, 3> kItems{"RemoteExecution", "RemoteExecutionC
 constexpr const char* kIsExist = "IsExist";
 constexpr const char* kLastUpdated = "LastUpdated";
 
-// What became of an item of the document.
+// The result of resetting one item of the document.
 enum class ItemReset { Done, Newer, Malformed };
 
 QDateTime dateFromText(const QString& text) {
     return QDateTime::fromString(text, Qt::ISODate);
 }
 
-// Marks a pending item as gone unless it is newer than the date. One that is missing, or not
-// pending, is done with.
+// Marks a pending item as no longer present unless it is newer than the date. An item that is
+// missing or not pending needs no change.
 ItemReset resetItem(ravenjson::Value* item, const QString& resetDate) {
     if (item == nullptr || !item->isObject()) {
         return ItemReset::Done;
@@ -56,7 +56,8 @@ ItemReset resetItem(ravenjson::Value* item, const QString& resetDate) {
     return ItemReset::Done;
 }
 
-// Resets all items; a document without a newer one is emptied. False when an item is malformed.
+// Resets all items, and empties the document if none is newer. Returns false if an item is
+// malformed.
 bool resetDocument(ravenjson::Value& document, const QString& resetDate) {
     bool isNewerSeen = false;
     for (const char* const name : kItems) {
@@ -91,7 +92,8 @@ std::optional<ravenjson::Value> readDocument(const QString& path) {
     return document;
 }
 
-// The whole document or false: what cannot be written down must not take a file's place.
+// Writes the document and flushes it to the disk, so that no power cut leaves an empty or partial
+// notification after the file is moved. Returns false if any of this fails.
 bool writeDocument(const ravenjson::Value& document, const QString& path) {
     std::string text;
     std::string error;
@@ -101,11 +103,7 @@ bool writeDocument(const ravenjson::Value& document, const QString& path) {
     QFile file(path);
     const auto size = static_cast<qint64>(text.size());
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           file.write(text.data(), size) == size && file.flush();
-}
-
-bool moveOver(const QString& from, const QString& to) {
-    return QFile::exists(to) ? platform::replaceFile(from, to) : QFile::rename(from, to);
+           file.write(text.data(), size) == size && platform::flushToDisk(file);
 }
 
 } // namespace
@@ -120,7 +118,8 @@ bool resetNotification(const QString& filePath, const QString& resetDate) {
     }
     std::optional<ravenjson::Value> document = readDocument(filePath);
     return document && resetDocument(*document, resetDate) &&
-           writeDocument(*document, lock.stagingPath()) && moveOver(lock.stagingPath(), filePath);
+           writeDocument(*document, lock.stagingPath()) &&
+           platform::replaceFile(lock.stagingPath(), filePath);
 }
 
 } // namespace quorin

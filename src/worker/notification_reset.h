@@ -4,12 +4,13 @@
 
 namespace quorin {
 
-// Resets the notification file at `filePath`, a JSON document, under its lock: pending items that
-// are not newer than `resetDate` (ISO 8601) are marked as no longer present; when none is newer
-// the document is emptied. The file is replaced by a complete new one, or left as it was.
+// Resets the notification file at `filePath`, a JSON document, under its lock: marks pending items
+// that are not newer than `resetDate` (ISO 8601) as no longer present, and empties the document if
+// no item is newer. Replaces the file by a complete new one. When this returns true, the new
+// file survives a power cut, with the exception that platform/replace_file.h names.
 //
-// False when the lock is not to be had, which is logged, or the document cannot be read, is not of
-// the expected form, or cannot be written.
+// Returns false, with the file unchanged, if the lock cannot be acquired, which is logged, or the
+// document cannot be read, does not have the expected form, or cannot be written to the disk.
 [[nodiscard]] bool resetNotification(const QString& filePath, const QString& resetDate);
 
 } // namespace quorin

@@ -16,11 +16,9 @@ const QString kDate = u"2024-06-01T12:00:00"_s;
 
 class NotificationResetTest : public testing::Test {
 protected:
-    static constexpr const char* kUntouched = nullptr;
-
-    // Resets a file with this content; what is in it then, or nothing when the reset failed, which
-    // must have left the file as it was. In both cases no lock remains, and of a reset that
-    // succeeded no staging file.
+    // Resets a file with this content. Returns its new content, or nothing if the reset failed and
+    // left the file unchanged. Expects that no lock file remains, and no staging file of a reset
+    // that succeeded.
     std::optional<QByteArray> reset(const QByteArray& content, const QString& date = kDate) {
         const QString path = data_.write(u"n.json"_s, content);
         const bool succeeded = resetNotification(path, date);
@@ -35,7 +33,7 @@ protected:
         return now;
     }
 
-    // A document whose one item is pending since `lastUpdated`.
+    // A document with one item, pending since `lastUpdated`.
     static QByteArray pendingSince(const QByteArray& lastUpdated) {
         return "{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"" + lastUpdated + "\"}}";
     }
@@ -50,13 +48,13 @@ protected:
     DataFolder data_;
 };
 
-TEST_F(NotificationResetTest, anItemIsResetUnlessItIsNewer) {
+TEST_F(NotificationResetTest, ResetsItemUnlessNewer) {
     EXPECT_TRUE(isResetAt(kDate, "2024-06-01T11:59:59"));
     EXPECT_TRUE(isResetAt(kDate, "2024-06-01T12:00:00"));
     EXPECT_FALSE(isResetAt(kDate, "2024-06-01T12:00:01"));
 }
 
-TEST_F(NotificationResetTest, eachOfTheThreeItemsIsLookedAt) {
+TEST_F(NotificationResetTest, ChecksAllThreeItems) {
     for (const char* const name : {"RemoteExecution", "RemoteExecutionCancel", "RemoteSetting"}) {
         const auto document = [name](const char* date) -> QByteArray {
             return QByteArray("{\"") + name + "\":{\"IsExist\":true,\"LastUpdated\":\"" + date +
@@ -67,7 +65,7 @@ TEST_F(NotificationResetTest, eachOfTheThreeItemsIsLookedAt) {
     }
 }
 
-TEST_F(NotificationResetTest, besideANewerItemTheOthersAreMarkedAndAllElseStays) {
+TEST_F(NotificationResetTest, KeepsDocumentThatHasNewerItem) {
     EXPECT_EQ(
         reset(
             "{ \"Z\": [1, 2.5, null, \"\\u00e9\"],\n"
@@ -84,11 +82,11 @@ TEST_F(NotificationResetTest, besideANewerItemTheOthersAreMarkedAndAllElseStays)
         "\"Z\":[1,2.5,null,\"\u00e9\"]}");
 }
 
-TEST_F(NotificationResetTest, anItemThatIsNotPendingKeepsItsDateAndProtectsNothing) {
+TEST_F(NotificationResetTest, IgnoresItemThatIsNotPending) {
     EXPECT_EQ(reset("{\"RemoteExecution\":{\"IsExist\":false,\"LastUpdated\":"
                     "\"2030-01-01T00:00:00\"}}"),
               "{}");
-    // Nor need it have a date.
+    // It does not need a date.
     EXPECT_EQ(reset("{\"RemoteExecution\":{\"IsExist\":false,\"LastUpdated\":7},"
                     "\"RemoteExecutionCancel\":{\"IsExist\":false},"
                     "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"}}"),
@@ -97,7 +95,7 @@ TEST_F(NotificationResetTest, anItemThatIsNotPendingKeepsItsDateAndProtectsNothi
               "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"}}");
 }
 
-TEST_F(NotificationResetTest, aDocumentWithNothingPendingIsEmptied) {
+TEST_F(NotificationResetTest, EmptiesDocumentWithoutPendingItems) {
     for (const char* const document :
          {"{}", "{ }", "{\"a\":1}", "{\"remoteexecution\":{\"IsExist\":1}}",
           "{\"RemoteExecution\":null,\"RemoteExecutionCancel\":[true],\"RemoteSetting\":\"x\"}",
@@ -107,7 +105,7 @@ TEST_F(NotificationResetTest, aDocumentWithNothingPendingIsEmptied) {
     }
 }
 
-TEST_F(NotificationResetTest, aRootOfAnotherKindIsEmptiedInItsOwnWay) {
+TEST_F(NotificationResetTest, EmptiesRootOfAnyKind) {
     constexpr std::array<std::array<const char*, 2>, 12> cases{{
         {"[]", "[]"},
         {"[1,{\"RemoteExecution\":{}}]", "[]"},
@@ -127,7 +125,7 @@ TEST_F(NotificationResetTest, aRootOfAnotherKindIsEmptiedInItsOwnWay) {
     }
 }
 
-TEST_F(NotificationResetTest, aMalformedItemFailsTheReset) {
+TEST_F(NotificationResetTest, FailsOnMalformedItem) {
     for (const char* const item :
          {"{}", "{\"LastUpdated\":\"2024-01-01T00:00:00\"}", "{\"IsExist\":1}",
           "{\"IsExist\":\"true\"}", "{\"IsExist\":null}", "{\"isexist\":true}",
@@ -142,7 +140,7 @@ TEST_F(NotificationResetTest, aMalformedItemFailsTheReset) {
     }
 }
 
-TEST_F(NotificationResetTest, whatWasMarkedBeforeAMalformedItemIsNotWritten) {
+TEST_F(NotificationResetTest, DoesNotWriteItemsBeforeMalformedOne) {
     EXPECT_EQ(reset("{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":"
                     "\"2024-01-01T00:00:00\"},\"RemoteSetting\":{}}"),
               std::nullopt);
@@ -151,7 +149,7 @@ TEST_F(NotificationResetTest, whatWasMarkedBeforeAMalformedItemIsNotWritten) {
               std::nullopt);
 }
 
-TEST_F(NotificationResetTest, whatIsNoJsonFailsTheReset) {
+TEST_F(NotificationResetTest, FailsOnInvalidJson) {
     for (const char* const document :
          {"", " ", "{", "{\"a\":1}}", "{\"a\":1,}", "{a:1}", "nul", "[1,2,]", "\xef\xbb\xbf{}",
           "01", "\"\\x\"", "{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2024"}) {
@@ -160,7 +158,7 @@ TEST_F(NotificationResetTest, whatIsNoJsonFailsTheReset) {
     EXPECT_EQ(reset(QByteArray("{}\0", 3)), std::nullopt);
 }
 
-TEST_F(NotificationResetTest, ofANameThatOccursTwiceTheLaterCounts) {
+TEST_F(NotificationResetTest, UsesLaterOfRepeatedNames) {
     EXPECT_EQ(reset("{\"RemoteSetting\":{},\"RemoteSetting\":{\"IsExist\":false}}"), "{}");
     EXPECT_EQ(reset("{\"RemoteSetting\":{\"IsExist\":false},\"RemoteSetting\":{}}"), std::nullopt);
     EXPECT_EQ(reset("{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\","
@@ -168,15 +166,15 @@ TEST_F(NotificationResetTest, ofANameThatOccursTwiceTheLaterCounts) {
               "{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2031-01-01\"},\"a\":2}");
 }
 
-TEST_F(NotificationResetTest, aNumberThatCannotBeWrittenKeepsTheFileAsItWas) {
+TEST_F(NotificationResetTest, KeepsFileIfNumberCannotBeWritten) {
     EXPECT_EQ(reset("{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"},"
                     "\"n\":1e400}"),
               std::nullopt);
-    // Where the document is emptied the number goes with it.
+    // A document that is emptied loses the number.
     EXPECT_EQ(reset("{\"n\":-1e400}"), "{}");
 }
 
-TEST_F(NotificationResetTest, numbersAndStringsAreWrittenAsTheirValues) {
+TEST_F(NotificationResetTest, WritesNumbersAndStringsByValue) {
     EXPECT_EQ(reset("{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"},"
                     "\"a\":0.1,\"b\":1.0,\"c\":-0.0,\"d\":9223372036854775807,"
                     "\"e\":\"\\u0000\\u007f\\/\\ud83d\\ude00\\t\",\"f\":1E+5}"),
@@ -185,7 +183,7 @@ TEST_F(NotificationResetTest, numbersAndStringsAreWrittenAsTheirValues) {
               "\"e\":\"\\u0000\\u007f/\U0001f600\\t\",\"f\":100000}");
 }
 
-TEST_F(NotificationResetTest, datesWithOffsetsAreComparedAsInstants) {
+TEST_F(NotificationResetTest, ComparesDatesWithOffsetsAsInstants) {
     EXPECT_TRUE(isResetAt(u"2024-06-01T12:00:00Z"_s, "2024-06-01T12:00:00Z"));
     EXPECT_FALSE(isResetAt(u"2024-06-01T12:00:00Z"_s, "2024-06-01T12:00:01Z"));
     EXPECT_TRUE(isResetAt(u"2024-06-01T12:00:00Z"_s, "2024-06-01T21:00:00+09:00"));
@@ -197,7 +195,7 @@ TEST_F(NotificationResetTest, datesWithOffsetsAreComparedAsInstants) {
     EXPECT_FALSE(isResetAt(u"2024-06-01T12:00:00+05:30"_s, "2024-06-01T06:30:01+00:00"));
 }
 
-TEST_F(NotificationResetTest, fractionsOfASecondCount) {
+TEST_F(NotificationResetTest, ComparesFractionsOfSeconds) {
     EXPECT_TRUE(isResetAt(u"2024-06-01T12:00:00.123"_s, "2024-06-01T12:00:00.123"));
     EXPECT_FALSE(isResetAt(u"2024-06-01T12:00:00.123"_s, "2024-06-01T12:00:00.124"));
     EXPECT_TRUE(isResetAt(u"2024-06-01T12:00:00.123"_s, "2024-06-01T12:00:00"));
@@ -205,14 +203,14 @@ TEST_F(NotificationResetTest, fractionsOfASecondCount) {
     EXPECT_TRUE(isResetAt(u"2024-06-01T12:00:00.5Z"_s, "2024-06-01T12:00:00.500Z"));
 }
 
-TEST_F(NotificationResetTest, aDayAloneIsItsBeginning) {
+TEST_F(NotificationResetTest, TreatsDateWithoutTimeAsMidnight) {
     EXPECT_TRUE(isResetAt(u"2024-06-01"_s, "2024-06-01T00:00:00"));
     EXPECT_FALSE(isResetAt(u"2024-06-01"_s, "2024-06-01T00:00:01"));
     EXPECT_TRUE(isResetAt(kDate, "2024-06-01"));
     EXPECT_FALSE(isResetAt(kDate, "2024-06-02"));
 }
 
-TEST_F(NotificationResetTest, aDateThatCannotBeReadIsBeforeAllOthers) {
+TEST_F(NotificationResetTest, TreatsInvalidDateAsEarliest) {
     for (const QString& date : {u""_s, u"yesterday"_s, u"2024-13-01T00:00:00"_s,
                                 u"01.06.2024 12:00"_s, u"%1"_s, u"2024-06-01T25:00:00"_s}) {
         EXPECT_FALSE(isResetAt(date, "2024-01-01T00:00:00")) << date.toStdString();
@@ -226,7 +224,7 @@ TEST_F(NotificationResetTest, aDateThatCannotBeReadIsBeforeAllOthers) {
     EXPECT_TRUE(isResetAt(u"1960-01-01T00:00:00"_s, "never"));
 }
 
-TEST_F(NotificationResetTest, theDateIsWrittenDownAsItCame) {
+TEST_F(NotificationResetTest, WritesDateUnchanged) {
     const QByteArray newer = "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"}";
     for (const QString& date :
          {u"2024-06-01"_s, u"2024-06-01T12:00:00.5+09:00"_s, u"2024-06-01T12:00:00Z"_s}) {
@@ -236,7 +234,7 @@ TEST_F(NotificationResetTest, theDateIsWrittenDownAsItCame) {
                   "{\"RemoteExecution\":{\"IsExist\":false,\"LastUpdated\":\"" + date.toUtf8() +
                       "\"}," + newer + "}");
     }
-    // A text that is no date takes the place of another that is none.
+    // An invalid date replaces another invalid date.
     EXPECT_EQ(
         reset("{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"never\"}," + newer + "}",
               u"%1 \"\u00fc\""_s),
@@ -244,19 +242,19 @@ TEST_F(NotificationResetTest, theDateIsWrittenDownAsItCame) {
             "}");
 }
 
-TEST_F(NotificationResetTest, pathAndDateAreLoggedAsTheyStand) {
+TEST_F(NotificationResetTest, LogsPathAndDateUnchanged) {
     const QString path = data_.write(u"%1%2 %20.json"_s, "{}");
     EXPECT_TRUE(resetNotification(path, u"%1 %2 %20\t"_s));
     EXPECT_EQ(log_.lines(), QStringList(u"3 Reset " + path + u" [date - %1 %2 %20\t]."));
 }
 
-TEST_F(NotificationResetTest, aMissingFileIsNotMade) {
+TEST_F(NotificationResetTest, DoesNotCreateMissingFile) {
     EXPECT_FALSE(resetNotification(data_.path(u"none.json"_s), kDate));
     EXPECT_FALSE(QFile::exists(data_.path(u"none.json"_s)));
     EXPECT_FALSE(QFile::exists(data_.stagingPath(u"none.json.lock"_s)));
 }
 
-TEST_F(NotificationResetTest, aLockThatIsNotToBeHadIsLogged) {
+TEST_F(NotificationResetTest, LogsLockFailure) {
     QLockFile holder(data_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(holder.tryLock());
     const QString path = data_.write(u"n.json"_s, "{\"a\":1}");
@@ -267,7 +265,7 @@ TEST_F(NotificationResetTest, aLockThatIsNotToBeHadIsLogged) {
                            u"5 Failed to Lock for \"" + data_.stagingPath(u"n.json"_s) + u'"'}));
 }
 
-TEST_F(NotificationResetTest, whatAFailureLeftInTheStagingFolderIsInNobodysWay) {
+TEST_F(NotificationResetTest, OverwritesStaleStagingFile) {
     QFile stale(data_.stagingPath(u"n.json"_s));
     ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
     stale.write(QByteArray(100'000, 'x'));
@@ -275,12 +273,12 @@ TEST_F(NotificationResetTest, whatAFailureLeftInTheStagingFolderIsInNobodysWay) 
     EXPECT_EQ(reset("{\"a\":1}"), "{}");
 }
 
-TEST_F(NotificationResetTest, aStagingFileThatCannotBeOpenedKeepsTheFileAsItWas) {
+TEST_F(NotificationResetTest, KeepsFileIfStagingFileCannotBeOpened) {
     ASSERT_TRUE(QDir().mkpath(data_.stagingPath(u"n.json/folder"_s)));
     EXPECT_EQ(reset("{\"a\":1}"), std::nullopt);
 }
 
-TEST_F(NotificationResetTest, aMillionOpenArraysDoNotEndTheProcess) {
+TEST_F(NotificationResetTest, SurvivesMillionNestedArrays) {
     constexpr qsizetype depth = 1'000'000;
     const QByteArray open(depth, '[');
     EXPECT_EQ(reset(open), std::nullopt);

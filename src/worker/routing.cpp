@@ -7,6 +7,7 @@
 #include "worker/delete_request.h"
 #include "worker/download.h"
 #include "worker/file_names.h"
+#include "worker/path_limit.h"
 #include "worker/reply.h"
 #include "worker/request_failure.h"
 #include "worker/update_manifest.h"
@@ -37,15 +38,25 @@ QString folderName(const QFileInfo& fileInfo) {
     return fileInfo.absoluteDir().dirName();
 }
 
-// A target that is not a path from the root is nobody's query, whatever folder the process
-// stands in. One with a NUL is no path, and asking for its folder would have Qt complain of it.
+// A target without a leading slash is not a query, even if the process runs in a folder "api".
 bool isApiQuery(const QString& target) {
-    return target.startsWith(kSlash) && !target.contains(QChar::Null) &&
-           folderName(QFileInfo(target)).toLower() == kApiFolder;
+    if (!target.startsWith(kSlash) || target.size() > kMaxPathLength) {
+        return false;
+    }
+    // Qt prints a warning for a path that contains NUL.
+    QString path = target;
+    path.replace(QChar::Null, QChar::ReplacementCharacter);
+    return folderName(QFileInfo(path)).toLower() == kApiFolder;
 }
 
 bool leavesItsFolder(const QString& path) {
     return path.contains(QStringView(u"/../")) || path.contains(QStringView(u"/./"));
+}
+
+[[noreturn]] void refuseMissing(WorkerContext& worker, const QString& path) {
+    const QStringView fileName = QStringView(path).mid(path.lastIndexOf(kSlash) + 1);
+    refuse(worker, "404", path + u" does not exist or directory",
+           fileName == kUpgradeSetting ? FailureLog::Suppress : FailureLog::Write);
 }
 
 void download(WorkerContext& worker, const QFileInfo& fileInfo) {
@@ -86,15 +97,17 @@ void serveFileTarget(WorkerContext& worker, const http::Request& request) {
     if (leavesItsFolder(path)) {
         refuse(worker, "400", worker.requestUrl.toString() + u" is invalid url");
     }
+    if (path.size() > kMaxPathLength) {
+        refuseMissing(worker, path);
+    }
     QFileInfo fileInfo(path);
     if (fileInfo.fileName() == kUpdateManifest) {
         selectUpdateManifest(worker, fileInfo);
     }
-    // Without its slash a target would name something beside the document root.
+    // A target without a leading slash would name a file next to the document root.
     const bool isFile = target.startsWith(kSlash) && fileInfo.exists() && !fileInfo.isDir();
     if (!isFile) {
-        refuse(worker, "404", path + u" does not exist or directory",
-               fileInfo.fileName() == kUpgradeSetting ? FailureLog::Suppress : FailureLog::Write);
+        refuseMissing(worker, path);
     }
     if (request.line.method == http::Method::Get) {
         download(worker, fileInfo);

@@ -3,12 +3,16 @@
 #include "http/request.h"
 #include "worker/handler_fixture.h"
 
+#include <gmock/gmock.h>
+
+#include <string>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 namespace {
 
-TEST(PathBelowRootTest, isTheRootAndTheTargetEncodedButForItsSlashes) {
+TEST(PathBelowRootTest, EncodesAllButSlashes) {
     struct Case {
         QString target;
         QString path;
@@ -38,11 +42,11 @@ TEST(PathBelowRootTest, isTheRootAndTheTargetEncodedButForItsSlashes) {
     }
 }
 
-TEST(PathBelowRootTest, theRootIsTakenAsItIs) {
+TEST(PathBelowRootTest, KeepsRootUnchanged) {
     EXPECT_EQ(pathBelowRoot(u"C:/Program Data/%1"_s, u"/a"_s), u"C:/Program Data/%1/a"_s);
 }
 
-// Routing itself: what is noted of the request, and who serves it.
+// What route() records of a request, and which handler it calls.
 class RoutingTest : public HandlerTest {
 protected:
     void ask(http::Method method, std::string target, http::HeaderMap headers = {}) {
@@ -52,9 +56,36 @@ protected:
         request.headers = std::move(headers);
         route(context_, request);
     }
+
+    // Expects `target` to be refused with 404 and the usual message.
+    void expectNotFound(const std::string& target) {
+        connectTo(QHostAddress(QHostAddress::LocalHost));
+        const QString path = pathBelowRoot(context_.documentRoot, QString::fromStdString(target));
+        EXPECT_TRUE(failureOf([&] { ask(http::Method::Get, target); }) ==
+                    u"[End] " + path + u" does not exist or directory");
+        EXPECT_EQ(received(), "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n");
+    }
+
+    // The reply to a GET of `target`, which must not throw.
+    QByteArray replyTo(const std::string& target) {
+        connectTo(QHostAddress(QHostAddress::LocalHost));
+        EXPECT_EQ(failureOf([&] { ask(http::Method::Get, target); }), kNoFailure);
+        return received();
+    }
+
+    static const QString kNoFailure;
 };
 
-TEST_F(RoutingTest, methodAndTargetAreNotedBeforeAnythingIsRefused) {
+const QString RoutingTest::kNoFailure = u"(no failure)"_s;
+
+constexpr const char* kSchemeQuery = "/api/WebApiCommScheme";
+
+// A target of `size` characters that ends in `ending`.
+std::string targetOfSize(std::size_t size, const std::string& ending) {
+    return '/' + std::string(size - ending.size() - 1, 'a') + ending;
+}
+
+TEST_F(RoutingTest, RecordsMethodAndTargetOfRefusedRequest) {
     EXPECT_EQ(failureOf([this] { ask(http::Method::Put, "/fwfiles/a%20b?c"); }),
               u"[End] unsupported http method was requested: PUT"_s);
     EXPECT_EQ(context_.methodText, u"PUT"_s);
@@ -63,7 +94,7 @@ TEST_F(RoutingTest, methodAndTargetAreNotedBeforeAnythingIsRefused) {
     EXPECT_EQ(received(), "HTTP/1.1 405 Method Not Allowed\r\nConnection: close\r\n\r\n");
 }
 
-TEST_F(RoutingTest, aGetOfAFileIsSentAndADeleteOfItRefused) {
+TEST_F(RoutingTest, SendsFileForGet) {
     data_.write(u"root/fwfiles/a"_s, "content");
     ask(http::Method::Get, "/fwfiles/a");
     EXPECT_TRUE(context_.responseStarted);
@@ -72,7 +103,7 @@ TEST_F(RoutingTest, aGetOfAFileIsSentAndADeleteOfItRefused) {
     EXPECT_EQ(log_.lines(), (QStringList{u"2 Target file : a"_s, u"2 GET fwfiles/a - -  200 0"_s}));
 }
 
-TEST_F(RoutingTest, aDeleteReachesItsHandlerWithoutTheLineOfADownload) {
+TEST_F(RoutingTest, PassesDeleteToItsHandler) {
     data_.write(u"root/fwfiles/a"_s, "content");
     EXPECT_EQ(failureOf([this] { ask(http::Method::Delete, "/fwfiles/a"); }),
               u"[End] invalid delete request."_s);
@@ -80,14 +111,14 @@ TEST_F(RoutingTest, aDeleteReachesItsHandlerWithoutTheLineOfADownload) {
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
-TEST_F(RoutingTest, bytesThatAreNoUtf8NameNothing) {
+TEST_F(RoutingTest, RefusesInvalidUtf8) {
     EXPECT_EQ(failureOf([this] { ask(http::Method::Get, "/fwfiles/\xff"); }),
               u"[End] " + context_.documentRoot +
                   u"/fwfiles/%EF%BF%BD does not exist or directory");
     EXPECT_EQ(received(), "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n");
 }
 
-TEST_F(RoutingTest, theMissingUpgradeSettingFailsInSilence) {
+TEST_F(RoutingTest, SuppressesLogOfMissingUpgradeSetting) {
     try {
         ask(http::Method::Get, "/any/QuorinUpgradeSetting.json");
         FAIL() << "no failure";
@@ -100,6 +131,77 @@ TEST_F(RoutingTest, theMissingUpgradeSettingFailsInSilence) {
     }
     EXPECT_FALSE(
         failureOf([this] { ask(http::Method::Get, "/any/quorinupgradesetting.json"); }).isEmpty());
+}
+
+TEST_F(RoutingTest, RefusesOverlongApiTarget) {
+    expectNotFound('/' + std::string(32'770, 'a') + kSchemeQuery);
+    expectNotFound(targetOfSize(32'001, kSchemeQuery));
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(RoutingTest, ServesApiTargetOfGreatestLength) {
+    EXPECT_THAT(replyTo(targetOfSize(32'000, kSchemeQuery)).toStdString(),
+                testing::EndsWith("\r\n\r\n{\"CommunicationScheme\":\"\"}"));
+}
+
+TEST_F(RoutingTest, RefusesOverlongPath) {
+    // Each of these bytes is nine characters of the path.
+    const std::string folders = "//" + std::string(3'650, '\xff');
+    expectNotFound(folders + "/a");
+    expectNotFound(folders + "/notifications/a");
+    expectNotFound('/' + std::string(32'770, 'a') + "/x");
+    for (const std::size_t over : {0U, 1U}) {
+        const auto root = static_cast<std::size_t>(context_.documentRoot.size());
+        expectNotFound(targetOfSize(32'000 - root + over, "/a"));
+    }
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(RoutingTest, RefusesOverlongManifestPath) {
+    expectNotFound("//" + std::string(3'650, '\xff') + "/update.json");
+    expectNotFound('/' + std::string(32'770, 'a') + "/update.json");
+    EXPECT_EQ(log_.lines(), QStringList());
+    // Only the path of the variant is too long.
+    const auto root = static_cast<std::size_t>(context_.documentRoot.size());
+    expectNotFound(targetOfSize(32'000 - root, "/update.json"));
+    EXPECT_EQ(log_.lines(), (QStringList{u"2 Received requesting update.json from "_s,
+                                         u"2 Response update.json : update.json"_s}));
+}
+
+TEST_F(RoutingTest, SuppressesLogOfOverlongUpgradeSetting) {
+    try {
+        ask(http::Method::Get, '/' + std::string(32'770, 'a') + "/QuorinUpgradeSetting.json");
+        FAIL() << "no exception";
+    } catch (const GatewayException& exception) {
+        EXPECT_TRUE(exception.isSilent());
+    }
+}
+
+TEST_F(RoutingTest, Sends400BeforeLengthIsChecked) {
+    const std::string target = '/' + std::string(32'770, 'a') + "/../x";
+    EXPECT_TRUE(failureOf([&] { ask(http::Method::Get, target); }) ==
+                u"[End] " + QString::fromStdString(target) + u" is invalid url");
+    EXPECT_EQ(received(), "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n");
+}
+
+TEST_F(RoutingTest, TreatsNulInApiTargetAsUnknownQuery) {
+    using namespace std::string_literals;
+    testing::internal::CaptureStderr();
+    for (const std::string& target : {"/api/WebApi\0x"s, "/api/\0"s, "/api/\0WebApiCommScheme"s,
+                                      "/api/WebApiCommScheme\0"s, "/API/a\0"s, "/a\0b/api/x"s}) {
+        EXPECT_EQ(replyTo(target), kPlain500) << QByteArray::fromStdString(target).toHex().data();
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(RoutingTest, RefusesNulOutsideApiFolder) {
+    using namespace std::string_literals;
+    testing::internal::CaptureStderr();
+    for (const std::string& target : {"/fwfiles/a\0"s, "/api\0/x"s, "/\0api/x"s, "/api/\0/x"s}) {
+        expectNotFound(target);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 } // namespace

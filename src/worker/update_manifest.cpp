@@ -1,6 +1,7 @@
 #include "worker/update_manifest.h"
 
 #include "log/application_logger.h"
+#include "worker/path_limit.h"
 #include "worker/worker_context.h"
 
 #include <QDir>
@@ -17,7 +18,7 @@ void selectUpdateManifest(const WorkerContext& worker, QFileInfo& fileInfo) {
     const QString variant = fileInfo.absolutePath() + u'/' + fileInfo.baseName() + u'_' +
                             worker.socket->localAddress().toString() + u'.' +
                             fileInfo.completeSuffix();
-    if (QFileInfo::exists(variant)) {
+    if (variant.size() <= kMaxPathLength && QFileInfo::exists(variant)) {
         fileInfo.setFile(variant);
     }
     Logger::logDebug(

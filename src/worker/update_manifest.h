@@ -6,8 +6,9 @@ namespace quorin {
 
 struct WorkerContext;
 
-// Points `fileInfo`, a file named "update.json", at the variant for the address the request came
-// in on where there is one: "update_192.168.0.10.json" beside it.
+// Changes `fileInfo`, a file named "update.json", to the variant in the same folder for the local
+// address of the connection, such as "update_192.168.0.10.json", if that exists. A variant whose
+// path is longer than kMaxPathLength counts as missing. The path of `fileInfo` is not longer.
 void selectUpdateManifest(const WorkerContext& worker, QFileInfo& fileInfo);
 
 } // namespace quorin

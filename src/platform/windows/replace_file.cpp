@@ -2,10 +2,25 @@
 
 #include "platform/windows/system.h"
 
+#include <QFile>
+
+#include <io.h>
+
 namespace platform {
 
+bool flushToDisk(QFile& file) {
+    if (!file.flush()) {
+        return false;
+    }
+    // A descriptor of the C library that Qt makes for the handle that it uses itself.
+    const int descriptor = file.handle();
+    return descriptor >= 0 &&
+           FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor))) != FALSE;
+}
+
 bool replaceFile(const QString& from, const QString& to) {
-    return MoveFileExW(wide(from), wide(to), MOVEFILE_REPLACE_EXISTING) != FALSE;
+    return MoveFileExW(wide(from), wide(to), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
+           FALSE;
 }
 
 } // namespace platform
