@@ -1,4 +1,4 @@
-// Clients that mean no good, or know no better: each file of tests/hostile/ is a case.
+// Hostile and faulty clients. Each file in tests/hostile/ is a case.
 
 #include "hostile/case_file.h"
 #include "support/client.h"
@@ -28,12 +28,13 @@ namespace {
 constexpr qint64 kKiB = 1024;
 constexpr qint64 kMiB = 1024 * kKiB;
 
-// What a case may leave in the gateway's memory: about what is kept for reuse.
+// Maximum memory growth of the gateway in one case. Allows for memory kept for reuse.
 constexpr qint64 kAllowedGrowth = 4 * kMiB;
 
 const QByteArray kProbeTarget = "/fwfiles/probe";
 
-// Every byte value, and no period that a buffer's size would share.
+// Returns 300,007 bytes whose pattern does not repeat at any buffer size, so that misplaced blocks
+// are detected.
 QByteArray probeContent() {
     QByteArray content(300'007, Qt::Uninitialized);
     for (qsizetype i = 0; i < content.size(); ++i) {
@@ -68,7 +69,7 @@ protected:
 
     void system(const Step& step) {
         if ((step.argument == "windows") != kOnWindows) {
-            GTEST_SKIP() << "the other system's files are meant";
+            GTEST_SKIP() << "this case is for the other system";
         }
     }
 
@@ -146,7 +147,7 @@ protected:
         return *client_;
     }
 
-    // Settings and files come first, and the gateway starts behind them.
+    // Starts the gateway after the settings and files, which come first.
     void runCase(const std::vector<Step>& steps) {
         const auto isPreparation = [](const Step& step) {
             return step.verb == "system" || step.verb == "settings" || step.verb == "file";
@@ -165,7 +166,7 @@ protected:
         if (!HasFatalFailure()) {
             const auto handler = handlers().find(step.verb);
             ASSERT_TRUE(handler != handlers().end())
-                << "line " << step.line << ": " << step.verb << " is no step";
+                << "line " << step.line << ": " << step.verb << " is not a step";
             (this->*handler->second)(step);
         }
     }
@@ -174,13 +175,13 @@ protected:
         site_.writeFile(QString::fromUtf8(kProbeTarget), probeContent());
         if (transport() == Transport::Tls) {
             if (!canMakeCertificates()) {
-                GTEST_SKIP() << "no certificates can be made here";
+                GTEST_SKIP() << "the tests cannot install certificates on this system";
             }
             installCertificate(site_, settings_.GatewayAddress);
         }
         site_.writeSettings(settings_);
         gateway_.start();
-        expectService(); // which loads what stays loaded
+        expectService(); // allocates what the gateway keeps, so that figuresBefore_ includes it
         figuresBefore_ = processFigures(gateway_.processId());
     }
 
@@ -196,28 +197,28 @@ protected:
         return int(logged.count(kRunStarts) - logged.count(kRunEnds));
     }
 
-    // No worker stays behind.
-    void expectRest() const {
+    void expectNoRunningWorkers() const {
         EXPECT_TRUE(waitUntil([this] { return runningWorkers() == 0; }));
     }
 
-    void expectSizeAsBefore() const {
+    void expectNoResourceGrowth() const {
         const std::optional<ProcessFigures> after = processFigures(gateway_.processId());
         if (!after || !figuresBefore_) {
-            return; // this system does not tell
+            return; // not available on this system
         }
         EXPECT_TRUE(waitUntil([this] {
             return processFigures(gateway_.processId())->descriptors <=
                    figuresBefore_->descriptors + openedByThreads();
         })) << after->descriptors
             << " descriptors after " << figuresBefore_->descriptors;
-        // Sanitizers keep freed memory back, so that growth says nothing.
+        // Sanitizers delay freeing memory, so growth means nothing.
         if (!QUORIN_IS_SANITIZED) {
             EXPECT_LE(after->residentBytes - figuresBefore_->residentBytes, kAllowedGrowth);
         }
     }
 
-    // A thread of the pool keeps what its event loop needs until it has had no work for a while.
+    // The number of descriptors that new pool threads keep open: one per event loop, until the
+    // thread expires.
     int openedByThreads() const {
         return processFigures(gateway_.processId())->threads - figuresBefore_->threads;
     }
@@ -245,7 +246,7 @@ struct CaseName {
 INSTANTIATE_TEST_SUITE_P(Cases, HostileTest, testing::ValuesIn(findCases(QUORIN_HOSTILE_FOLDER)),
                          CaseName());
 
-TEST_P(HostileTest, getsWhatTheCaseSaysAndLeavesNothingBehind) {
+TEST_P(HostileTest, GatewaySurvivesClient) {
     std::vector<Step> steps;
     ASSERT_NO_THROW(steps = readCase(GetParam()));
     runCase(steps);
@@ -254,9 +255,9 @@ TEST_P(HostileTest, getsWhatTheCaseSaysAndLeavesNothingBehind) {
     }
     client_.reset();
     held_.clear();
-    expectRest();
+    expectNoRunningWorkers();
     expectService();
-    expectSizeAsBefore();
+    expectNoResourceGrowth();
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_EQ(gateway_.errorOutput(), "");
 }

@@ -1,4 +1,4 @@
-// TLS as others see it: the openssl and curl programs, and clients that misbehave.
+// HTTPS with the clients openssl and curl, and with misbehaving clients.
 
 #include "support/client.h"
 #include "support/deadline.h"
@@ -24,24 +24,24 @@ class HttpsTest : public testing::Test {
 protected:
     void SetUp() override {
         if (!canMakeCertificates()) {
-            GTEST_SKIP() << "the tests cannot put certificates into this system's store";
+            GTEST_SKIP() << "the tests cannot install certificates on this system";
         }
     }
 
-    // With a certificate for "localhost", which openssl and curl trust.
+    // Starts the gateway with a certificate for "localhost" that openssl() and curl() trust.
     void startGateway(Settings settings = {}) {
         settings.HttpsEnabled = "true";
-        QFile file(authority_);
+        QFile file(caFile_);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(installCertificate(site_, settings.GatewayAddress));
         file.close();
         site_.writeSettings(settings);
         gateway_.start();
-        // Once it answers it listens.
+        // A reply shows that the gateway is listening.
         EXPECT_EQ(exchange(site_.port(), get("/api/x"), Transport::Tls), kReply500);
     }
 
-    // What the program prints, both outputs together, when given `input`.
+    // Runs a program with `input` on its standard input. Returns its standard output and error.
     static std::string run(const QString& program, const QStringList& arguments,
                            const QByteArray& input = {}) {
         QProcess process;
@@ -57,22 +57,22 @@ protected:
     std::string openssl(const QStringList& options, const QByteArray& input) const {
         return run(u"openssl"_s,
                    QStringList{u"s_client"_s, u"-connect"_s, u"localhost:%1"_s.arg(site_.port()),
-                               u"-CAfile"_s, authority_} +
+                               u"-CAfile"_s, caFile_} +
                        options,
                    input);
     }
 
     std::string curl(const QString& host) const {
-        return run(u"curl"_s, {u"-sS"_s, u"--max-time"_s, u"30"_s, u"--cacert"_s, authority_,
+        return run(u"curl"_s, {u"-sS"_s, u"--max-time"_s, u"30"_s, u"--cacert"_s, caFile_,
                                u"https://%1:%2/fwfiles/a"_s.arg(host).arg(site_.port())});
     }
 
     Site site_;
     Gateway gateway_{site_};
-    QString authority_ = site_.appDataPath(u"../authority.pem"_s);
+    QString caFile_ = site_.appDataPath(u"../authority.pem"_s);
 };
 
-TEST_F(HttpsTest, theSearchForTheCertificateIsLoggedAtTheStart) {
+TEST_F(HttpsTest, LogsCertificateSearch) {
     startGateway();
     EXPECT_EQ(gateway_.stop(), 0);
     const QStringList logged = site_.logged();
@@ -88,7 +88,7 @@ TEST_F(HttpsTest, theSearchForTheCertificateIsLoggedAtTheStart) {
               }));
 }
 
-TEST_F(HttpsTest, withoutAStoreTheGatewayStartsAndSaysWhatIsMissing) {
+TEST_F(HttpsTest, StartsWithoutStoresAndLogsErrors) {
     Settings settings;
     settings.HttpsEnabled = "true";
     site_.writeSettings(settings);
@@ -101,10 +101,10 @@ TEST_F(HttpsTest, withoutAStoreTheGatewayStartsAndSaysWhatIsMissing) {
                                 }));
 }
 
-TEST_F(HttpsTest, onlyTls12AndTls13AreSpoken) {
+TEST_F(HttpsTest, AcceptsOnlyTls12AndTls13) {
     startGateway();
     const QByteArray request = get("/api/x");
-    // Old protocols only where the client's own policy lets them out at all.
+    // openssl offers the old protocols only at security level 0.
     const QString weakest = u"DEFAULT:@SECLEVEL=0"_s;
     for (const QString& old : {u"-tls1"_s, u"-tls1_1"_s}) {
         EXPECT_THAT(openssl({old, u"-cipher"_s, weakest, u"-ign_eof"_s}, request),
@@ -117,7 +117,7 @@ TEST_F(HttpsTest, onlyTls12AndTls13AreSpoken) {
                 HasSubstr("HTTP/1.1 500 Internal Server Error"));
 }
 
-TEST_F(HttpsTest, weakCiphersAreNotToBeHad) {
+TEST_F(HttpsTest, RefusesWeakCiphers) {
     startGateway();
     for (const QString& weak : {u"aNULL"_s, u"eNULL"_s, u"EXPORT"_s, u"RC4"_s, u"3DES"_s}) {
         const std::string shown = openssl(
@@ -126,7 +126,7 @@ TEST_F(HttpsTest, weakCiphersAreNotToBeHad) {
     }
 }
 
-TEST_F(HttpsTest, theClientCannotRenegotiateAndNothingIsCompressed) {
+TEST_F(HttpsTest, RefusesRenegotiationAndCompression) {
     startGateway();
     const std::string shown = openssl({u"-tls1_2"_s}, "R\n");
     EXPECT_THAT(shown, HasSubstr("RENEGOTIATING"));
@@ -134,7 +134,7 @@ TEST_F(HttpsTest, theClientCannotRenegotiateAndNothingIsCompressed) {
     EXPECT_THAT(shown, HasSubstr("Compression: NONE"));
 }
 
-TEST_F(HttpsTest, everyReplyEndsWithTlsOwnFarewell) {
+TEST_F(HttpsTest, SendsCloseNotifyAfterEveryReply) {
     startGateway();
     for (const QString& protocol : {u"-tls1_2"_s, u"-tls1_3"_s}) {
         const std::string shown = openssl({protocol, u"-ign_eof"_s}, get("/fwfiles/none"));
@@ -143,7 +143,7 @@ TEST_F(HttpsTest, everyReplyEndsWithTlsOwnFarewell) {
     }
 }
 
-TEST_F(HttpsTest, aSessionIsResumedOnAnotherConnection) {
+TEST_F(HttpsTest, ResumesSession) {
     startGateway();
     const QString session = site_.appDataPath(u"../session"_s);
     for (const QString& protocol : {u"-tls1_2"_s, u"-tls1_3"_s}) {
@@ -157,14 +157,14 @@ TEST_F(HttpsTest, aSessionIsResumedOnAnotherConnection) {
     }
 }
 
-TEST_F(HttpsTest, curlAcceptsTheRightNameAndRefusesAnother) {
+TEST_F(HttpsTest, CurlVerifiesHostName) {
     site_.writeFile(u"fwfiles/a"_s, "content over TLS");
     startGateway();
     EXPECT_EQ(curl(u"localhost"_s), "content over TLS");
     EXPECT_THAT(curl(u"127.0.0.1"_s), HasSubstr("subject name"));
 }
 
-TEST_F(HttpsTest, aClientThatNeverSpeaksTlsEndsWithTheConnectionTimeout) {
+TEST_F(HttpsTest, SilentClientTimesOut) {
     Settings settings;
     settings.ConnectionTimeout = "1";
     startGateway(settings);
@@ -176,17 +176,17 @@ TEST_F(HttpsTest, aClientThatNeverSpeaksTlsEndsWithTheConnectionTimeout) {
     EXPECT_TRUE(site_.waitUntilLogged(u"5 [End] connect timeout"_s));
 }
 
-TEST_F(HttpsTest, aClientThatStopsInMidHandshakeEndsWithTheConnectionTimeout) {
+TEST_F(HttpsTest, IncompleteHandshakeTimesOut) {
     Settings settings;
     settings.ConnectionTimeout = "1";
     startGateway(settings);
     Client client(site_.port());
-    client.send(QByteArray::fromHex("1603010200010001fc0303")); // the begin of a long client hello
+    client.send(QByteArray::fromHex("1603010200010001fc0303")); // start of a long ClientHello
     EXPECT_EQ(client.readToEnd(), "");
     EXPECT_TRUE(site_.waitUntilLogged(u"5 [End] connect timeout"_s));
 }
 
-TEST_F(HttpsTest, plainHttpAndGarbageEndWithoutAPlainAnswerAndStopNobodyElse) {
+TEST_F(HttpsTest, InvalidTlsDoesNotDisturbOtherClients) {
     Settings settings;
     settings.ConnectionTimeout = "2";
     site_.writeFile(u"fwfiles/a"_s, "content");

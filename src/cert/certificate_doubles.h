@@ -10,37 +10,37 @@
 #include <utility>
 #include <vector>
 
-// A machine's certificates as a test describes them, with every refusal that a system knows.
+// Test doubles of the certificate interfaces. Each failure of a system can be simulated.
 namespace quorin::test {
 
-struct KeyPlan {
-    QByteArray pkcs8 = "key"; // empty: the export is refused
-    platform::TwoStepAnswer<QString> group{platform::Outcome::Complete, QStringLiteral("RSA")};
+struct KeySpec {
+    QByteArray pkcs8 = "key"; // empty if the key cannot be exported
+    platform::QueryResult<QString> group{platform::Outcome::Complete, QStringLiteral("RSA")};
 };
 
-struct CertificatePlan {
+struct CertificateSpec {
     std::vector<std::string> dnsNames;
     std::string displayName;
     QDateTime notBefore;
     QDateTime notAfter;
     QByteArray serialNumber = "\1";
     QByteArray der = "certificate";
-    std::optional<KeyPlan> key = KeyPlan(); // none: the system gives no handle
+    std::optional<KeySpec> key = KeySpec(); // none if no key handle can be acquired
 };
 
-// How many objects of each kind a test has not given back.
-struct Borrowed {
+// The number of living objects of each kind.
+struct LiveCounts {
     int stores = 0;
     int certificates = 0;
     int keys = 0;
 };
 
-// Counts its owner for as long as it lives.
-class Loan {
+// Increments a count for the lifetime of the object.
+class LiveCount {
 public:
-    explicit Loan(int& count) : count_(count) { ++count_; }
-    ~Loan() { --count_; }
-    Q_DISABLE_COPY_MOVE(Loan)
+    explicit LiveCount(int& count) : count_(count) { ++count_; }
+    ~LiveCount() { --count_; }
+    Q_DISABLE_COPY_MOVE(LiveCount)
 
 private:
     int& count_;
@@ -48,66 +48,67 @@ private:
 
 class KeyDouble final : public platform::KeyHandle {
 public:
-    KeyDouble(KeyPlan plan, Borrowed& borrowed) : plan_(std::move(plan)), loan_(borrowed.keys) {}
+    KeyDouble(KeySpec spec, LiveCounts& liveCounts)
+        : spec_(std::move(spec)), liveCount_(liveCounts.keys) {}
 
     platform::SecretBytes exportPkcs8() const override {
-        return platform::SecretBytes::joined({plan_.pkcs8});
+        return platform::SecretBytes::joined({spec_.pkcs8});
     }
-    platform::TwoStepAnswer<QString> algorithmGroup() const override { return plan_.group; }
+    platform::QueryResult<QString> algorithmGroup() const override { return spec_.group; }
 
 private:
-    KeyPlan plan_;
-    Loan loan_;
+    KeySpec spec_;
+    LiveCount liveCount_;
 };
 
 class CertificateDouble final : public platform::Certificate {
 public:
-    CertificateDouble(CertificatePlan plan, Borrowed& borrowed)
-        : plan_(std::move(plan)), borrowed_(borrowed), loan_(borrowed.certificates) {}
+    CertificateDouble(CertificateSpec spec, LiveCounts& liveCounts)
+        : spec_(std::move(spec)), liveCounts_(liveCounts), liveCount_(liveCounts.certificates) {}
 
-    std::vector<std::string> dnsNames() const override { return plan_.dnsNames; }
-    std::string displayName() const override { return plan_.displayName; }
-    QDateTime notBefore() const override { return plan_.notBefore; }
-    QDateTime notAfter() const override { return plan_.notAfter; }
-    QByteArray serialNumber() const override { return plan_.serialNumber; }
-    QByteArrayView der() const override { return plan_.der; }
+    std::vector<std::string> dnsNames() const override { return spec_.dnsNames; }
+    std::string displayName() const override { return spec_.displayName; }
+    QDateTime notBefore() const override { return spec_.notBefore; }
+    QDateTime notAfter() const override { return spec_.notAfter; }
+    QByteArray serialNumber() const override { return spec_.serialNumber; }
+    QByteArrayView der() const override { return spec_.der; }
     std::unique_ptr<platform::KeyHandle> acquirePrivateKey() const override {
-        return plan_.key ? std::make_unique<KeyDouble>(*plan_.key, borrowed_) : nullptr;
+        return spec_.key ? std::make_unique<KeyDouble>(*spec_.key, liveCounts_) : nullptr;
     }
 
 private:
-    CertificatePlan plan_;
-    Borrowed& borrowed_;
-    Loan loan_;
+    CertificateSpec spec_;
+    LiveCounts& liveCounts_;
+    LiveCount liveCount_;
 };
 
 class StoreDouble final : public platform::CertificateStore {
 public:
-    StoreDouble(std::vector<CertificatePlan> plans, Borrowed& borrowed)
-        : plans_(std::move(plans)), borrowed_(borrowed), loan_(borrowed.stores) {}
+    StoreDouble(std::vector<CertificateSpec> specs, LiveCounts& liveCounts)
+        : specs_(std::move(specs)), liveCounts_(liveCounts), liveCount_(liveCounts.stores) {}
 
     std::unique_ptr<platform::Certificate> next() override {
-        return position_ < plans_.size()
-                   ? std::make_unique<CertificateDouble>(plans_[position_++], borrowed_)
+        return position_ < specs_.size()
+                   ? std::make_unique<CertificateDouble>(specs_[position_++], liveCounts_)
                    : nullptr;
     }
 
 private:
-    std::vector<CertificatePlan> plans_;
+    std::vector<CertificateSpec> specs_;
     std::size_t position_ = 0;
-    Borrowed& borrowed_;
-    Loan loan_;
+    LiveCounts& liveCounts_;
+    LiveCount liveCount_;
 };
 
 class SystemDouble final : public platform::CertificateSystem {
 public:
     std::unique_ptr<platform::CertificateStore> openStore(QStringView name) const override {
         const auto found = stores.find(name.toString());
-        return found != stores.end() ? std::make_unique<StoreDouble>(found->second, borrowed)
+        return found != stores.end() ? std::make_unique<StoreDouble>(found->second, liveCounts)
                                      : nullptr;
     }
     QDateTime currentTime() const override { return now; }
-    platform::TwoStepAnswer<platform::SecretBytes> toBase64(QByteArrayView bytes) const override {
+    platform::QueryResult<platform::SecretBytes> toBase64(QByteArrayView bytes) const override {
         const platform::Outcome outcome = base64Outcome(bytes);
         if (outcome != platform::Outcome::Complete) {
             return {outcome, {}};
@@ -115,12 +116,12 @@ public:
         return {outcome, platform::SecretBytes::joined({bytes.toByteArray().toBase64(), "\r\n"})};
     }
 
-    std::map<QString, std::vector<CertificatePlan>> stores; // what is missing cannot be opened
+    std::map<QString, std::vector<CertificateSpec>> stores; // a store not listed cannot be opened
     QDateTime now;
     std::function<platform::Outcome(QByteArrayView)> base64Outcome = [](QByteArrayView) {
         return platform::Outcome::Complete;
     };
-    mutable Borrowed borrowed;
+    mutable LiveCounts liveCounts;
 };
 
 } // namespace quorin::test

@@ -16,13 +16,13 @@ QString localMachineName() {
     return domain.isEmpty() ? host : QString(host + u'.' + domain);
 }
 
-QString hostOfCloud(const QString& rootUrl) {
+QString cloudHost(const QString& rootUrl) {
     static const QRegularExpression pattern(QStringLiteral("(.*)://(.*)/QuorinCloud5"));
     const QRegularExpressionMatch match = pattern.match(rootUrl);
     return match.hasMatch() ? match.captured(2) : localMachineName();
 }
 
-QString hostOfFacility(const QString& gatewayAddress) {
+QString facilityHost(const QString& gatewayAddress) {
     return QHostAddress(gatewayAddress).isLoopback() ? localMachineName() : gatewayAddress;
 }
 
@@ -30,8 +30,8 @@ QString hostOfFacility(const QString& gatewayAddress) {
 
 QByteArray chooseCertificateName(const QString& organizationId, const QString& rootUrl,
                                  const QString& gatewayAddress) {
-    const QString name = organizationId == kCloudOrganization ? hostOfCloud(rootUrl)
-                                                              : hostOfFacility(gatewayAddress);
+    const QString name =
+        organizationId == kCloudOrganization ? cloudHost(rootUrl) : facilityHost(gatewayAddress);
     return name.toUtf8();
 }
 

@@ -5,9 +5,10 @@
 
 namespace quorin {
 
-// The name under which clients reach this gateway and which its certificate must therefore carry,
-// in UTF-8. For the organisation of the cloud itself it is the host of `rootUrl`; for all others
-// `gatewayAddress`, unless that is a loopback address. What names no host stands for this machine.
+// Returns the name, in UTF-8, that the server certificate must contain. This is the name under
+// which clients reach the gateway: for the cloud organisation the host in `rootUrl`, for any other
+// organisation `gatewayAddress`. If `rootUrl` does not have the expected form or `gatewayAddress`
+// is a loopback address, returns the name of the local machine, including its domain if it has one.
 [[nodiscard]] QByteArray chooseCertificateName(const QString& organizationId,
                                                const QString& rootUrl,
                                                const QString& gatewayAddress);

@@ -15,7 +15,7 @@ namespace {
 const QString kCloud = u"00000000-0000-0000-0000-000000000001"_s;
 const QString kFacility = u"7a3c4f3e-0000-0000-0000-000000000001"_s;
 
-QByteArray machineName() {
+QByteArray localMachineName() {
     QString name = QHostInfo::localHostName();
     if (!QHostInfo::localDomainName().isEmpty()) {
         name += u'.' + QHostInfo::localDomainName();
@@ -23,56 +23,56 @@ QByteArray machineName() {
     return name.toUtf8();
 }
 
-QByteArray nameOfCloud(const QString& rootUrl) {
+QByteArray cloudName(const QString& rootUrl) {
     return chooseCertificateName(kCloud, rootUrl, u"gateway.example"_s);
 }
 
-QByteArray nameOfFacility(const QString& gatewayAddress) {
+QByteArray facilityName(const QString& gatewayAddress) {
     return chooseCertificateName(kFacility, u"https://cloud.example/QuorinCloud5"_s,
                                  gatewayAddress);
 }
 
-TEST(CertificateNameTest, theMachineHasAName) {
-    EXPECT_FALSE(machineName().isEmpty());
+TEST(CertificateNameTest, LocalMachineNameIsNotEmpty) {
+    EXPECT_FALSE(localMachineName().isEmpty());
 }
 
-TEST(CertificateNameTest, theCloudsOwnOrganizationIsNamedByItsRootUrl) {
-    EXPECT_EQ(nameOfCloud(u"https://cloud.example/QuorinCloud5"_s), "cloud.example");
-    EXPECT_EQ(nameOfCloud(u"://cloud.example/QuorinCloud5"_s), "cloud.example");
-    EXPECT_EQ(nameOfCloud(u"https://cloud.example:8443/QuorinCloud5/api"_s), "cloud.example:8443");
-    EXPECT_EQ(nameOfCloud(u"https://r\u00f6ntgen.example/QuorinCloud5"_s), "r\u00f6ntgen.example");
+TEST(CertificateNameTest, CloudUsesHostOfRootUrl) {
+    EXPECT_EQ(cloudName(u"https://cloud.example/QuorinCloud5"_s), "cloud.example");
+    EXPECT_EQ(cloudName(u"://cloud.example/QuorinCloud5"_s), "cloud.example");
+    EXPECT_EQ(cloudName(u"https://cloud.example:8443/QuorinCloud5/api"_s), "cloud.example:8443");
+    EXPECT_EQ(cloudName(u"https://r\u00f6ntgen.example/QuorinCloud5"_s), "r\u00f6ntgen.example");
 }
 
-TEST(CertificateNameTest, theNameReachesFromTheLastSchemeToTheLastProductName) {
-    EXPECT_EQ(nameOfCloud(u"a://b/QuorinCloud5/c/QuorinCloud5/d"_s), "b/QuorinCloud5/c");
-    EXPECT_EQ(nameOfCloud(u"a://b://c/QuorinCloud5"_s), "c");
-    EXPECT_EQ(nameOfCloud(u"https:///QuorinCloud5"_s), "");
+TEST(CertificateNameTest, MatchesRootUrlGreedily) {
+    EXPECT_EQ(cloudName(u"a://b/QuorinCloud5/c/QuorinCloud5/d"_s), "b/QuorinCloud5/c");
+    EXPECT_EQ(cloudName(u"a://b://c/QuorinCloud5"_s), "c");
+    EXPECT_EQ(cloudName(u"https:///QuorinCloud5"_s), "");
 }
 
-TEST(CertificateNameTest, aRootUrlOfAnotherFormStandsForThisMachine) {
-    EXPECT_EQ(nameOfCloud(u"https://cloud.example"_s), machineName());
-    EXPECT_EQ(nameOfCloud(u"https://cloud.example/quorincloud5"_s), machineName());
-    EXPECT_EQ(nameOfCloud(u"cloud.example/QuorinCloud5"_s), machineName());
-    EXPECT_EQ(nameOfCloud(QString()), machineName());
+TEST(CertificateNameTest, UnmatchedRootUrlGivesLocalMachineName) {
+    EXPECT_EQ(cloudName(u"https://cloud.example"_s), localMachineName());
+    EXPECT_EQ(cloudName(u"https://cloud.example/quorincloud5"_s), localMachineName());
+    EXPECT_EQ(cloudName(u"cloud.example/QuorinCloud5"_s), localMachineName());
+    EXPECT_EQ(cloudName(QString()), localMachineName());
 }
 
-TEST(CertificateNameTest, anyOtherOrganizationIsNamedByItsGatewayAddress) {
-    EXPECT_EQ(nameOfFacility(u"Gateway.Example"_s), "Gateway.Example");
-    EXPECT_EQ(nameOfFacility(u"192.168.0.1"_s), "192.168.0.1");
-    EXPECT_EQ(nameOfFacility(u"fe80::1"_s), "fe80::1");
-    EXPECT_EQ(nameOfFacility(u"localhost"_s), "localhost");
-    EXPECT_EQ(nameOfFacility(u"r\u00f6ntgen"_s), "r\u00f6ntgen");
-    EXPECT_EQ(nameOfFacility(QString()), "");
+TEST(CertificateNameTest, FacilityUsesGatewayAddress) {
+    EXPECT_EQ(facilityName(u"Gateway.Example"_s), "Gateway.Example");
+    EXPECT_EQ(facilityName(u"192.168.0.1"_s), "192.168.0.1");
+    EXPECT_EQ(facilityName(u"fe80::1"_s), "fe80::1");
+    EXPECT_EQ(facilityName(u"localhost"_s), "localhost");
+    EXPECT_EQ(facilityName(u"r\u00f6ntgen"_s), "r\u00f6ntgen");
+    EXPECT_EQ(facilityName(QString()), "");
 }
 
-TEST(CertificateNameTest, aLoopbackAddressStandsForThisMachine) {
+TEST(CertificateNameTest, LoopbackAddressGivesLocalMachineName) {
     for (const QString& address :
          {u"127.0.0.1"_s, u"127.1.2.3"_s, u"::1"_s, u"::ffff:127.0.0.1"_s, u"0:0:0:0:0:0:0:1"_s}) {
-        EXPECT_EQ(nameOfFacility(address), machineName()) << address.toStdString();
+        EXPECT_EQ(facilityName(address), localMachineName()) << address.toStdString();
     }
 }
 
-TEST(CertificateNameTest, anOrganizationIsComparedToTheLetter) {
+TEST(CertificateNameTest, ComparesOrganizationExactly) {
     const std::array<QString, 4> others{QString(), kCloud + u' ', kCloud.chopped(1),
                                         u"{" + kCloud + u"}"};
     for (const QString& organization : others) {

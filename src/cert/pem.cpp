@@ -11,8 +11,8 @@ namespace {
 
 using Logger = QuorinGatewayApplicationLogger;
 
-// Empty for a type that has none.
-QLatin1StringView labelOf(PemType type) {
+// Returns an empty text for an undefined type.
+QLatin1StringView pemLabel(PemType type) {
     switch (type) {
     case PemType::Certificate:
         return QLatin1StringView("CERTIFICATE");
@@ -26,7 +26,7 @@ QLatin1StringView labelOf(PemType type) {
 
 platform::SecretBytes toPem(QByteArrayView bytes, PemType type,
                             const platform::CertificateSystem& system) {
-    const QLatin1StringView label = labelOf(type);
+    const QLatin1StringView label = pemLabel(type);
     if (label.isEmpty()) {
         return {};
     }

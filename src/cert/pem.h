@@ -8,9 +8,9 @@ namespace quorin {
 
 enum class PemType : int { Certificate = 1, PrivateKey = 2 };
 
-// `bytes`, which are DER, as PEM text; empty for a type other than these two, and when the system
-// cannot encode them, which is logged. The armour's lines end in LF, those between in CR LF: PEM
-// readers take both.
+// Returns `bytes`, which are DER, as PEM text. Returns an empty text if `type` is neither of the
+// above or the system cannot encode the bytes; only the latter is logged. The BEGIN and END lines
+// end in LF, the Base64 lines in CR LF: PEM readers accept both.
 [[nodiscard]] platform::SecretBytes
 toPem(QByteArrayView bytes, PemType type,
       const platform::CertificateSystem& system = platform::localMachineCertificates());

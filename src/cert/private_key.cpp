@@ -29,7 +29,7 @@ constexpr std::array<AlgorithmGroup, 5> kAlgorithmGroups{{
     {u"ECDSA", QSsl::Ec},
 }};
 
-QSsl::KeyAlgorithm algorithmOfGroup(const QString& name) {
+QSsl::KeyAlgorithm algorithmFromGroup(const QString& name) {
     const auto found =
         std::find_if(kAlgorithmGroups.begin(), kAlgorithmGroups.end(),
                      [&name](const AlgorithmGroup& group) { return group.name == name; });
@@ -67,7 +67,7 @@ QSsl::KeyAlgorithm keyAlgorithm(const platform::KeyHandle& key) {
         break;
     }
     Logger::logInfo(u"Key Algorithm is " + group.value + u'.');
-    return algorithmOfGroup(group.value);
+    return algorithmFromGroup(group.value);
 }
 
 } // namespace quorin

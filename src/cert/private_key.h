@@ -6,19 +6,20 @@
 
 namespace quorin {
 
-// A private key that the system let out.
+// An exported private key.
 struct ExportedKey {
     QSsl::KeyAlgorithm algorithm = QSsl::Opaque;
-    platform::SecretBytes keyBytes; // a PKCS #8 structure in DER, unencrypted
+    platform::SecretBytes keyBytes; // unencrypted PKCS #8 in DER
 
     [[nodiscard]] bool ok() const noexcept { return !keyBytes.empty(); }
 };
 
-// The private key of `certificate`; not ok, and logged, when the system withholds it.
+// Exports the private key of `certificate`. If there is none or the system denies access or export,
+// logs a warning and returns a key that is not ok().
 [[nodiscard]] ExportedKey exportPrivateKey(const platform::Certificate& certificate);
 
-// The algorithm of a key as the TLS layer names it. QSsl::Opaque when the system does not tell,
-// which is logged, or tells one that the TLS layer has no name for.
+// Returns the algorithm of `key` and logs its name. Returns QSsl::Opaque if the system does not
+// report the algorithm, which is logged as an error, or if Qt does not support it.
 [[nodiscard]] QSsl::KeyAlgorithm keyAlgorithm(const platform::KeyHandle& key);
 
 } // namespace quorin

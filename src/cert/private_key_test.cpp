@@ -16,55 +16,55 @@ using testing::IsEmpty;
 
 class PrivateKeyTest : public testing::Test {
 protected:
-    ExportedKey exported(const std::optional<test::KeyPlan>& plan) {
-        test::CertificatePlan certificate;
-        certificate.key = plan;
-        return exportPrivateKey(test::CertificateDouble(certificate, borrowed_));
+    ExportedKey exportKey(const std::optional<test::KeySpec>& spec) {
+        test::CertificateSpec certificate;
+        certificate.key = spec;
+        return exportPrivateKey(test::CertificateDouble(certificate, liveCounts_));
     }
 
-    QSsl::KeyAlgorithm algorithmOf(const platform::TwoStepAnswer<QString>& group) {
-        return keyAlgorithm(test::KeyDouble({"key", group}, borrowed_));
+    QSsl::KeyAlgorithm algorithmOf(const platform::QueryResult<QString>& group) {
+        return keyAlgorithm(test::KeyDouble({"key", group}, liveCounts_));
     }
     QSsl::KeyAlgorithm algorithmOf(const QString& group) {
         return algorithmOf({Outcome::Complete, group});
     }
 
-    test::Borrowed borrowed_;
+    test::LiveCounts liveCounts_;
     test::RecordedLog log_;
 };
 
-TEST_F(PrivateKeyTest, aKeyIsExportedWithItsAlgorithm) {
-    const ExportedKey key = exported(test::KeyPlan());
+TEST_F(PrivateKeyTest, ExportsKeyWithAlgorithm) {
+    const ExportedKey key = exportKey(test::KeySpec());
     EXPECT_TRUE(key.ok());
     EXPECT_EQ(key.keyBytes.view(), "key");
     EXPECT_EQ(key.algorithm, QSsl::Rsa);
     EXPECT_THAT(log_.lines(), ElementsAre("info: Key Algorithm is RSA."));
-    EXPECT_EQ(borrowed_.keys, 0);
+    EXPECT_EQ(liveCounts_.keys, 0);
 }
 
-TEST_F(PrivateKeyTest, withoutAHandleThereIsNoKey) {
-    const ExportedKey key = exported(std::nullopt);
+TEST_F(PrivateKeyTest, ReportsMissingKeyHandle) {
+    const ExportedKey key = exportKey(std::nullopt);
     EXPECT_FALSE(key.ok());
     EXPECT_TRUE(key.keyBytes.empty());
     EXPECT_EQ(key.algorithm, QSsl::Opaque);
     EXPECT_THAT(log_.lines(), ElementsAre("warn: Failed to get crypt provider handle."));
 }
 
-TEST_F(PrivateKeyTest, aKeyThatTheSystemRefusesToExportIsNone) {
-    test::KeyPlan refused;
+TEST_F(PrivateKeyTest, ReportsKeyThatIsNotExportable) {
+    test::KeySpec refused;
     refused.pkcs8.clear();
-    const ExportedKey key = exported(refused);
+    const ExportedKey key = exportKey(refused);
     EXPECT_FALSE(key.ok());
     EXPECT_TRUE(key.keyBytes.empty());
     EXPECT_EQ(key.algorithm, QSsl::Opaque);
     EXPECT_THAT(log_.lines(), ElementsAre("warn: Failed to export private key."));
-    EXPECT_EQ(borrowed_.keys, 0);
+    EXPECT_EQ(liveCounts_.keys, 0);
 }
 
-TEST_F(PrivateKeyTest, aKeyOfAnUnknownAlgorithmIsExportedAllTheSame) {
-    test::KeyPlan plan;
-    plan.group = {};
-    const ExportedKey key = exported(plan);
+TEST_F(PrivateKeyTest, ExportsKeyOfUnknownAlgorithm) {
+    test::KeySpec spec;
+    spec.group = {};
+    const ExportedKey key = exportKey(spec);
     EXPECT_TRUE(key.ok());
     EXPECT_EQ(key.keyBytes.view(), "key");
     EXPECT_EQ(key.algorithm, QSsl::Opaque);
@@ -72,19 +72,19 @@ TEST_F(PrivateKeyTest, aKeyOfAnUnknownAlgorithmIsExportedAllTheSame) {
                 ElementsAre("error: Failed to get property size. Set key Algorithm to OPAQUE"));
 }
 
-TEST_F(PrivateKeyTest, withoutTheSizeOfTheGroupTheAlgorithmIsOpaque) {
+TEST_F(PrivateKeyTest, FailureToGetGroupSizeGivesOpaque) {
     EXPECT_EQ(algorithmOf({Outcome::NoSize, {}}), QSsl::Opaque);
     EXPECT_THAT(log_.lines(),
                 ElementsAre("error: Failed to get property size. Set key Algorithm to OPAQUE"));
 }
 
-TEST_F(PrivateKeyTest, withoutTheDataOfTheGroupTheAlgorithmIsOpaque) {
+TEST_F(PrivateKeyTest, FailureToGetGroupDataGivesOpaque) {
     EXPECT_EQ(algorithmOf({Outcome::NoData, {}}), QSsl::Opaque);
     EXPECT_THAT(log_.lines(),
                 ElementsAre("error: Failed to get property data. Set key Algorithm to OPAQUE"));
 }
 
-TEST_F(PrivateKeyTest, everyGroupIsLoggedAndHasItsAlgorithm) {
+TEST_F(PrivateKeyTest, MapsAndLogsEveryGroup) {
     EXPECT_EQ(algorithmOf(u"RSA"_s), QSsl::Rsa);
     EXPECT_EQ(algorithmOf(u"DH"_s), QSsl::Dh);
     EXPECT_EQ(algorithmOf(u"DSA"_s), QSsl::Dsa);
@@ -96,7 +96,7 @@ TEST_F(PrivateKeyTest, everyGroupIsLoggedAndHasItsAlgorithm) {
                             "info: Key Algorithm is ECDSA."));
 }
 
-TEST_F(PrivateKeyTest, aGroupIsComparedAsAWholeAndToTheLetter) {
+TEST_F(PrivateKeyTest, ComparesGroupExactly) {
     for (const QString& group :
          {u"rsa"_s, u"RSA "_s, u"ECDSA_P256"_s, u"EC"_s, u"ED25519"_s, QString(), u"%1"_s}) {
         EXPECT_EQ(algorithmOf(group), QSsl::Opaque) << group.toStdString();
@@ -108,7 +108,7 @@ TEST_F(PrivateKeyTest, aGroupIsComparedAsAWholeAndToTheLetter) {
                             "info: Key Algorithm is %1."));
 }
 
-TEST_F(PrivateKeyTest, theAlgorithmsHaveTheirNumbers) {
+TEST_F(PrivateKeyTest, AlgorithmsHaveExpectedValues) {
     EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Opaque), 0u);
     EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Rsa), 1u);
     EXPECT_EQ(static_cast<std::uint32_t>(QSsl::Dsa), 2u);

@@ -12,7 +12,6 @@
 #include <array>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -24,31 +23,21 @@ namespace {
 
 using Logger = QuorinGatewayApplicationLogger;
 
-// In the order in which they are searched.
+// In search order.
 constexpr std::array<QStringView, 2> kStoreNames{u"WebHosting", u"My"};
 
-constexpr char toAsciiUpper(char byte) {
-    return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
-}
-
-bool isSameName(std::string_view left, std::string_view right) {
-    return std::equal(
-        left.begin(), left.end(), right.begin(), right.end(),
-        [](char one, char other) { return toAsciiUpper(one) == toAsciiUpper(other); });
-}
-
-// An asterisk in a certificate's name stands for itself alone. What the system does not name
-// matches nothing, not even an empty `name`.
-bool carriesName(const platform::Certificate& certificate, std::string_view name) {
-    const auto matches = [name](std::string_view candidate) {
-        return !candidate.empty() && isSameName(candidate, name);
+// Compares the whole name, ignoring the case of ASCII letters. There are no wildcards: an asterisk
+// matches only an asterisk. Empty names in the certificate match nothing, not even an empty `name`.
+bool hasName(const platform::Certificate& certificate, QByteArrayView name) {
+    const auto matches = [name](QByteArrayView candidate) {
+        return !candidate.empty() && candidate.compare(name, Qt::CaseInsensitive) == 0;
     };
     const std::vector<std::string> dnsNames = certificate.dnsNames();
     return std::any_of(dnsNames.begin(), dnsNames.end(), matches) ||
            matches(certificate.displayName());
 }
 
-QString serialText(const platform::Certificate& certificate) {
+QString serialNumberText(const platform::Certificate& certificate) {
     QByteArray bytes = certificate.serialNumber();
     std::reverse(bytes.begin(), bytes.end());
     return QString::fromLatin1(bytes.toHex());
@@ -58,31 +47,33 @@ bool isValidAt(const QDateTime& now, const platform::Certificate& certificate) {
     return !(now < certificate.notBefore() || certificate.notAfter() < now);
 }
 
-// The bytes of `secret` where they are, so that no copy has to be wiped. Goes before `secret`.
-QByteArray borrowed(const platform::SecretBytes& secret) {
+// Wraps the bytes of `secret` without copying them: a copy would not be wiped. The returned array
+// must not outlive `secret`.
+QByteArray wrap(const platform::SecretBytes& secret) {
     const QByteArrayView view = secret.view();
     return QByteArray::fromRawData(view.data(), view.size());
 }
 
-ServerCertificate forTls(const platform::Certificate& certificate, const ExportedKey& key,
-                         const platform::CertificateSystem& system) {
+ServerCertificate toServerCertificate(const platform::Certificate& certificate,
+                                      const ExportedKey& key,
+                                      const platform::CertificateSystem& system) {
     const platform::SecretBytes certificatePem =
         toPem(certificate.der(), PemType::Certificate, system);
     const platform::SecretBytes keyPem = toPem(key.keyBytes.view(), PemType::PrivateKey, system);
-    return {QSslCertificate(borrowed(certificatePem), QSsl::Pem),
-            QSslKey(borrowed(keyPem), key.algorithm, QSsl::Pem, QSsl::PrivateKey)};
+    return {QSslCertificate(wrap(certificatePem), QSsl::Pem),
+            QSslKey(wrap(keyPem), key.algorithm, QSsl::Pem, QSsl::PrivateKey)};
 }
 
-// The first certificate of `store` that will do; why others of that name do not is logged.
-std::optional<ServerCertificate> searchStore(platform::CertificateStore& store,
-                                             std::string_view name,
+// Returns the first usable certificate in `store`. Logs why other certificates with a matching name
+// are skipped.
+std::optional<ServerCertificate> searchStore(platform::CertificateStore& store, QByteArrayView name,
                                              const platform::CertificateSystem& system) {
     while (const auto certificate = store.next()) {
-        if (!carriesName(*certificate, name)) {
+        if (!hasName(*certificate, name)) {
             continue;
         }
         Logger::logInfo(u"Found certificate with a matching subject name (Serial Number - " +
-                        serialText(*certificate) + u')');
+                        serialNumberText(*certificate) + u')');
         if (!isValidAt(system.currentTime(), *certificate)) {
             Logger::logWarn(u"This certificate expired."_s);
             continue;
@@ -90,7 +81,7 @@ std::optional<ServerCertificate> searchStore(platform::CertificateStore& store,
         const ExportedKey key = exportPrivateKey(*certificate);
         if (key.ok()) {
             Logger::logInfo(u"Detect certificate for HTTPS server"_s);
-            return forTls(*certificate, key, system);
+            return toServerCertificate(*certificate, key, system);
         }
     }
     return std::nullopt;
@@ -109,7 +100,7 @@ ServerCertificate findServerCertificate(const QByteArray& name,
             Logger::logError(u"Failed to open store (" + storeName + u").");
             continue;
         }
-        if (auto found = searchStore(*store, name.toStdString(), system)) {
+        if (auto found = searchStore(*store, name, system)) {
             return *std::move(found);
         }
     }

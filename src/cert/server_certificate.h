@@ -10,12 +10,12 @@
 
 namespace quorin {
 
-// What the gateway shows its clients. Both are null when no certificate was found; the key alone is
-// null when it is of a kind that the TLS layer cannot use.
+// The certificate and private key of the gateway. Both are null if no certificate was found; only
+// the key is null if Qt does not support its algorithm.
 using ServerCertificate = std::pair<QSslCertificate, QSslKey>;
 
-// The machine's first certificate for `name` (UTF-8) that is valid now and whose key the system
-// lets out: from the store "WebHosting", else from "My". Every step is logged.
+// Returns the first certificate for `name` (UTF-8) that is valid now and has an exportable private
+// key. Searches the local machine's stores "WebHosting" and "My" in this order and logs each step.
 [[nodiscard]] ServerCertificate findServerCertificate(
     const QByteArray& name,
     const platform::CertificateSystem& system = platform::localMachineCertificates());

@@ -16,14 +16,14 @@ using namespace Qt::StringLiterals;
 namespace quorin {
 namespace {
 
-using test::CertificateText;
+using test::CertificateFields;
 using test::KeyKind;
 using test::selfSigned;
 using test::TestKey;
 using testing::Contains;
 using testing::ElementsAre;
 
-// Real certificates in real folders, found and handed to the TLS layer.
+// Loads real certificates from folders into Qt.
 class ServerCertificateFoldersTest : public testing::Test {
 protected:
     void write(const QString& name, const QByteArray& bytes) {
@@ -43,7 +43,7 @@ protected:
     test::RecordedLog log_;
 };
 
-TEST_F(ServerCertificateFoldersTest, whatIsFoundIsWhatTlsUses) {
+TEST_F(ServerCertificateFoldersTest, ReturnsUsableCertificateAndKey) {
     const struct {
         KeyKind kind;
         QSsl::KeyAlgorithm algorithm;
@@ -67,7 +67,7 @@ TEST_F(ServerCertificateFoldersTest, whatIsFoundIsWhatTlsUses) {
     }
 }
 
-TEST_F(ServerCertificateFoldersTest, aKeyOfAKindThatTlsCannotNameIsNull) {
+TEST_F(ServerCertificateFoldersTest, KeyOfUnsupportedAlgorithmIsNull) {
     const TestKey key(KeyKind::Ed25519);
     write(u"My/server.pem"_s, selfSigned(key) + key.pkcs8Pem());
     const ServerCertificate pair = find("localhost");
@@ -76,12 +76,12 @@ TEST_F(ServerCertificateFoldersTest, aKeyOfAKindThatTlsCannotNameIsNull) {
     EXPECT_THAT(log_.lines(), Contains("info: Key Algorithm is ED25519."));
 }
 
-TEST_F(ServerCertificateFoldersTest, theWholeSearchIsLogged) {
+TEST_F(ServerCertificateFoldersTest, LogsWholeSearch) {
     const TestKey key;
-    CertificateText expired;
-    expired.notAfter = CertificateText::thisSecond() - std::chrono::seconds(2);
+    CertificateFields expired;
+    expired.notAfter = CertificateFields::currentSecond() - std::chrono::seconds(2);
     expired.serialNumber = "80";
-    CertificateText good;
+    CertificateFields good;
     good.alternativeNames = "DNS:gateway.example,DNS:localhost";
     good.serialNumber = "AB0001";
     write(u"My/1.pem"_s, "garbage");
@@ -90,7 +90,7 @@ TEST_F(ServerCertificateFoldersTest, theWholeSearchIsLogged) {
     write(u"My/4.pem"_s, selfSigned(key) + key.encryptedPkcs8Pem());
     write(u"My/5.pem"_s, selfSigned(key, good) + key.pkcs8Pem());
     EXPECT_FALSE(find("localhost").second.isNull());
-    const char* const foundOne =
+    constexpr const char* kFound01 =
         "info: Found certificate with a matching subject name (Serial Number - 01)";
     EXPECT_THAT(log_.lines(),
                 ElementsAre("info: Try to search server certificate that have this name as "
@@ -98,8 +98,8 @@ TEST_F(ServerCertificateFoldersTest, theWholeSearchIsLogged) {
                             "error: Failed to open store (WebHosting).",
                             "info: Found certificate with a matching subject name "
                             "(Serial Number - 80)",
-                            "warn: This certificate expired.", foundOne,
-                            "warn: Failed to get crypt provider handle.", foundOne,
+                            "warn: This certificate expired.", kFound01,
+                            "warn: Failed to get crypt provider handle.", kFound01,
                             "warn: Failed to export private key.",
                             "info: Found certificate with a matching subject name "
                             "(Serial Number - ab0001)",

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// The TLS layer wants an application around it.
+// Qt's TLS classes require an application object.
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     const QCoreApplication application(argc, argv);

@@ -5,16 +5,17 @@
 
 namespace quorin::http {
 
-// Upper case of the letters a to z; every other byte, negative ones included, is itself. The
-// locale has no say in what a request means.
+// Converts the letters a to z to upper case and returns every other byte unchanged. Unlike
+// std::toupper, does not depend on the locale and accepts negative values.
 constexpr char toUpper(char c) noexcept {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-// Whether text, in upper case, is upperCaseName.
-constexpr bool isNamed(std::string_view text, std::string_view upperCaseName) noexcept {
-    return std::equal(text.begin(), text.end(), upperCaseName.begin(), upperCaseName.end(),
-                      [](char left, char right) { return toUpper(left) == right; });
+// Returns true if both texts have the same length and the same bytes, ignoring the case of ASCII
+// letters.
+constexpr bool equalsIgnoreCase(std::string_view left, std::string_view right) noexcept {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](char a, char b) { return toUpper(a) == toUpper(b); });
 }
 
 } // namespace quorin::http

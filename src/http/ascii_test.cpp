@@ -5,7 +5,7 @@
 namespace quorin::http {
 namespace {
 
-TEST(Ascii, OnlyTheLettersAToZHaveAnUpperCase) {
+TEST(Ascii, ConvertsOnlyAToZToUpperCase) {
     for (int byte = 0; byte < 256; ++byte) {
         const bool isLower = byte >= 0x61 && byte <= 0x7A;
         const auto c = static_cast<char>(byte); // negative from 0x80 on
@@ -14,14 +14,20 @@ TEST(Ascii, OnlyTheLettersAToZHaveAnUpperCase) {
     }
 }
 
-TEST(Ascii, ANameIsMatchedAsAWhole) {
-    EXPECT_TRUE(isNamed("get", "GET"));
-    EXPECT_TRUE(isNamed("gEt", "GET"));
-    EXPECT_TRUE(isNamed("", ""));
-    EXPECT_FALSE(isNamed("ge", "GET"));
-    EXPECT_FALSE(isNamed("gets", "GET"));
-    EXPECT_FALSE(isNamed("", "GET"));
-    EXPECT_FALSE(isNamed("g\xC5t", "GET"));
+TEST(Ascii, ComparisonIgnoresCaseOfAsciiLetters) {
+    EXPECT_TRUE(equalsIgnoreCase("get", "GET"));
+    EXPECT_TRUE(equalsIgnoreCase("gEt", "GeT"));
+    EXPECT_TRUE(equalsIgnoreCase("GET", "get"));
+    EXPECT_TRUE(equalsIgnoreCase("", ""));
+    EXPECT_FALSE(equalsIgnoreCase("@[", "`{"));
+    EXPECT_FALSE(equalsIgnoreCase("\xE4", "\xC4"));
+    EXPECT_FALSE(equalsIgnoreCase("g\xC5t", "GET"));
+}
+
+TEST(Ascii, ComparisonCoversWholeTexts) {
+    EXPECT_FALSE(equalsIgnoreCase("ge", "GET"));
+    EXPECT_FALSE(equalsIgnoreCase("gets", "GET"));
+    EXPECT_FALSE(equalsIgnoreCase("", "GET"));
 }
 
 } // namespace

@@ -9,7 +9,7 @@ namespace quorin::http {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The same memory seen as bytes and as text, so that a range is copied in one piece.
+// Views of the same memory as bytes and as text. Not owned; valid as long as the memory is.
 inline std::span<const std::uint8_t> asBytes(std::string_view text) noexcept {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }

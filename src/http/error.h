@@ -8,10 +8,9 @@
 
 namespace quorin {
 
-// What a Result holds in place of a value, and the exception that unwrapping such a Result throws.
-// An error whose code is 0 is no error.
+// The error of a failed Result, which unwrap() throws as an exception. Code 0 means "no error".
 struct Error : std::exception {
-    // The one code the HTTP parser reports: the bytes are not a well-formed request.
+    // The only code that the HTTP parser reports: the input is not a well-formed request.
     static constexpr std::int32_t kMalformed = std::numeric_limits<std::int32_t>::min();
 
     Error() = default;

@@ -7,19 +7,19 @@
 namespace quorin {
 namespace {
 
-TEST(Error, IsNoErrorUntilItHasACode) {
+TEST(Error, DefaultsToCodeZero) {
     const Error error;
 
     EXPECT_EQ(error.code, 0);
     EXPECT_EQ(error.message, "");
 }
 
-TEST(Error, MalformedIsTheMostNegativeCode) {
+TEST(Error, MalformedIsSmallestInt32) {
     EXPECT_EQ(Error::kMalformed, -2147483647 - 1);
     EXPECT_EQ(static_cast<std::uint32_t>(Error::kMalformed), 0x80000000U);
 }
 
-TEST(Error, CopyHasTheCodeAndTheMessage) {
+TEST(Error, CopyKeepsCodeAndMessage) {
     const Error error(7, "seven");
     const Error copy(error);
 
@@ -27,14 +27,14 @@ TEST(Error, CopyHasTheCodeAndTheMessage) {
     EXPECT_EQ(copy.message, "seven");
 }
 
-TEST(Error, IsCaughtAsAStandardException) {
+TEST(Error, DerivesFromStandardException) {
     try {
         throw Error(7, "seven");
     } catch (const std::exception& caught) {
         EXPECT_STREQ(caught.what(), "seven");
         return;
     }
-    FAIL() << "nothing was thrown";
+    FAIL() << "no exception was thrown";
 }
 
 } // namespace

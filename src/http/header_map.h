@@ -7,8 +7,7 @@
 
 namespace quorin::http {
 
-// The headers of a request or a response, in ascending byte order of their names. Names differ
-// when their letter case does.
+// The headers of a request or a response, sorted by name in byte order. Names are case-sensitive.
 class HeaderMap {
 public:
     using Entries = std::map<std::string, std::string>;
@@ -16,12 +15,13 @@ public:
     HeaderMap() = default;
     explicit HeaderMap(Entries entries) noexcept : entries_(std::move(entries)) {}
 
-    // Adds a header, or replaces the value of the one there is.
+    // Adds a header, or replaces its value if the name already exists.
     void set(std::string_view name, std::string_view value);
 
     bool contains(std::string_view name) const;
 
-    // A copy of the value; throws std::out_of_range "<name> does not exist" when there is none.
+    // Returns a copy of the value. Throws std::out_of_range "<name> does not exist" if there is no
+    // such header.
     std::string get(std::string_view name) const;
 
     const Entries& entries() const noexcept { return entries_; }

@@ -13,14 +13,14 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-TEST(HeaderMap, IsEmptyAtFirst) {
+TEST(HeaderMap, IsInitiallyEmpty) {
     const HeaderMap headers;
 
     EXPECT_TRUE(headers.entries().empty());
     EXPECT_FALSE(headers.contains("Host"));
 }
 
-TEST(HeaderMap, HoldsWhatWasSet) {
+TEST(HeaderMap, StoresHeader) {
     HeaderMap headers;
     headers.set("Host", "gateway");
 
@@ -28,7 +28,7 @@ TEST(HeaderMap, HoldsWhatWasSet) {
     EXPECT_EQ(headers.get("Host"), "gateway");
 }
 
-TEST(HeaderMap, SettingANameAgainReplacesItsValue) {
+TEST(HeaderMap, SetReplacesExistingValue) {
     HeaderMap headers;
     headers.set("Host", "first");
     headers.set("Host", "");
@@ -46,7 +46,7 @@ TEST(HeaderMap, NamesAreCaseSensitive) {
     EXPECT_FALSE(headers.contains("HOST"));
 }
 
-TEST(HeaderMap, IsOrderedByTheBytesOfTheNames) {
+TEST(HeaderMap, SortsNamesInByteOrder) {
     HeaderMap headers;
     for (const char* name : {"\xFF", "b", "a", "B", "ab", ""}) {
         headers.set(name, "");
@@ -56,17 +56,17 @@ TEST(HeaderMap, IsOrderedByTheBytesOfTheNames) {
                                                Pair("ab", ""), Pair("b", ""), Pair("\xFF", "")));
 }
 
-TEST(HeaderMap, GettingAnAbsentNameThrows) {
+TEST(HeaderMap, GetThrowsForMissingName) {
     const HeaderMap headers;
     try {
         headers.get("Host");
-        FAIL() << "nothing was thrown";
+        FAIL() << "no exception was thrown";
     } catch (const std::out_of_range& error) {
         EXPECT_STREQ(error.what(), "Host does not exist");
     }
 }
 
-TEST(HeaderMap, GetsACopy) {
+TEST(HeaderMap, GetReturnsCopy) {
     HeaderMap headers;
     headers.set("Host", "gateway");
 
@@ -76,7 +76,7 @@ TEST(HeaderMap, GetsACopy) {
     EXPECT_EQ(headers.get("Host"), "gateway");
 }
 
-TEST(HeaderNames, AreSpelledAsTheyAreSent) {
+TEST(HeaderNames, MatchWireSpelling) {
     EXPECT_EQ(kConnection, "Connection");
     EXPECT_EQ(kContentLength, "Content-Length");
     EXPECT_EQ(kContentType, "Content-Type");

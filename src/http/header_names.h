@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-// The header names the gateway itself reads and writes.
+// Names of the headers that the gateway reads or writes.
 namespace quorin::http {
 
 inline constexpr std::string_view kConnection = "Connection";

@@ -8,7 +8,7 @@
 namespace quorin::http {
 namespace {
 
-// A method's code is its place here.
+// Indexed by method code.
 constexpr std::array<std::string_view, 9> kNames = {
     "UNKNOWN", "GET", "HEAD", "POST", "PUT", "DELETE", "CONNECT", "OPTIONS", "TRACE",
 };
@@ -17,7 +17,7 @@ constexpr std::array<std::string_view, 9> kNames = {
 
 Method methodFromName(std::string_view name) noexcept {
     for (std::size_t code = 0; code < kNames.size(); ++code) {
-        if (isNamed(name, kNames[code])) {
+        if (equalsIgnoreCase(name, kNames[code])) {
             return static_cast<Method>(code);
         }
     }

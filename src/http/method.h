@@ -17,10 +17,10 @@ enum class Method : std::int32_t {
     Trace = 8,
 };
 
-// The method of a name in any letter case; Unknown when there is none of that name.
+// Looks up a method by name, ignoring case. Returns Unknown if there is no such method.
 Method methodFromName(std::string_view name) noexcept;
 
-// The canonical name, in upper case: "GET"; "UNKNOWN" for Unknown and for any other code.
+// Returns the name in upper case, such as "GET"; "UNKNOWN" for Unknown and undefined codes.
 std::string_view methodName(Method method) noexcept;
 
 } // namespace quorin::http

@@ -5,7 +5,7 @@
 namespace quorin::http {
 namespace {
 
-TEST(Method, CodesAndNamesMapBothWays) {
+TEST(Method, MapsBetweenCodesAndNames) {
     constexpr std::string_view kNames[] = {"UNKNOWN", "GET",     "HEAD",    "POST", "PUT",
                                            "DELETE",  "CONNECT", "OPTIONS", "TRACE"};
     std::int32_t code = 0;
@@ -16,12 +16,12 @@ TEST(Method, CodesAndNamesMapBothWays) {
     }
 }
 
-TEST(Method, NameIsTakenInAnyLetterCase) {
+TEST(Method, LookupIgnoresCase) {
     EXPECT_EQ(methodFromName("get"), Method::Get);
     EXPECT_EQ(methodFromName("dElEtE"), Method::Delete);
 }
 
-TEST(Method, OfAnyOtherNameIsUnknown) {
+TEST(Method, OtherNamesAreUnknown) {
     EXPECT_EQ(methodFromName("BREW"), Method::Unknown);
     EXPECT_EQ(methodFromName(""), Method::Unknown);
     EXPECT_EQ(methodFromName("GE"), Method::Unknown);
@@ -30,7 +30,7 @@ TEST(Method, OfAnyOtherNameIsUnknown) {
     EXPECT_EQ(methodFromName("\xE7\xC5\xD4"), Method::Unknown);
 }
 
-TEST(Method, NameOfACodeOutsideTheTableIsUnknown) {
+TEST(Method, UndefinedCodesAreNamedUnknown) {
     EXPECT_EQ(methodName(static_cast<Method>(9)), "UNKNOWN");
     EXPECT_EQ(methodName(static_cast<Method>(-1)), "UNKNOWN");
 }

@@ -13,7 +13,7 @@ namespace parser {
 
 struct RequestLine {
     Method method = Method::Unknown;
-    std::string target; // exactly as sent: nothing is decoded or normalised
+    std::string target; // exactly as received: neither decoded nor normalised
     Version version = Version::Unknown;
 
     bool operator==(const RequestLine&) const = default;

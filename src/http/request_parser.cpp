@@ -8,18 +8,18 @@ namespace {
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kSpace = " ";
 constexpr std::string_view kColon = ":";
-constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kWhitespace = " \t";
 
 Error malformed() {
     return Error(Error::kMalformed);
 }
 
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
+std::string_view trim(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(kWhitespace);
     if (first == std::string_view::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+    return text.substr(first, text.find_last_not_of(kWhitespace) - first + 1);
 }
 
 } // namespace
@@ -34,8 +34,8 @@ Result<std::string_view, Error> readUntil(std::size_t& position, std::string_vie
         return malformed();
     }
     const std::string_view token = input.substr(position, found - position);
-    // The byte after the token is looked at too: a line end may share it with the delimiter, and
-    // the one that begins first counts.
+    // Includes the byte after the token, the first of the delimiter: a line end may start before
+    // the delimiter and overlap it.
     if (input.substr(position, token.size() + 1).find(kLineEnd) < token.size()) {
         return malformed();
     }
@@ -71,7 +71,7 @@ Result<HeaderMap::Entries, Error> readHeaders(std::size_t& position, std::string
         if (value.isError()) {
             return value.error();
         }
-        headers.insert_or_assign(std::string(trimmed(name.value())), trimmed(value.value()));
+        headers.insert_or_assign(std::string(trim(name.value())), trim(value.value()));
     }
     position += kLineEnd.size();
     return headers;

@@ -9,33 +9,34 @@
 #include <cstddef>
 #include <string_view>
 
-// A strict one-shot parser: one buffer is one request, and no state outlives a call. Tokens are
-// views of the input; only what the request keeps is copied, once. Time is linear in the input.
+// A strict parser for one complete request in one buffer. Stateless and thread-safe. Runs in time
+// linear in the size of the input and copies only what the request stores.
 namespace quorin::http::parser {
 
-// Fills request from input; false when input is not a well-formed request, in which case request
-// is left with the pieces read before the flaw. Throws what the standard library throws for lack
-// of memory, never quorin::Error.
+// Parses input into request. Returns false if input is not a well-formed request; request then
+// holds the parts read before the error. Never throws quorin::Error; may throw std::bad_alloc or
+// std::length_error.
 //
-// The body is whatever follows the empty line; "Content-Length" is a header like any other. Of a
-// name that occurs twice the later value is kept.
+// The body is everything after the empty line; "Content-Length" is not interpreted. If a header
+// name occurs more than once, the last value is kept.
 bool parse(Request& request, std::string_view input);
 
-// The steps of parse(). Each reads from position, an index into input or its size, and moves it
-// past what it has read; each failure is Error::kMalformed without a message.
+// The steps of parse(). Each starts at position, an index not greater than the size of input, and
+// advances it past what it has read. On failure each returns Error::kMalformed without a message.
 
-// The bytes up to the delimiter, which is passed over; an empty delimiter stands for CR LF. Fails,
-// and leaves position alone, when the line or the input ends before a delimiter.
+// Returns the bytes before the delimiter as a view of input and skips the delimiter. An empty
+// delimiter means CR LF. Fails, without moving position, if the line or the input ends before the
+// delimiter.
 Result<std::string_view, Error> readUntil(std::size_t& position, std::string_view input,
                                           std::string_view delimiter);
 
-// An unknown method or version is no failure here.
+// Reads the request line. Unknown methods and versions are not errors.
 Result<RequestLine, Error> readRequestLine(std::size_t& position, std::string_view input);
 
-// The header lines and the empty line that ends them.
+// Reads the header lines and the empty line after them.
 Result<HeaderMap::Entries, Error> readHeaders(std::size_t& position, std::string_view input);
 
-// Everything that is left; never fails.
+// Reads the rest of input. Never fails.
 Result<Bytes, Error> readBody(std::size_t& position, std::string_view input);
 
 } // namespace quorin::http::parser

@@ -1,7 +1,5 @@
 #include "http/response.h"
 
-#include "http/status.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -11,7 +9,7 @@
 namespace quorin::http {
 namespace {
 
-// Hands every piece of the message to sink, in the order in which they are sent.
+// Passes the pieces of the message to sink in the order in which they are sent.
 template<typename Sink>
 void forEachPiece(const Response& response, Sink sink) {
     constexpr std::string_view kSpace = " ";
@@ -19,8 +17,9 @@ void forEachPiece(const Response& response, Sink sink) {
     constexpr std::size_t kStatusSize = std::numeric_limits<std::int32_t>::digits10 + 2;
 
     std::array<char, kStatusSize> status; // ten digits and a sign
-    const auto end =
-        std::to_chars(status.data(), status.data() + status.size(), response.status).ptr;
+    const auto end = std::to_chars(status.data(), status.data() + status.size(),
+                                   static_cast<std::int32_t>(response.status))
+                         .ptr;
 
     sink(versionName(response.version));
     sink(kSpace);
@@ -40,11 +39,16 @@ void forEachPiece(const Response& response, Sink sink) {
 
 } // namespace
 
-Response::Response(std::int32_t statusCode)
-    : Response(statusCode, std::string(reasonPhrase(statusCode))) {}
+Response::Response(Status responseStatus)
+    : Response(responseStatus, std::string(reasonPhrase(responseStatus))) {}
+
+Response::Response(Status responseStatus, std::string reasonText)
+    : status(responseStatus), reason(std::move(reasonText)) {}
+
+Response::Response(std::int32_t statusCode) : Response(static_cast<Status>(statusCode)) {}
 
 Response::Response(std::int32_t statusCode, std::string reasonText)
-    : status(statusCode), reason(std::move(reasonText)) {}
+    : Response(static_cast<Status>(statusCode), std::move(reasonText)) {}
 
 void Response::appendBody(std::string_view bytes) {
     const auto range = asBytes(bytes);

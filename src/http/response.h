@@ -2,6 +2,7 @@
 
 #include "http/bytes.h"
 #include "http/header_map.h"
+#include "http/status.h"
 #include "http/version.h"
 
 #include <cstddef>
@@ -11,25 +12,26 @@
 
 namespace quorin::http {
 
-// A reply, written as it stands: whoever wants a "Content-Length" or a "Content-Type" sets it.
+// A response. Serialised as is: no headers are added, not even "Content-Length".
 struct Response {
     Response() = default; // 200 OK
-    // With the standard reason phrase, which is empty for a status that has none.
+    // Takes the standard reason phrase, which is empty if the status has none.
+    explicit Response(Status responseStatus);
+    Response(Status responseStatus, std::string reasonText);
     explicit Response(std::int32_t statusCode);
     Response(std::int32_t statusCode, std::string reasonText);
 
     void appendBody(std::string_view bytes);
 
-    // The bytes to send.
+    // Returns the bytes to send.
     std::vector<std::uint8_t> serialize() const;
 
-    // The same into memory of the caller's, for one who holds bytes in a container of another
-    // kind: room for serializedSize() bytes, all of which are written.
+    // Serialises into the caller's memory: writes exactly serializedSize() bytes to out.
     std::size_t serializedSize() const;
     void serializeTo(char* out) const;
 
     Version version = Version::Http11;
-    std::int32_t status = 200;
+    Status status = Status::Ok;
     std::string reason = "OK";
     HeaderMap headers;
     Bytes body;

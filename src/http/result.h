@@ -5,15 +5,15 @@
 
 namespace zmk {
 
-// The storage of a result: a value and an error, of which one is default-constructed. There is no
-// flag beside them: a result has failed exactly when its error's code is not 0.
+// Stores a value and an error, one of which is default-constructed. There is no separate flag: the
+// result is an error if the code of the stored error is not 0.
 template<typename T, typename E>
 class ResultBase {
     static constexpr bool kMovesWithoutThrowing =
         std::is_nothrow_move_constructible_v<T> && std::is_nothrow_move_assignable_v<T>;
 
 public:
-    // Both are implicit, so that a function returns its value or its error as it stands.
+    // Implicit, so that a function can return either a value or an error.
     ResultBase(T value) : value_(std::move(value)) {}
     ResultBase(const E& error) : error_(error) {}
 
@@ -25,7 +25,7 @@ public:
 
     bool isError() const noexcept { return error_.code != 0; }
 
-    // The value; a default-constructed one when the result has failed.
+    // Returns the value, which is default-constructed if isError().
     const T& value() const& { return value_; }
     T value() && { return std::move(value_); }
 
@@ -46,7 +46,7 @@ public:
     using zmk::ResultBase<T, E>::ResultBase;
 };
 
-// The value of a result; throws a copy of its error when it has failed.
+// Returns the value. Throws a copy of the error if the result is one.
 template<typename T, typename E>
 T unwrap(Result<T, E> result) {
     if (result.isError()) {

@@ -14,7 +14,7 @@ namespace {
 
 using Text = Result<std::string, Error>;
 
-TEST(Result, OfAValueHoldsTheValueAndNoError) {
+TEST(Result, FromValueHasNoError) {
     const Text result(std::string("token"));
 
     EXPECT_FALSE(result.isError());
@@ -23,7 +23,7 @@ TEST(Result, OfAValueHoldsTheValueAndNoError) {
     EXPECT_EQ(result.error().message, "");
 }
 
-TEST(Result, OfAnErrorHoldsTheErrorAndADefaultValue) {
+TEST(Result, FromErrorHasDefaultValue) {
     const Error error(Error::kMalformed, "why");
     const Text result(error);
 
@@ -31,16 +31,16 @@ TEST(Result, OfAnErrorHoldsTheErrorAndADefaultValue) {
     EXPECT_EQ(result.value(), "");
     EXPECT_EQ(result.error().code, Error::kMalformed);
     EXPECT_EQ(result.error().message, "why");
-    EXPECT_EQ(error.message, "why") << "the error is copied in";
+    EXPECT_EQ(error.message, "why") << "the error was moved instead of copied";
 }
 
-TEST(Result, HasFailedExactlyWhenTheCodeIsNotZero) {
-    EXPECT_FALSE(Text(Error(0, "a message alone is no failure")).isError());
+TEST(Result, IsErrorIfCodeIsNotZero) {
+    EXPECT_FALSE(Text(Error(0, "code 0 is not an error")).isError());
     EXPECT_TRUE(Text(Error(1)).isError());
     EXPECT_TRUE(Text(Error(-1)).isError());
 }
 
-TEST(Result, TakesItsValueByMove) {
+TEST(Result, MovesValue) {
     std::vector<std::uint8_t> bytes(1000);
     const auto* const memory = bytes.data();
 
@@ -51,15 +51,15 @@ TEST(Result, TakesItsValueByMove) {
     EXPECT_EQ(moved.data(), memory);
 }
 
-TEST(Result, UnwrapsToItsValue) {
+TEST(Result, UnwrapReturnsValue) {
     EXPECT_EQ(unwrap(Text(std::string("token"))), "token");
 }
 
-TEST(Result, ThrowsACopyOfItsErrorWhenUnwrappedAfterAFailure) {
+TEST(Result, UnwrapThrowsCopyOfError) {
     const Text result(Error(7, "seven"));
     try {
         unwrap(result);
-        FAIL() << "nothing was thrown";
+        FAIL() << "no exception was thrown";
     } catch (const Error& error) {
         EXPECT_EQ(error.code, 7);
         EXPECT_EQ(error.message, "seven");
@@ -67,20 +67,20 @@ TEST(Result, ThrowsACopyOfItsErrorWhenUnwrappedAfterAFailure) {
     }
 }
 
-TEST(Result, DestroysTheErrorFirstAndThenTheValueThroughItsBase) {
+TEST(Result, BaseDestroysErrorBeforeValue) {
     static std::string order;
     struct Value {
         ~Value() { order += "value "; }
     };
-    struct Flaw {
-        ~Flaw() { order += "error "; }
+    struct Failure {
+        ~Failure() { order += "error "; }
         int code = 1;
     };
-    using Base = zmk::ResultBase<Value, Flaw>;
+    using Base = zmk::ResultBase<Value, Failure>;
     static_assert(std::has_virtual_destructor_v<Base>);
-    static_assert(std::is_base_of_v<Base, Result<Value, Flaw>>);
+    static_assert(std::is_base_of_v<Base, Result<Value, Failure>>);
 
-    std::unique_ptr<Base> failed = std::make_unique<Result<Value, Flaw>>(Flaw());
+    std::unique_ptr<Base> failed = std::make_unique<Result<Value, Failure>>(Failure());
     order.clear();
     failed.reset();
 

@@ -54,17 +54,18 @@ const std::map<std::int32_t, std::string_view> kStandardPhrases = {
     {505, "HTTP Version Not Supported"},
 };
 
-TEST(Status, EveryCodeHasItsPhraseOrNone) {
-    for (std::int32_t status = -1000; status <= 1000; ++status) {
-        const auto phrase = kStandardPhrases.find(status);
+TEST(Status, OnlyStandardCodesHavePhrases) {
+    for (std::int32_t code = -1000; code <= 1000; ++code) {
+        const auto phrase = kStandardPhrases.find(code);
         const bool isStandard = phrase != kStandardPhrases.end();
-        EXPECT_EQ(reasonPhrase(status), isStandard ? phrase->second : "") << status;
+        EXPECT_EQ(reasonPhrase(static_cast<Status>(code)), isStandard ? phrase->second : "")
+            << code;
     }
 }
 
-TEST(Status, TheExtremesHaveNoPhrase) {
-    EXPECT_EQ(reasonPhrase(std::numeric_limits<std::int32_t>::min()), "");
-    EXPECT_EQ(reasonPhrase(std::numeric_limits<std::int32_t>::max()), "");
+TEST(Status, LimitsHaveNoPhrase) {
+    EXPECT_EQ(reasonPhrase(Status{std::numeric_limits<std::int32_t>::min()}), "");
+    EXPECT_EQ(reasonPhrase(Status{std::numeric_limits<std::int32_t>::max()}), "");
 }
 
 } // namespace

@@ -23,7 +23,7 @@ constexpr std::array kVersions = {
 
 Version versionFromName(std::string_view name) noexcept {
     for (const Entry& entry : kVersions) {
-        if (isNamed(name, entry.name)) {
+        if (equalsIgnoreCase(name, entry.name)) {
             return entry.version;
         }
     }

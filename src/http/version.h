@@ -5,7 +5,7 @@
 
 namespace quorin::http {
 
-// The major version in the high byte, the minor one in the low byte.
+// Major version in the high byte, minor version in the low byte.
 enum class Version : std::int32_t {
     Unknown = 0,
     Http09 = 0x009,
@@ -13,10 +13,11 @@ enum class Version : std::int32_t {
     Http11 = 0x101,
 };
 
-// The version of a name ("HTTP/1.1") in any letter case; Unknown when there is none of that name.
+// Looks up a version by name, such as "HTTP/1.1", ignoring case. Returns Unknown if there is no
+// such version.
 Version versionFromName(std::string_view name) noexcept;
 
-// The canonical name; empty for Unknown and, since it is no better known, for any other code.
+// Returns the name in upper case; empty for Unknown and undefined codes.
 std::string_view versionName(Version version) noexcept;
 
 } // namespace quorin::http

@@ -12,36 +12,34 @@
 #include <string>
 #include <vector>
 
-// What the gateway asks of the system about certificates. The classes are interfaces so that each
-// refusal of the system can be played by a double; the system's own set is
-// localMachineCertificates(). Nothing here logs or throws (but for memory): an answer says what
-// went wrong, and the caller what that means.
+// Access to the system's certificate stores. The classes are interfaces so that tests can simulate
+// each failure of the system; localMachineCertificates() returns the real implementation. Nothing
+// here logs or throws anything but std::bad_alloc: callers interpret the results.
 //
-// The objects are used by one thread. Each owns what the system gave for it and gives it back when
-// it goes; a certificate may outlive the store it was found in, a key handle not its certificate.
+// The objects are not thread-safe. Each owns its system resources. A certificate may outlive its
+// store; a key handle must not outlive its certificate.
 namespace platform {
 
-// How far a question got that the system answers in two steps: how large it is, then what it is.
+// The outcome of a system query in two calls: the first returns the size, the second the data.
 enum class Outcome { Complete, NoSize, NoData };
 
 template<typename Value>
-struct TwoStepAnswer {
+struct QueryResult {
     Outcome outcome = Outcome::NoSize;
-    Value value{}; // empty unless the outcome is Complete
+    Value value{}; // empty unless outcome is Complete
 };
 
-// A certificate's private key in the system's keeping.
+// A handle to a certificate's private key.
 class KeyHandle {
 public:
     virtual ~KeyHandle() = default;
 
-    // The key as a PKCS #8 structure in DER, unencrypted; empty when the system does not let it
-    // out.
+    // Returns the key as unencrypted PKCS #8 in DER, or no bytes if the key is not exportable.
     [[nodiscard]] virtual SecretBytes exportPkcs8() const = 0;
 
-    // The group of algorithms the key belongs to, by the name that Windows gives it: "RSA", "DSA",
-    // "DH", "ECDSA", "ECDH", or any other. Without a terminating NUL.
-    [[nodiscard]] virtual TwoStepAnswer<QString> algorithmGroup() const = 0;
+    // Returns the Windows name of the key's algorithm group, such as "RSA", "DSA", "DH", "ECDSA" or
+    // "ECDH". The text does not include a terminating NUL.
+    [[nodiscard]] virtual QueryResult<QString> algorithmGroup() const = 0;
 
 protected:
     KeyHandle() = default;
@@ -53,25 +51,26 @@ class Certificate {
 public:
     virtual ~Certificate() = default;
 
-    // The DNS names among the subject's alternative names, all of them in the certificate's order;
-    // the subject's common name alone when there are none. A name may be empty.
+    // Returns the DNS names in the subject alternative names, in the order of the certificate, or
+    // only the subject's common name if there are none. A name may be empty.
     [[nodiscard]] virtual std::vector<std::string> dnsNames() const = 0;
 
-    // The name to show for the subject, normally its common name; empty when it has none.
+    // Returns the display name of the subject, normally its common name, or an empty text if the
+    // subject has no name.
     [[nodiscard]] virtual std::string displayName() const = 0;
 
-    // The bounds of the validity in UTC; null when the system cannot express one.
+    // Return the bounds of the validity period in UTC. Null if the system cannot convert the time.
     [[nodiscard]] virtual QDateTime notBefore() const = 0;
     [[nodiscard]] virtual QDateTime notAfter() const = 0;
 
-    // The serial number's bytes, the least significant first.
+    // Returns the bytes of the serial number, least significant byte first.
     [[nodiscard]] virtual QByteArray serialNumber() const = 0;
 
-    // The encoding in DER. The bytes are the certificate's own and go with it.
+    // Returns the DER encoding. The certificate owns the bytes.
     [[nodiscard]] virtual QByteArrayView der() const = 0;
 
-    // The private key that belongs to the certificate; null when there is none or the system does
-    // not give access to it. The handle must go before the certificate.
+    // Returns a handle to the certificate's private key, or null if there is none or access is
+    // denied. The handle must not outlive the certificate.
     [[nodiscard]] virtual std::unique_ptr<KeyHandle> acquirePrivateKey() const = 0;
 
 protected:
@@ -79,12 +78,12 @@ protected:
     Q_DISABLE_COPY_MOVE(Certificate)
 };
 
-// An open store, read from its first certificate to its last.
+// An open store. Enumerates its certificates once.
 class CertificateStore {
 public:
     virtual ~CertificateStore() = default;
 
-    // The certificate after the one returned last, in the store's order; null behind the last.
+    // Returns the next certificate in the order of the store, or null after the last.
     [[nodiscard]] virtual std::unique_ptr<Certificate> next() = 0;
 
 protected:
@@ -92,27 +91,27 @@ protected:
     Q_DISABLE_COPY_MOVE(CertificateStore)
 };
 
-// The certificates of a machine and what comes with them.
+// The certificate services of a system.
 class CertificateSystem {
 public:
     virtual ~CertificateSystem() = default;
 
-    // Opens the machine's store called `name` for reading; null when that fails.
+    // Opens the store `name` for reading. Returns null on failure.
     [[nodiscard]] virtual std::unique_ptr<CertificateStore> openStore(QStringView name) const = 0;
 
-    // Now, in UTC, made in the same way as the bounds of a certificate's validity.
+    // Returns the current time in UTC, converted in the same way as the validity bounds.
     [[nodiscard]] virtual QDateTime currentTime() const = 0;
 
-    // `bytes` in Base64: lines of 64 characters, each of them, the last included, ended by CR LF.
-    // Without a terminating NUL. The text may be that of a key.
-    [[nodiscard]] virtual TwoStepAnswer<SecretBytes> toBase64(QByteArrayView bytes) const = 0;
+    // Returns `bytes` in Base64 in lines of 64 characters. Each line, including the last, ends in
+    // CR LF; there is no terminating NUL. Returns SecretBytes because `bytes` may be a private key.
+    [[nodiscard]] virtual QueryResult<SecretBytes> toBase64(QByteArrayView bytes) const = 0;
 
 protected:
     CertificateSystem() = default;
     Q_DISABLE_COPY_MOVE(CertificateSystem)
 };
 
-// The certificates of the machine this runs on. Lives as long as the process.
+// Returns the certificate services of the local machine. The object lives as long as the process.
 [[nodiscard]] const CertificateSystem& localMachineCertificates();
 
 } // namespace platform

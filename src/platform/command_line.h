@@ -5,8 +5,8 @@
 
 namespace platform {
 
-// What this process was started with, in UTF-8, the program's name first. `argc` and `argv` are
-// those of main(), which on some systems are not in UTF-8.
+// Returns the command line of this process in UTF-8, starting with the program name. `argc` and
+// `argv` are the parameters of main(); on Windows they are ignored because they are not in UTF-8.
 [[nodiscard]] std::vector<std::string> commandLine(int argc, char** argv);
 
 } // namespace platform

@@ -5,30 +5,30 @@
 
 namespace platform {
 
-// The product's folder below the common application data folder; every path of the gateway
-// starts with these two.
+// The product folder, relative to the common application data folder. All files of the gateway are
+// below it.
 inline constexpr QStringView kProductFolder = u"Vemo/Quorin5";
 
-// True when the system library that knows the shell folders can be loaded. Without it nothing
-// below is known and the gateway must not start. Systems without such a library answer true.
+// Returns false if the system library that provides the shell folders cannot be loaded; the gateway
+// must not start then. Always returns true on systems that do not need such a library.
 bool shellFoldersAvailable();
 
-// The machine-wide folder for application data, without a trailing separator; empty when the
-// system names none.
+// Returns the machine-wide folder for application data without a trailing separator, or an empty
+// text if the system has none.
 QString commonApplicationDataFolder();
 
-// The same folder as the log set-up asks for it: through the system's eight-bit interface where
-// there is one, so that it is empty when the name is too long for that interface.
+// Returns the same folder for the log configuration. On Windows the ANSI function is used: the
+// result is empty if the path is too long for it.
 QString commonApplicationDataFolderForLog();
 
-// `left` and `right` joined with the system's separator, which is put behind `left` always and
-// taken off the front of `right` once.
+// Joins two paths: always appends the system's separator to `left`, and removes one leading
+// separator from `right`.
 QString joinPath(const QString& left, const QString& right);
 
-// True when `path` names an existing directory.
+// Returns true if `path` is an existing directory.
 bool isDirectory(const QString& path);
 
-// Makes the directory `path` with all its parents. False when it does not exist afterwards.
+// Creates the directory `path` and its parents. Returns false if it does not exist afterwards.
 bool makeDirectoryPath(const QString& path);
 
 } // namespace platform

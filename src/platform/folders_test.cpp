@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace platform {
 namespace {
 
-TEST(FoldersTest, joiningPutsOneSeparatorBetweenThePartsAndDropsOneOfTheRight) {
+TEST(FoldersTest, JoinPathInsertsSeparator) {
     const QString separator = joinPath(QString(), QString());
     ASSERT_EQ(separator.size(), 1);
     EXPECT_EQ(joinPath(u"a"_s, u"b"_s), u"a"_s + separator + u"b"_s);
@@ -20,7 +20,7 @@ TEST(FoldersTest, joiningPutsOneSeparatorBetweenThePartsAndDropsOneOfTheRight) {
               u"a"_s + separator + separator + separator + u"b"_s);
 }
 
-TEST(FoldersTest, aFolderIsMadeWithAllItsParents) {
+TEST(FoldersTest, CreatesFolderWithParents) {
     const QTemporaryDir temporary;
     const QString folder = temporary.filePath(u"one/two/dr\u00e9i"_s);
     EXPECT_FALSE(isDirectory(folder));
@@ -29,7 +29,7 @@ TEST(FoldersTest, aFolderIsMadeWithAllItsParents) {
     EXPECT_TRUE(makeDirectoryPath(folder));
 }
 
-TEST(FoldersTest, aFolderWhoseNameNoEightBitCodePageHoldsIsMadeAllTheSame) {
+TEST(FoldersTest, CreatesFolderOutsideAnyCodePage) {
     const QTemporaryDir temporary;
     const QString folder = temporary.filePath(u"\u0434\u0432\u0430/\u4e09"_s);
     EXPECT_FALSE(isDirectory(folder));
@@ -38,7 +38,7 @@ TEST(FoldersTest, aFolderWhoseNameNoEightBitCodePageHoldsIsMadeAllTheSame) {
     EXPECT_TRUE(QDir(folder).exists());
 }
 
-TEST(FoldersTest, aFileIsNoDirectoryAndNoneIsMadeInItsPlace) {
+TEST(FoldersTest, DoesNotReplaceFileWithFolder) {
     const QTemporaryDir temporary;
     QFile file(temporary.filePath(u"file"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -47,7 +47,7 @@ TEST(FoldersTest, aFileIsNoDirectoryAndNoneIsMadeInItsPlace) {
     EXPECT_FALSE(makeDirectoryPath(file.fileName()));
 }
 
-TEST(FoldersTest, theShellFoldersAreAvailableWhereTheTestsRun) {
+TEST(FoldersTest, ShellFoldersAreAvailable) {
     EXPECT_TRUE(shellFoldersAvailable());
     EXPECT_FALSE(commonApplicationDataFolder().isEmpty());
     EXPECT_FALSE(commonApplicationDataFolderForLog().isEmpty());

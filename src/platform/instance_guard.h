@@ -4,9 +4,9 @@ class QSharedMemory;
 
 namespace platform {
 
-// One attempt to create the one-byte segment of `guard`, whose key is set. True when this process
-// holds it now. A segment that another living process holds is never taken; one that a killed
-// process left behind is, where the system does not free it by itself.
+// Tries once to create the one-byte segment of `guard`, whose key must be set. Returns true if this
+// process now holds the segment. Takes over a segment left by a killed process, but never one held
+// by a running process.
 [[nodiscard]] bool takeInstanceGuard(QSharedMemory& guard);
 
 } // namespace platform

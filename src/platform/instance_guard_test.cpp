@@ -10,18 +10,18 @@ using namespace Qt::StringLiterals;
 namespace platform {
 namespace {
 
-QString keyOfThisProcess() {
+QString testKey() {
     return u"Global\\QUORIN_INSTANCE_GUARD_TEST_%1"_s.arg(QCoreApplication::applicationPid());
 }
 
-TEST(InstanceGuardTest, isTakenOnceAndFreeAgainWhenItsHolderGoes) {
-    QSharedMemory second(keyOfThisProcess());
+TEST(InstanceGuardTest, IsReleasedWithItsHolder) {
+    QSharedMemory second(testKey());
     {
-        QSharedMemory first(keyOfThisProcess());
+        QSharedMemory first(testKey());
         EXPECT_TRUE(takeInstanceGuard(first));
         EXPECT_EQ(first.size() >= 1, true);
         EXPECT_FALSE(takeInstanceGuard(second));
-        EXPECT_FALSE(takeInstanceGuard(second)) << "an attempt must not loosen the holder's grip";
+        EXPECT_FALSE(takeInstanceGuard(second)) << "a failed attempt must not release the segment";
     }
     EXPECT_TRUE(takeInstanceGuard(second));
 }

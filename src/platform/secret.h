@@ -10,15 +10,15 @@
 
 namespace platform {
 
-// Overwrites `size` bytes at `memory` with zeros in a way that no optimiser leaves out.
+// Overwrites `size` bytes at `memory` with zeros. The compiler cannot optimise the writes away.
 void wipe(void* memory, std::size_t size) noexcept;
 
-// Bytes that nobody may find in memory later: wiped before they are freed. Never copied by itself
-// and never grown, since both would leave copies behind.
+// A byte buffer for secrets, wiped before it is freed. Cannot be copied or grown, since both could
+// leave copies in memory. Not thread-safe.
 class SecretBytes {
 public:
     SecretBytes() = default;
-    // `size` zero bytes, for somebody to write into.
+    // Creates `size` zero bytes.
     explicit SecretBytes(std::size_t size)
         : bytes_(size != 0 ? std::make_unique<char[]>(size) : nullptr), size_(size) {}
     ~SecretBytes() { truncate(0); }
@@ -33,7 +33,7 @@ public:
     SecretBytes(const SecretBytes&) = delete;
     SecretBytes& operator=(const SecretBytes&) = delete;
 
-    // A copy of `parts`, one behind the other.
+    // Returns the concatenation of `parts`.
     [[nodiscard]] static SecretBytes joined(std::initializer_list<QByteArrayView> parts) {
         std::size_t size = 0;
         for (const QByteArrayView part : parts) {
@@ -50,12 +50,12 @@ public:
     [[nodiscard]] char* data() noexcept { return bytes_.get(); }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
-    // Valid as long as the bytes are neither truncated, moved nor gone.
+    // Returns a view that is valid until the buffer is truncated, moved or destroyed.
     [[nodiscard]] QByteArrayView view() const noexcept {
         return {bytes_.get(), static_cast<qsizetype>(size_)};
     }
 
-    // Keeps the first `size` bytes, of which there are at least as many; wipes the others.
+    // Wipes and drops all bytes after the first `size`. Does nothing if size() <= `size`.
     void truncate(std::size_t size) noexcept {
         if (size < size_) {
             wipe(bytes_.get() + size, size_ - size);

@@ -4,9 +4,8 @@
 
 namespace platform {
 
-// A library loaded at run time, unloaded when the object goes. A default object holds none.
-// Moving hands the library over; an object may be used by one thread at a time, the functions
-// found in it by as many as the library allows.
+// A library loaded at run time and unloaded by the destructor. Empty if default-constructed. The
+// object is not thread-safe; whether the library's functions are depends on the library.
 class SharedLibrary {
 public:
     SharedLibrary() = default;
@@ -21,16 +20,17 @@ public:
     SharedLibrary(const SharedLibrary&) = delete;
     SharedLibrary& operator=(const SharedLibrary&) = delete;
 
-    // Loads the library named `name` (UTF-8). A bare file name is looked for by the system's
-    // normal search, which begins beside the code that asks. Nothing loaded: an empty object.
+    // Loads the library `name` (UTF-8). A bare file name is searched for in the system's usual
+    // order. Returns an empty object on failure.
     [[nodiscard]] static SharedLibrary load(const char* name);
 
-    // Why the last load() on this thread found nothing; for messages to people.
+    // Returns a description of why the last load() on this thread failed. Valid until the next call
+    // of load() or lastError() on this thread.
     [[nodiscard]] static const char* lastError();
 
     [[nodiscard]] explicit operator bool() const noexcept { return handle_ != nullptr; }
 
-    // The function exported as `name`, or null. The caller knows its type.
+    // Returns the exported function `name`, or null if there is none. Its type is not checked.
     template<typename Function>
     [[nodiscard]] Function* function(const char* name) const {
         return reinterpret_cast<Function*>(symbol(name));
@@ -45,10 +45,10 @@ private:
     void* handle_ = nullptr;
 };
 
-// File name of the logging library on this system.
+// Returns the file name of the logging library on this system.
 [[nodiscard]] const char* loggingLibraryName();
 
-// File name of the gateway library on this system.
+// Returns the file name of the gateway library on this system.
 [[nodiscard]] const char* gatewayLibraryName();
 
 } // namespace platform

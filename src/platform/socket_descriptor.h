@@ -6,8 +6,8 @@
 
 namespace platform {
 
-// Owns an accepted socket's descriptor until somebody takes it: a connection that is dropped
-// before anyone read from it is closed with this object.
+// Owns the descriptor of an accepted connection until release() is called. The destructor closes
+// the connection if it is still owned. Not thread-safe.
 class SocketDescriptor {
 public:
     explicit SocketDescriptor(qintptr descriptor) noexcept : descriptor_(descriptor) {}
@@ -18,7 +18,7 @@ public:
 
     [[nodiscard]] qintptr get() const noexcept { return descriptor_; }
 
-    // Hands the descriptor to the caller, who closes it from now on.
+    // Transfers ownership of the descriptor to the caller.
     [[nodiscard]] qintptr release() noexcept { return std::exchange(descriptor_, kNone); }
 
 private:

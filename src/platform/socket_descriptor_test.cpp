@@ -10,7 +10,7 @@
 namespace platform {
 namespace {
 
-// Keeps what it accepts as a bare descriptor.
+// Stores the accepted connection as a descriptor.
 class Acceptor : public QTcpServer {
 public:
     std::optional<SocketDescriptor> accepted;
@@ -19,7 +19,7 @@ private:
     void incomingConnection(qintptr descriptor) override { accepted.emplace(descriptor); }
 };
 
-TEST(SocketDescriptorTest, closesWhatNobodyTook) {
+TEST(SocketDescriptorTest, ClosesUnreleasedDescriptor) {
     Acceptor acceptor;
     ASSERT_TRUE(acceptor.listen(QHostAddress::LocalHost));
     QTcpSocket client;
@@ -32,7 +32,7 @@ TEST(SocketDescriptorTest, closesWhatNobodyTook) {
     EXPECT_TRUE(client.waitForDisconnected(5000));
 }
 
-TEST(SocketDescriptorTest, leavesATakenOneOpen) {
+TEST(SocketDescriptorTest, LeavesReleasedDescriptorOpen) {
     Acceptor acceptor;
     ASSERT_TRUE(acceptor.listen(QHostAddress::LocalHost));
     QTcpSocket client;
@@ -41,13 +41,13 @@ TEST(SocketDescriptorTest, leavesATakenOneOpen) {
     ASSERT_TRUE(acceptor.waitForNewConnection(5000));
     ASSERT_TRUE(acceptor.accepted.has_value());
 
-    QTcpSocket taker;
-    ASSERT_TRUE(taker.setSocketDescriptor(acceptor.accepted->release()));
+    QTcpSocket receiver;
+    ASSERT_TRUE(receiver.setSocketDescriptor(acceptor.accepted->release()));
     acceptor.accepted.reset();
-    taker.write("still here");
-    ASSERT_TRUE(taker.waitForBytesWritten(5000));
+    receiver.write("still open");
+    ASSERT_TRUE(receiver.waitForBytesWritten(5000));
     ASSERT_TRUE(client.waitForReadyRead(5000));
-    EXPECT_EQ(client.readAll(), "still here");
+    EXPECT_EQ(client.readAll(), "still open");
 }
 
 } // namespace

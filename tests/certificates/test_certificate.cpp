@@ -27,26 +27,26 @@ struct Deleter {
 template<typename Object, auto Free>
 using Owned = std::unique_ptr<Object, Deleter<Free>>;
 
-// A test cannot go on without what it asked for.
-void require(bool done) {
-    if (!done) {
+// Throws the last OpenSSL error if `isOk` is false.
+void require(bool isOk) {
+    if (!isOk) {
         throw std::runtime_error(ERR_error_string(ERR_get_error(), nullptr));
     }
 }
 
-EVP_PKEY* dsaKey() {
+EVP_PKEY* newDsaKey() {
     const Owned<EVP_PKEY_CTX, EVP_PKEY_CTX_free> parameters(
         EVP_PKEY_CTX_new_id(EVP_PKEY_DSA, nullptr));
-    EVP_PKEY* made = nullptr;
+    EVP_PKEY* result = nullptr;
     require(EVP_PKEY_paramgen_init(parameters.get()) == 1 &&
             EVP_PKEY_CTX_set_dsa_paramgen_bits(parameters.get(), 1024) == 1 &&
-            EVP_PKEY_paramgen(parameters.get(), &made) == 1);
-    const Owned<EVP_PKEY, EVP_PKEY_free> domain(made);
+            EVP_PKEY_paramgen(parameters.get(), &result) == 1);
+    const Owned<EVP_PKEY, EVP_PKEY_free> domain(result);
     const Owned<EVP_PKEY_CTX, EVP_PKEY_CTX_free> generator(EVP_PKEY_CTX_new(domain.get(), nullptr));
-    made = nullptr;
+    result = nullptr;
     require(EVP_PKEY_keygen_init(generator.get()) == 1 &&
-            EVP_PKEY_keygen(generator.get(), &made) == 1);
-    return made;
+            EVP_PKEY_keygen(generator.get(), &result) == 1);
+    return result;
 }
 
 EVP_PKEY* newKey(KeyKind kind) {
@@ -54,7 +54,7 @@ EVP_PKEY* newKey(KeyKind kind) {
     case KeyKind::Rsa:
         return EVP_RSA_gen(2048);
     case KeyKind::Dsa:
-        return dsaKey();
+        return newDsaKey();
     case KeyKind::EcP256:
         return EVP_EC_gen("P-256");
     case KeyKind::EcP384:
@@ -65,9 +65,9 @@ EVP_PKEY* newKey(KeyKind kind) {
     return nullptr;
 }
 
-// What `write` puts into a memory BIO.
+// Returns the bytes that `write` writes to a memory BIO.
 template<typename Write>
-QByteArray written(Write write) {
+QByteArray collect(Write write) {
     const Owned<BIO, BIO_free_all> bio(BIO_new(BIO_s_mem()));
     require(write(bio.get()) == 1);
     char* data = nullptr;
@@ -75,7 +75,7 @@ QByteArray written(Write write) {
     return {data, size};
 }
 
-std::time_t secondsOf(std::chrono::sys_seconds time) {
+std::time_t toTimeT(std::chrono::sys_seconds time) {
     return time.time_since_epoch().count();
 }
 
@@ -88,77 +88,78 @@ TestKey::TestKey(KeyKind kind) : key_(newKey(kind)) {
 }
 
 QByteArray TestKey::pkcs8Der() const {
-    return written([this](BIO* bio) {
+    return collect([this](BIO* bio) {
         return i2d_PKCS8PrivateKey_bio(bio, get(), nullptr, nullptr, 0, nullptr, nullptr);
     });
 }
 
 QByteArray TestKey::pkcs8Pem() const {
-    return written([this](BIO* bio) {
+    return collect([this](BIO* bio) {
         return PEM_write_bio_PKCS8PrivateKey(bio, get(), nullptr, nullptr, 0, nullptr, nullptr);
     });
 }
 
 QByteArray TestKey::traditionalPem() const {
-    return written([this](BIO* bio) {
+    return collect([this](BIO* bio) {
         return PEM_write_bio_PrivateKey_traditional(bio, get(), nullptr, nullptr, 0, nullptr,
                                                     nullptr);
     });
 }
 
 QByteArray TestKey::encryptedPkcs8Pem() const {
-    return written([this](BIO* bio) {
+    return collect([this](BIO* bio) {
         return PEM_write_bio_PKCS8PrivateKey(bio, get(), EVP_aes_128_cbc(), kPassPhrase,
                                              sizeof kPassPhrase - 1, nullptr, nullptr);
     });
 }
 
 QByteArray TestKey::encryptedTraditionalPem() const {
-    return written([this](BIO* bio) {
+    return collect([this](BIO* bio) {
         return PEM_write_bio_PrivateKey_traditional(
             bio, get(), EVP_aes_128_cbc(), reinterpret_cast<const unsigned char*>(kPassPhrase),
             sizeof kPassPhrase - 1, nullptr, nullptr);
     });
 }
 
-std::chrono::sys_seconds CertificateText::thisSecond() {
+std::chrono::sys_seconds CertificateFields::currentSecond() {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-QByteArray selfSigned(const TestKey& key, const CertificateText& text) {
+QByteArray selfSigned(const TestKey& key, const CertificateFields& fields) {
     const Owned<X509, X509_free> certificate(X509_new());
-    X509* const made = certificate.get();
-    require(X509_set_version(made, X509_VERSION_3) == 1);
+    X509* const x509 = certificate.get();
+    require(X509_set_version(x509, X509_VERSION_3) == 1);
 
     BIGNUM* number = nullptr;
-    require(BN_hex2bn(&number, text.serialNumber.c_str()) != 0);
+    require(BN_hex2bn(&number, fields.serialNumber.c_str()) != 0);
     const Owned<BIGNUM, BN_free> serialNumber(number);
-    require(BN_to_ASN1_INTEGER(number, X509_get_serialNumber(made)) != nullptr);
+    require(BN_to_ASN1_INTEGER(number, X509_get_serialNumber(x509)) != nullptr);
 
-    require(ASN1_TIME_set(X509_getm_notBefore(made), secondsOf(text.notBefore)) != nullptr);
-    require(ASN1_TIME_set(X509_getm_notAfter(made), secondsOf(text.notAfter)) != nullptr);
+    require(ASN1_TIME_set(X509_getm_notBefore(x509), toTimeT(fields.notBefore)) != nullptr);
+    require(ASN1_TIME_set(X509_getm_notAfter(x509), toTimeT(fields.notAfter)) != nullptr);
 
-    X509_NAME* const subject = X509_get_subject_name(made);
-    for (const auto& [name, value] : text.subject) {
+    X509_NAME* const subject = X509_get_subject_name(x509);
+    for (const auto& [name, value] : fields.subject) {
         require(X509_NAME_add_entry_by_txt(subject, name.c_str(), MBSTRING_UTF8,
                                            reinterpret_cast<const unsigned char*>(value.data()),
                                            static_cast<int>(value.size()), -1, 0) == 1);
     }
-    require(X509_set_issuer_name(made, subject) == 1);
-    require(X509_set_pubkey(made, key.get()) == 1);
+    require(X509_set_issuer_name(x509, subject) == 1);
+    require(X509_set_pubkey(x509, key.get()) == 1);
 
-    if (!text.alternativeNames.empty()) {
+    if (!fields.alternativeNames.empty()) {
         const Owned<X509_EXTENSION, X509_EXTENSION_free> extension(X509V3_EXT_conf_nid(
-            nullptr, nullptr, NID_subject_alt_name, text.alternativeNames.c_str()));
-        require(extension != nullptr && X509_add_ext(made, extension.get(), -1) == 1);
+            nullptr, nullptr, NID_subject_alt_name, fields.alternativeNames.c_str()));
+        require(extension != nullptr && X509_add_ext(x509, extension.get(), -1) == 1);
     }
 
-    const bool hashesItself = EVP_PKEY_get_base_id(key.get()) == EVP_PKEY_ED25519;
-    require(X509_sign(made, key.get(), hashesItself ? nullptr : EVP_sha256()) > 0);
-    return written([made](BIO* bio) { return PEM_write_bio_X509(bio, made); });
+    // Ed25519 signatures take no separate digest.
+    const bool hasOwnDigest = EVP_PKEY_get_base_id(key.get()) == EVP_PKEY_ED25519;
+    require(X509_sign(x509, key.get(), hasOwnDigest ? nullptr : EVP_sha256()) > 0);
+    return collect([x509](BIO* bio) { return PEM_write_bio_X509(bio, x509); });
 }
 
-QByteArray decoded(const QByteArray& pem) {
+QByteArray derFromPem(const QByteArray& pem) {
     const qsizetype begin = pem.indexOf('\n') + 1;
     const qsizetype end = pem.lastIndexOf("-----END");
     return QByteArray::fromBase64(pem.mid(begin, end - begin));

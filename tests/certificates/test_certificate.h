@@ -14,7 +14,7 @@ namespace quorin::test {
 
 enum class KeyKind { Rsa, Dsa, EcP256, EcP384, Ed25519 };
 
-// A new key pair.
+// A newly generated key pair.
 class TestKey {
 public:
     explicit TestKey(KeyKind kind = KeyKind::EcP256);
@@ -35,24 +35,26 @@ private:
     std::unique_ptr<EVP_PKEY, Free> key_;
 };
 
-// What a certificate is to say.
-struct CertificateText {
+// The fields of a generated certificate.
+struct CertificateFields {
     using Attribute = std::pair<std::string, std::string>; // short name and value
 
     std::vector<Attribute> subject = {{"CN", "localhost"}};
-    // As in the configuration of OpenSSL, such as "DNS:localhost,IP:127.0.0.1"; empty for none.
+    // In the syntax of OpenSSL configuration files, such as "DNS:localhost,IP:127.0.0.1". May be
+    // empty.
     std::string alternativeNames;
     std::string serialNumber = "1"; // in hexadecimal
-    std::chrono::sys_seconds notBefore = thisSecond() - std::chrono::hours(1);
-    std::chrono::sys_seconds notAfter = thisSecond() + std::chrono::hours(1);
+    std::chrono::sys_seconds notBefore = currentSecond() - std::chrono::hours(1);
+    std::chrono::sys_seconds notAfter = currentSecond() + std::chrono::hours(1);
 
-    [[nodiscard]] static std::chrono::sys_seconds thisSecond();
+    // Returns the current time, rounded down.
+    [[nodiscard]] static std::chrono::sys_seconds currentSecond();
 };
 
-// A certificate that `key` has signed for itself, in PEM.
-[[nodiscard]] QByteArray selfSigned(const TestKey& key, const CertificateText& text = {});
+// Returns a self-signed certificate for `key` in PEM.
+[[nodiscard]] QByteArray selfSigned(const TestKey& key, const CertificateFields& fields = {});
 
-// What the one block of a PEM text holds.
-[[nodiscard]] QByteArray decoded(const QByteArray& pem);
+// Returns the decoded content of a PEM text with one block.
+[[nodiscard]] QByteArray derFromPem(const QByteArray& pem);
 
 } // namespace quorin::test

@@ -13,50 +13,51 @@ namespace quorin::test {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kWhitespace = " \t";
 constexpr std::string_view kPlaceholder = "{}";
 
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
+std::string_view trim(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(kWhitespace);
     return first == std::string_view::npos
                ? std::string_view()
-               : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+               : text.substr(first, text.find_last_not_of(kWhitespace) - first + 1);
 }
 
-// Takes the first word off `text`.
+// Removes the first word from `text` and returns it.
 std::string_view takeWord(std::string_view& text) {
-    text = trimmed(text);
-    const std::size_t end = std::min(text.find_first_of(kBlanks), text.size());
+    text = trim(text);
+    const std::size_t end = std::min(text.find_first_of(kWhitespace), text.size());
     const std::string_view word = text.substr(0, end);
-    text = trimmed(text.substr(end));
+    text = trim(text.substr(end));
     return word;
 }
 
-std::string withWord(std::string_view line, std::string_view word) {
+std::string replacePlaceholder(std::string_view line, std::string_view word) {
     std::string result(line);
-    for (std::size_t place = 0; (place = result.find(kPlaceholder, place)) != std::string::npos;
-         place += word.size()) {
-        result.replace(place, kPlaceholder.size(), word);
+    for (std::size_t position = 0;
+         (position = result.find(kPlaceholder, position)) != std::string::npos;
+         position += word.size()) {
+        result.replace(position, kPlaceholder.size(), word);
     }
     return result;
 }
 
-// The bytes of the quoted text that `text` begins with; takes it off.
+// Removes the quoted text at the start of `text` and returns its bytes.
 QByteArray takeQuoted(std::string_view& text) {
     if (!text.starts_with('"')) {
-        throw std::invalid_argument("a quotation is missing");
+        throw std::invalid_argument("missing quoted text");
     }
     QByteArray bytes;
-    for (std::size_t place = 1; place < text.size(); ++place) {
-        if (text[place] == '"') {
-            text = trimmed(text.substr(place + 1));
+    for (std::size_t position = 1; position < text.size(); ++position) {
+        if (text[position] == '"') {
+            text = trim(text.substr(position + 1));
             return bytes;
         }
-        if (text[place] != '\\') {
-            bytes += text[place];
+        if (text[position] != '\\') {
+            bytes += text[position];
             continue;
         }
-        const char escape = ++place < text.size() ? text[place] : '\0';
+        const char escape = ++position < text.size() ? text[position] : '\0';
         switch (escape) {
         case 'r':
             bytes += '\r';
@@ -69,18 +70,18 @@ QByteArray takeQuoted(std::string_view& text) {
             bytes += escape;
             break;
         case 'x':
-            bytes +=
-                static_cast<char>(std::stoi(std::string(text.substr(place + 1, 2)), nullptr, 16));
-            place += 2;
+            bytes += static_cast<char>(
+                std::stoi(std::string(text.substr(position + 1, 2)), nullptr, 16));
+            position += 2;
             break;
         default:
-            throw std::invalid_argument("an escape that is none");
+            throw std::invalid_argument("unknown escape sequence");
         }
     }
-    throw std::invalid_argument("a quotation that does not end");
+    throw std::invalid_argument("unterminated quoted text");
 }
 
-// The replies without a body, by their status.
+// Returns the reply without a body for a status.
 QByteArray plainReply(std::string_view status) {
     static const std::map<std::string_view, const char*> replies{
         {"400", "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n"},
@@ -96,7 +97,7 @@ QByteArray downloadReply(const QByteArray& content) {
            "\r\nContent-Type: inode/directory\r\n\r\n" + content;
 }
 
-// What stands up to the end of the line, put together.
+// Evaluates the bytes up to the end of the line.
 QByteArray takeBytes(std::string_view& text) {
     QByteArray bytes;
     while (!text.empty()) {
@@ -130,35 +131,35 @@ Step readStep(int line, std::string_view text) {
     return step;
 }
 
-// An "each" and the indented lines behind it.
+// An "each" and the indented lines after it.
 struct Each {
     std::vector<std::string> words;
     std::vector<std::pair<int, std::string>> lines;
 };
 
-void closeEach(Each& each, std::vector<Step>& steps) {
+void expandEach(Each& each, std::vector<Step>& steps) {
     for (const std::string& word : each.words) {
         for (const auto& [line, text] : each.lines) {
-            steps.push_back(readStep(line, withWord(text, word)));
+            steps.push_back(readStep(line, replacePlaceholder(text, word)));
         }
     }
     each = {};
 }
 
 void readLine(int line, std::string_view text, Each& each, std::vector<Step>& steps) {
-    const bool isIndented = text.find_first_not_of(kBlanks) > 0;
-    std::string_view rest = trimmed(text);
+    const bool isIndented = text.find_first_not_of(kWhitespace) > 0;
+    std::string_view rest = trim(text);
     if (rest.empty() || rest.front() == '#') {
         return;
     }
     if (isIndented) {
         if (each.words.empty()) {
-            throw std::invalid_argument("an indented line that belongs to no \"each\"");
+            throw std::invalid_argument("indented line without \"each\"");
         }
         each.lines.emplace_back(line, rest);
         return;
     }
-    closeEach(each, steps);
+    expandEach(each, steps);
     if (rest.starts_with("each ")) {
         takeWord(rest);
         while (!rest.empty()) {
@@ -172,10 +173,10 @@ void readLine(int line, std::string_view text, Each& each, std::vector<Step>& st
 bool isContinuation(std::istream& file) {
     const std::streampos begin = file.tellg();
     std::string text;
-    const bool isQuotation = std::getline(file, text) && trimmed(text).starts_with('"');
+    const bool startsWithQuote = std::getline(file, text) && trim(text).starts_with('"');
     file.clear();
     file.seekg(begin);
-    return isQuotation;
+    return startsWithQuote;
 }
 
 } // namespace
@@ -183,14 +184,14 @@ bool isContinuation(std::istream& file) {
 std::vector<Step> readCase(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        throw std::runtime_error(path.string() + " cannot be read");
+        throw std::runtime_error(path.string() + ": cannot read the file");
     }
     std::vector<Step> steps;
     Each each;
     std::string text;
     for (int number = 1; std::getline(file, text);) {
         const int line = number++;
-        // A line that begins with a quotation belongs to the one before.
+        // A line that starts with a quote continues the previous line.
         while (file && isContinuation(file)) {
             std::string more;
             std::getline(file, more);
@@ -204,7 +205,7 @@ std::vector<Step> readCase(const std::filesystem::path& path) {
                                      exception.what());
         }
     }
-    closeEach(each, steps);
+    expandEach(each, steps);
     return steps;
 }
 

@@ -7,23 +7,23 @@
 #include <utility>
 #include <vector>
 
-// The text files that say what a client does and what comes back; README.md beside them describes
-// their form.
+// Reads the case files of hostile_test. README.md in the folder of the cases describes their
+// format.
 namespace quorin::test {
 
-// A line: what to do, and with what. Quoted bytes are put together already.
+// One step of a case, with its bytes already evaluated.
 struct Step {
     int line = 0;
-    std::string verb;
-    QByteArray argument; // what stands before the quoted bytes
+    std::string verb;    // the first word, such as "send"
+    QByteArray argument; // the word before the bytes; empty for most verbs
     QByteArray bytes;
 };
 
-// All steps of a file, those of an "each" repeated. Throws std::runtime_error, which names file
-// and line, when the file cannot be read or does not keep to the form.
+// Reads the steps of a case file and expands "each". Throws std::runtime_error, with file and line,
+// if the file cannot be read or is malformed.
 [[nodiscard]] std::vector<Step> readCase(const std::filesystem::path& path);
 
-// The files of the folder, in the order of their names.
+// Returns the case files in `folder`, sorted by name.
 [[nodiscard]] std::vector<std::filesystem::path> findCases(const std::filesystem::path& folder);
 
 } // namespace quorin::test

@@ -17,10 +17,10 @@ bool canMakeCertificates() {
 
 QByteArray installCertificate(const Site& site, const QByteArray& name) {
     const TestKey key;
-    CertificateText text;
-    text.subject = {{"CN", name.toStdString()}};
-    text.alternativeNames = "DNS:" + name.toStdString();
-    const QByteArray certificate = selfSigned(key, text);
+    CertificateFields fields;
+    fields.subject = {{"CN", name.toStdString()}};
+    fields.alternativeNames = "DNS:" + name.toStdString();
+    const QByteArray certificate = selfSigned(key, fields);
     const QString folder = site.appDataPath(u"Vemo/Quorin5/certificates/WebHosting"_s);
     EXPECT_TRUE(QDir().mkpath(folder));
     QFile file(folder + u"/gateway.pem");

@@ -9,21 +9,21 @@ namespace platform {
 
 namespace {
 
-constexpr qsizetype kBytesInLine = 48;
+constexpr qsizetype kBytesPerLine = 48;
 constexpr QByteArrayView kLineEnd = "\r\n";
 
 constexpr std::size_t encodedSize(qsizetype bytes) {
-    const qsizetype lines = (bytes + kBytesInLine - 1) / kBytesInLine;
+    const qsizetype lines = (bytes + kBytesPerLine - 1) / kBytesPerLine;
     return static_cast<std::size_t>((bytes + 2) / 3 * 4 + lines * kLineEnd.size());
 }
 
 } // namespace
 
 SecretBytes base64LinesOf(QByteArrayView bytes) {
-    SecretBytes text(encodedSize(bytes.size()) + 1); // the encoder puts a NUL behind each line
+    SecretBytes text(encodedSize(bytes.size()) + 1); // EVP_EncodeBlock() appends a NUL
     char* end = text.data();
     while (!bytes.isEmpty()) {
-        const QByteArrayView line = bytes.first(std::min(bytes.size(), kBytesInLine));
+        const QByteArrayView line = bytes.first(std::min(bytes.size(), kBytesPerLine));
         bytes = bytes.sliced(line.size());
         end += EVP_EncodeBlock(reinterpret_cast<unsigned char*>(end),
                                reinterpret_cast<const unsigned char*>(line.data()),

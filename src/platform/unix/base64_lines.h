@@ -6,7 +6,8 @@
 
 namespace platform {
 
-// `bytes` in Base64, in lines of 64 characters that each end in CR LF.
+// Returns `bytes` in Base64 in lines of 64 characters. Each line, including the last, ends in CR
+// LF.
 [[nodiscard]] SecretBytes base64LinesOf(QByteArrayView bytes);
 
 } // namespace platform

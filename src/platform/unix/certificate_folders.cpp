@@ -25,18 +25,17 @@ constexpr QStringView kCertificatesFolder = u"certificates";
 constexpr std::string_view kCertificateSuffix = ".pem";
 constexpr std::string_view kKeySuffix = ".key";
 
-// The key of a certificate, read from a file.
-class KeyInFile final : public KeyHandle {
+class FileKeyHandle final : public KeyHandle {
 public:
-    // A null `key` is one that is there and cannot be read.
-    explicit KeyInFile(KeyPointer key, bool mayBeExported)
-        : key_(std::move(key)), mayBeExported_(mayBeExported && key_) {}
+    // `key` is null if the key is encrypted.
+    explicit FileKeyHandle(KeyPointer key, bool isExportable)
+        : key_(std::move(key)), isExportable_(isExportable && key_) {}
 
     [[nodiscard]] SecretBytes exportPkcs8() const override {
-        return mayBeExported_ ? pkcs8Of(*key_) : SecretBytes();
+        return isExportable_ ? pkcs8Of(*key_) : SecretBytes();
     }
 
-    [[nodiscard]] TwoStepAnswer<QString> algorithmGroup() const override {
+    [[nodiscard]] QueryResult<QString> algorithmGroup() const override {
         if (!key_) {
             return {};
         }
@@ -45,13 +44,12 @@ public:
 
 private:
     KeyPointer key_;
-    bool mayBeExported_;
+    bool isExportable_;
 };
 
-// A certificate and the name, without its suffix, of the file it was read from.
-class CertificateInFile final : public Certificate {
+class FileCertificate final : public Certificate {
 public:
-    CertificateInFile(X509Pointer certificate, std::string pathWithoutSuffix)
+    FileCertificate(X509Pointer certificate, std::string pathWithoutSuffix)
         : certificate_(std::move(certificate)),
           der_(derOf(*certificate_)),
           pathWithoutSuffix_(std::move(pathWithoutSuffix)) {}
@@ -67,13 +65,13 @@ public:
 
     [[nodiscard]] std::unique_ptr<KeyHandle> acquirePrivateKey() const override {
         for (const std::string_view suffix : {kCertificateSuffix, kKeySuffix}) {
-            const auto file = readFile(pathWithoutSuffix_ + std::string(suffix), kLargestPemFile);
+            const auto file = readFile(pathWithoutSuffix_ + std::string(suffix), kMaxPemFileSize);
             if (!file) {
                 continue;
             }
             auto key = firstPrivateKey(file->bytes.view());
             if (key && (*key == nullptr || isKeyOf(*certificate_, **key))) {
-                return std::make_unique<KeyInFile>(std::move(*key), !file->isOpenToAll);
+                return std::make_unique<FileKeyHandle>(std::move(*key), !file->isWorldReadable);
             }
         }
         return nullptr;
@@ -85,20 +83,20 @@ private:
     std::string pathWithoutSuffix_;
 };
 
-class CertificateFolder final : public CertificateStore {
+class FolderStore final : public CertificateStore {
 public:
-    // `paths` without their suffix.
-    explicit CertificateFolder(std::vector<std::string> paths) : paths_(std::move(paths)) {}
+    // `paths` are the certificate files in order, without their suffix.
+    explicit FolderStore(std::vector<std::string> paths) : paths_(std::move(paths)) {}
 
     [[nodiscard]] std::unique_ptr<Certificate> next() override {
         while (position_ < paths_.size()) {
             std::string& path = paths_[position_++];
-            const auto file = readFile(path + std::string(kCertificateSuffix), kLargestPemFile);
+            const auto file = readFile(path + std::string(kCertificateSuffix), kMaxPemFileSize);
             if (!file) {
                 continue;
             }
             if (X509Pointer certificate = firstCertificate(file->bytes.view())) {
-                return std::make_unique<CertificateInFile>(std::move(certificate), std::move(path));
+                return std::make_unique<FileCertificate>(std::move(certificate), std::move(path));
             }
         }
         return nullptr;
@@ -109,8 +107,8 @@ private:
     std::size_t position_ = 0;
 };
 
-// The certificate files in `folder` by their paths without the suffix, in the order of the store;
-// nothing when the folder cannot be read.
+// Returns the paths of the certificate files in `folder`, without their suffix, in the byte order
+// of the file names. Returns nothing if the folder cannot be read.
 std::optional<std::vector<std::string>> certificateFilesIn(const std::string& folder) {
     std::vector<std::string> names;
     std::error_code error;
@@ -139,14 +137,14 @@ CertificateFolders::CertificateFolders(QString folder) : folder_(std::move(folde
 std::unique_ptr<CertificateStore> CertificateFolders::openStore(QStringView name) const {
     const QByteArray folder = QFile::encodeName(joinPath(folder_, name.toString()));
     auto paths = certificateFilesIn(folder.toStdString());
-    return paths ? std::make_unique<CertificateFolder>(std::move(*paths)) : nullptr;
+    return paths ? std::make_unique<FolderStore>(std::move(*paths)) : nullptr;
 }
 
 QDateTime CertificateFolders::currentTime() const {
     return QDateTime::currentDateTimeUtc();
 }
 
-TwoStepAnswer<SecretBytes> CertificateFolders::toBase64(QByteArrayView bytes) const {
+QueryResult<SecretBytes> CertificateFolders::toBase64(QByteArrayView bytes) const {
     return {Outcome::Complete, base64LinesOf(bytes)};
 }
 

@@ -6,27 +6,26 @@
 
 namespace platform {
 
-// Certificate stores as folders. A store is the folder of its name; a certificate in it is a file
-// NAME.pem, with its private key in the same file or in NAME.key beside it. The order is the byte
-// order of the file names.
+// Certificate stores in the file system. A store is a folder with the name of the store. A
+// certificate is a file NAME.pem in it, with the private key in the same file or in NAME.key in the
+// same folder. Certificates are enumerated in the byte order of their file names.
 //
-// What holds no certificate is passed over. A key that is encrypted, or stands in a file that all
-// users of the system may read, is there but is not let out; one that does not belong to the
-// certificate is no key of it.
+// Files without a certificate are skipped. Keys that are encrypted or in a world-readable file have
+// a handle but are not exportable. Keys that do not match the certificate are ignored.
 class CertificateFolders final : public CertificateSystem {
 public:
-    // The stores are the folders in `folder`.
+    // `folder` contains the folders of the stores.
     explicit CertificateFolders(QString folder);
 
     [[nodiscard]] std::unique_ptr<CertificateStore> openStore(QStringView name) const override;
     [[nodiscard]] QDateTime currentTime() const override;
-    [[nodiscard]] TwoStepAnswer<SecretBytes> toBase64(QByteArrayView bytes) const override;
+    [[nodiscard]] QueryResult<SecretBytes> toBase64(QByteArrayView bytes) const override;
 
 private:
     QString folder_;
 };
 
-// Files larger than this, in bytes, hold no certificate and no key.
-inline constexpr std::size_t kLargestPemFile = std::size_t{1} << 20;
+// Maximum size of certificate and key files in bytes. Larger files are ignored.
+inline constexpr std::size_t kMaxPemFileSize = std::size_t{1} << 20;
 
 } // namespace platform

@@ -20,45 +20,45 @@ using namespace Qt::StringLiterals;
 namespace platform {
 namespace {
 
-using quorin::test::CertificateText;
+using quorin::test::CertificateFields;
 using quorin::test::KeyKind;
 using quorin::test::selfSigned;
 using quorin::test::TestKey;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr mode_t kForOwnerAndGroup = 0640;
-constexpr mode_t kForAll = 0644;
+constexpr mode_t kGroupReadable = 0640;
+constexpr mode_t kWorldReadable = 0644;
 
-// One key for those tests that need any.
-const TestKey& anyKey() {
+// A key for the tests that do not care which one they use.
+const TestKey& sharedKey() {
     static const TestKey key;
     return key;
 }
 
-QByteArray certificateNamed(const std::string& name, const TestKey& key = anyKey()) {
-    CertificateText text;
-    text.subject = {{"CN", name}};
-    return selfSigned(key, text);
+QByteArray certificateNamed(const std::string& name, const TestKey& key = sharedKey()) {
+    CertificateFields fields;
+    fields.subject = {{"CN", name}};
+    return selfSigned(key, fields);
 }
 
 class CertificateFoldersTest : public testing::Test {
 protected:
     CertificateFoldersTest() {
         if (!QDir(folder_.path()).mkdir(u"My"_s)) {
-            throw std::runtime_error("no folder for the store");
+            throw std::runtime_error("cannot create the store folder");
         }
     }
 
-    // QTemporaryDir stumbles over file names that are not UTF-8.
+    // QTemporaryDir cannot remove files whose names are not UTF-8.
     ~CertificateFoldersTest() override { std::filesystem::remove_all(path("").toStdString()); }
 
-    // The bytes of the path of `name` in the store "My".
+    // Returns the path of `name` in the store "My" in the encoding of the file system.
     QByteArray path(const char* name) const {
         return QFile::encodeName(folder_.filePath(u"My/"_s)) + name;
     }
 
-    void write(const char* name, const QByteArray& bytes, mode_t mode = kForOwnerAndGroup) {
+    void write(const char* name, const QByteArray& bytes, mode_t mode = kGroupReadable) {
         std::ofstream file(path(name).constData(), std::ios::binary | std::ios::trunc);
         file.write(bytes.data(), bytes.size());
         file.close();
@@ -77,20 +77,21 @@ protected:
         return names;
     }
 
-    // Of the first certificate in the store.
-    std::unique_ptr<Certificate> certificate() const { return openStore()->next(); }
+    std::unique_ptr<Certificate> firstCertificate() const { return openStore()->next(); }
+
+    // Refer to the first certificate in the store.
     QByteArray exportedKey() const {
-        const auto owner = certificate();
+        const auto owner = firstCertificate();
         const auto key = owner->acquirePrivateKey();
         return key ? key->exportPkcs8().view().toByteArray() : QByteArray();
     }
-    bool hasKey() const { return certificate()->acquirePrivateKey() != nullptr; }
+    bool hasKey() const { return firstCertificate()->acquirePrivateKey() != nullptr; }
 
     QTemporaryDir folder_;
     CertificateFolders folders_{folder_.path()};
 };
 
-TEST_F(CertificateFoldersTest, aStoreWithoutItsFolderCannotBeOpened) {
+TEST_F(CertificateFoldersTest, FailsToOpenStoreWithoutFolder) {
     EXPECT_FALSE(folders_.openStore(u"WebHosting"));
     QFile file(folder_.filePath(u"WebHosting"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -98,11 +99,11 @@ TEST_F(CertificateFoldersTest, aStoreWithoutItsFolderCannotBeOpened) {
     EXPECT_TRUE(folders_.openStore(u"My"));
 }
 
-TEST_F(CertificateFoldersTest, anEmptyFolderIsAnEmptyStore) {
+TEST_F(CertificateFoldersTest, EmptyFolderIsEmptyStore) {
     EXPECT_THAT(namesInStore(), IsEmpty());
 }
 
-TEST_F(CertificateFoldersTest, aStoreAtItsEndStaysThere) {
+TEST_F(CertificateFoldersTest, StaysAtEndOfStore) {
     write("one.pem", certificateNamed("one"));
     const auto store = openStore();
     EXPECT_TRUE(store->next());
@@ -110,7 +111,7 @@ TEST_F(CertificateFoldersTest, aStoreAtItsEndStaysThere) {
     EXPECT_FALSE(store->next());
 }
 
-TEST_F(CertificateFoldersTest, certificatesComeInTheByteOrderOfTheFileNames) {
+TEST_F(CertificateFoldersTest, SortsFileNamesInByteOrder) {
     write("a.b.pem", certificateNamed("5"));
     write("\xff.pem", certificateNamed("9"));
     write("b.pem", certificateNamed("7"));
@@ -123,30 +124,30 @@ TEST_F(CertificateFoldersTest, certificatesComeInTheByteOrderOfTheFileNames) {
     EXPECT_THAT(namesInStore(), ElementsAre("1", "2", "3", "4", "5", "6", "7", "8", "9"));
 }
 
-TEST_F(CertificateFoldersTest, onlyFilesNamedSoAreCertificates) {
+TEST_F(CertificateFoldersTest, ReadsOnlyPemFiles) {
     write("no.crt", certificateNamed("crt"));
     write("no.PEM", certificateNamed("PEM"));
     write("no.pem.old", certificateNamed("old"));
     write("pem", certificateNamed("pem"));
-    write(".pem", certificateNamed("without a name"));
+    write(".pem", certificateNamed("empty base name"));
     write("yes.pem", certificateNamed("yes"));
     EXPECT_THAT(namesInStore(), ElementsAre("yes"));
 }
 
-TEST_F(CertificateFoldersTest, whatHoldsNoCertificateIsPassedOver) {
+TEST_F(CertificateFoldersTest, SkipsFilesWithoutCertificate) {
     write("a.pem", "");
     write("b.pem", "garbage");
-    write("c.pem", certificateNamed("cut off").chopped(50));
-    write("d.pem", anyKey().pkcs8Pem());
-    write("e.pem", QByteArray(kLargestPemFile, '\n') + certificateNamed("in a huge file"));
+    write("c.pem", certificateNamed("truncated").chopped(50));
+    write("d.pem", sharedKey().pkcs8Pem());
+    write("e.pem", QByteArray(kMaxPemFileSize, '\n') + certificateNamed("in an oversized file"));
     ASSERT_EQ(mkdir(path("f.pem").constData(), 0700), 0);
     ASSERT_EQ(mkfifo(path("g.pem").constData(), 0600), 0);
     ASSERT_EQ(symlink("nowhere", path("h.pem").constData()), 0);
-    write("z.pem", certificateNamed("the one"));
-    EXPECT_THAT(namesInStore(), ElementsAre("the one"));
+    write("z.pem", certificateNamed("valid"));
+    EXPECT_THAT(namesInStore(), ElementsAre("valid"));
 }
 
-TEST_F(CertificateFoldersTest, aFileThatGoesWhileTheStoreIsReadIsPassedOver) {
+TEST_F(CertificateFoldersTest, SkipsFileRemovedDuringEnumeration) {
     write("a.pem", certificateNamed("a"));
     write("b.pem", certificateNamed("b"));
     const auto store = openStore();
@@ -154,105 +155,105 @@ TEST_F(CertificateFoldersTest, aFileThatGoesWhileTheStoreIsReadIsPassedOver) {
     EXPECT_EQ(store->next()->displayName(), "b");
 }
 
-TEST_F(CertificateFoldersTest, linksAreFollowed) {
+TEST_F(CertificateFoldersTest, FollowsSymbolicLinks) {
     write("elsewhere", certificateNamed("linked"));
     ASSERT_EQ(symlink("elsewhere", path("link.pem").constData()), 0);
     EXPECT_THAT(namesInStore(), ElementsAre("linked"));
 }
 
-TEST_F(CertificateFoldersTest, aCertificateMayBeReadableByAll) {
-    write("one.pem", certificateNamed("one"), kForAll);
-    write("one.key", anyKey().pkcs8Pem());
-    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+TEST_F(CertificateFoldersTest, CertificateFileMayBeWorldReadable) {
+    write("one.pem", certificateNamed("one"), kWorldReadable);
+    write("one.key", sharedKey().pkcs8Pem());
+    EXPECT_EQ(exportedKey(), sharedKey().pkcs8Der());
 }
 
-TEST_F(CertificateFoldersTest, aCertificateOutlivesItsStore) {
-    CertificateText text;
-    text.alternativeNames = "DNS:one.example";
-    text.serialNumber = "AB0001";
-    const QByteArray pem = selfSigned(anyKey(), text);
-    write("one.pem", pem + anyKey().pkcs8Pem());
-    const auto one = certificate();
+TEST_F(CertificateFoldersTest, CertificateOutlivesStore) {
+    CertificateFields fields;
+    fields.alternativeNames = "DNS:one.example";
+    fields.serialNumber = "AB0001";
+    const QByteArray pem = selfSigned(sharedKey(), fields);
+    write("one.pem", pem + sharedKey().pkcs8Pem());
+    const auto one = firstCertificate();
     EXPECT_THAT(one->dnsNames(), ElementsAre("one.example"));
     EXPECT_EQ(one->displayName(), "localhost");
-    EXPECT_EQ(one->notBefore().toSecsSinceEpoch(), text.notBefore.time_since_epoch().count());
-    EXPECT_EQ(one->notAfter().toSecsSinceEpoch(), text.notAfter.time_since_epoch().count());
+    EXPECT_EQ(one->notBefore().toSecsSinceEpoch(), fields.notBefore.time_since_epoch().count());
+    EXPECT_EQ(one->notAfter().toSecsSinceEpoch(), fields.notAfter.time_since_epoch().count());
     EXPECT_EQ(one->serialNumber(), QByteArray::fromHex("0100ab"));
-    EXPECT_EQ(one->der(), quorin::test::decoded(pem));
+    EXPECT_EQ(one->der(), quorin::test::derFromPem(pem));
     EXPECT_TRUE(one->acquirePrivateKey());
 }
 
-TEST_F(CertificateFoldersTest, theKeyStandsInTheSameFile) {
-    write("one.pem", anyKey().pkcs8Pem() + certificateNamed("one"));
-    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+TEST_F(CertificateFoldersTest, ReadsKeyFromCertificateFile) {
+    write("one.pem", sharedKey().pkcs8Pem() + certificateNamed("one"));
+    EXPECT_EQ(exportedKey(), sharedKey().pkcs8Der());
 }
 
-TEST_F(CertificateFoldersTest, theKeyStandsInTheFileBeside) {
+TEST_F(CertificateFoldersTest, ReadsKeyFromKeyFile) {
     for (const KeyKind kind : {KeyKind::Rsa, KeyKind::EcP256, KeyKind::EcP384, KeyKind::Ed25519}) {
         const TestKey key(kind);
         write("one.pem", certificateNamed("one", key));
         write("one.key", key.pkcs8Pem());
         EXPECT_EQ(exportedKey(), key.pkcs8Der());
-        if (kind != KeyKind::Ed25519) { // which has no traditional form
+        if (kind != KeyKind::Ed25519) { // Ed25519 has no traditional format
             write("one.key", key.traditionalPem());
             EXPECT_EQ(exportedKey(), key.pkcs8Der());
         }
     }
 }
 
-TEST_F(CertificateFoldersTest, aKeyTellsItsGroupOfAlgorithms) {
+TEST_F(CertificateFoldersTest, KeyHasAlgorithmGroup) {
     write("one.pem", certificateNamed("one"));
-    write("one.key", anyKey().pkcs8Pem());
-    const auto owner = certificate();
+    write("one.key", sharedKey().pkcs8Pem());
+    const auto owner = firstCertificate();
     const auto group = owner->acquirePrivateKey()->algorithmGroup();
     EXPECT_EQ(group.outcome, Outcome::Complete);
     EXPECT_EQ(group.value, u"ECDSA"_s);
 }
 
-TEST_F(CertificateFoldersTest, aCertificateMayBeWithoutAKey) {
+TEST_F(CertificateFoldersTest, AcceptsCertificateWithoutKey) {
     write("one.pem", certificateNamed("one"));
     EXPECT_FALSE(hasKey());
-    write("two.key", anyKey().pkcs8Pem());
+    write("two.key", sharedKey().pkcs8Pem());
     EXPECT_FALSE(hasKey());
     write("one.key", "garbage");
     EXPECT_FALSE(hasKey());
-    write("one.key", QByteArray(kLargestPemFile, '\n') + anyKey().pkcs8Pem());
+    write("one.key", QByteArray(kMaxPemFileSize, '\n') + sharedKey().pkcs8Pem());
     EXPECT_FALSE(hasKey());
 }
 
-TEST_F(CertificateFoldersTest, aKeyOfAnotherCertificateIsNone) {
+TEST_F(CertificateFoldersTest, IgnoresKeyOfOtherCertificate) {
     const TestKey other;
     write("one.pem", certificateNamed("one"));
     write("one.key", other.pkcs8Pem());
     EXPECT_FALSE(hasKey());
     write("one.pem", other.pkcs8Pem() + certificateNamed("one"));
     EXPECT_FALSE(hasKey());
-    write("one.key", anyKey().pkcs8Pem());
-    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+    write("one.key", sharedKey().pkcs8Pem());
+    EXPECT_EQ(exportedKey(), sharedKey().pkcs8Der());
 }
 
-TEST_F(CertificateFoldersTest, aKeyThatAllMayReadIsNotLetOut) {
+TEST_F(CertificateFoldersTest, WorldReadableKeyIsNotExportable) {
     write("one.pem", certificateNamed("one"));
-    write("one.key", anyKey().pkcs8Pem(), kForAll);
+    write("one.key", sharedKey().pkcs8Pem(), kWorldReadable);
     EXPECT_TRUE(hasKey());
     EXPECT_TRUE(exportedKey().isEmpty());
-    write("one.key", anyKey().pkcs8Pem(), kForOwnerAndGroup);
-    ASSERT_EQ(chmod(path("one.key").constData(), kForOwnerAndGroup), 0);
-    EXPECT_EQ(exportedKey(), anyKey().pkcs8Der());
+    write("one.key", sharedKey().pkcs8Pem(), kGroupReadable);
+    ASSERT_EQ(chmod(path("one.key").constData(), kGroupReadable), 0);
+    EXPECT_EQ(exportedKey(), sharedKey().pkcs8Der());
 }
 
-TEST_F(CertificateFoldersTest, aKeyInACertificatesFileThatAllMayReadIsNotLetOut) {
-    write("one.pem", certificateNamed("one") + anyKey().pkcs8Pem(), kForAll);
+TEST_F(CertificateFoldersTest, WorldReadableKeyInPemIsNotExportable) {
+    write("one.pem", certificateNamed("one") + sharedKey().pkcs8Pem(), kWorldReadable);
     EXPECT_TRUE(hasKey());
     EXPECT_TRUE(exportedKey().isEmpty());
 }
 
-TEST_F(CertificateFoldersTest, anEncryptedKeyIsNotLetOutAndHasNoGroup) {
+TEST_F(CertificateFoldersTest, EncryptedKeyIsNotExportable) {
     write("one.pem", certificateNamed("one"));
     for (const QByteArray& pem :
-         {anyKey().encryptedPkcs8Pem(), anyKey().encryptedTraditionalPem()}) {
+         {sharedKey().encryptedPkcs8Pem(), sharedKey().encryptedTraditionalPem()}) {
         write("one.key", pem);
-        const auto owner = certificate();
+        const auto owner = firstCertificate();
         const auto key = owner->acquirePrivateKey();
         ASSERT_TRUE(key);
         EXPECT_TRUE(key->exportPkcs8().empty());
@@ -260,7 +261,7 @@ TEST_F(CertificateFoldersTest, anEncryptedKeyIsNotLetOutAndHasNoGroup) {
     }
 }
 
-TEST_F(CertificateFoldersTest, nowIsInUtc) {
+TEST_F(CertificateFoldersTest, CurrentTimeIsInUtc) {
     const QDateTime before = QDateTime::currentDateTimeUtc();
     const QDateTime now = folders_.currentTime();
     EXPECT_EQ(now.timeSpec(), Qt::UTC);
@@ -268,13 +269,13 @@ TEST_F(CertificateFoldersTest, nowIsInUtc) {
     EXPECT_LE(now, QDateTime::currentDateTimeUtc());
 }
 
-TEST_F(CertificateFoldersTest, bytesAreEncodedInBase64) {
+TEST_F(CertificateFoldersTest, EncodesBase64) {
     const auto text = folders_.toBase64("abc");
     EXPECT_EQ(text.outcome, Outcome::Complete);
     EXPECT_EQ(text.value.view(), "YWJj\r\n");
 }
 
-TEST_F(CertificateFoldersTest, theMachinesStoresLieBelowTheProductsFolder) {
+TEST_F(CertificateFoldersTest, FindsStoresBelowProductFolder) {
     qputenv("QUORIN_COMMON_APPDATA", folder_.path().toUtf8());
     EXPECT_FALSE(localMachineCertificates().openStore(u"WebHosting"));
     ASSERT_TRUE(QDir(folder_.path()).mkpath(u"Vemo/Quorin5/certificates/WebHosting"_s));

@@ -12,7 +12,7 @@ namespace {
 
 class FileDescriptor {
 public:
-    // Without waiting for the writer of a pipe that stands under that name.
+    // O_NONBLOCK: opening a named pipe must not wait for a writer.
     explicit FileDescriptor(const std::string& path)
         : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
     ~FileDescriptor() {
@@ -29,7 +29,8 @@ private:
     int descriptor_;
 };
 
-// Reads until `bytes` is full or the file ends; false when the system fails.
+// Reads until `bytes` is full or the file ends, and truncates `bytes` to what was read. Returns
+// false on an error.
 bool readInto(SecretBytes& bytes, int descriptor) {
     std::size_t done = 0;
     while (done < bytes.size()) {
@@ -51,11 +52,11 @@ bool readInto(SecretBytes& bytes, int descriptor) {
 
 } // namespace
 
-std::optional<FileContent> readFile(const std::string& path, std::size_t largestSize) {
+std::optional<FileContent> readFile(const std::string& path, std::size_t maxSize) {
     const FileDescriptor file(path);
     struct stat status {};
     if (file.get() == -1 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        static_cast<std::size_t>(status.st_size) > largestSize) {
+        static_cast<std::size_t>(status.st_size) > maxSize) {
         return std::nullopt;
     }
     FileContent content{SecretBytes(static_cast<std::size_t>(status.st_size)),

@@ -10,11 +10,11 @@ namespace platform {
 
 struct FileContent {
     SecretBytes bytes;
-    bool isOpenToAll = false; // users other than the owner and its group may read it
+    bool isWorldReadable = false; // readable by users other than the owner and the group
 };
 
-// What the file `path` holds. Nothing when it cannot be read, is no regular file or is larger than
-// `largestSize` bytes.
-[[nodiscard]] std::optional<FileContent> readFile(const std::string& path, std::size_t largestSize);
+// Reads the file `path`. Returns nothing if it cannot be read, is not a regular file or is larger
+// than `maxSize` bytes.
+[[nodiscard]] std::optional<FileContent> readFile(const std::string& path, std::size_t maxSize);
 
 } // namespace platform

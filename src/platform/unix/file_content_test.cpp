@@ -28,7 +28,7 @@ private:
     QTemporaryDir folder_;
 };
 
-TEST_F(FileContentTest, aFileIsReadAsItIs) {
+TEST_F(FileContentTest, ReadsFileUnchanged) {
     const QByteArray bytes("one\r\ntwo\0three", 14);
     write(bytes);
     const auto file = readFile(path(), 100);
@@ -36,40 +36,40 @@ TEST_F(FileContentTest, aFileIsReadAsItIs) {
     EXPECT_EQ(file->bytes.view(), bytes);
 }
 
-TEST_F(FileContentTest, anEmptyFileHoldsNothing) {
+TEST_F(FileContentTest, ReadsEmptyFile) {
     write("");
     const auto file = readFile(path(), 0);
     ASSERT_TRUE(file);
     EXPECT_TRUE(file->bytes.empty());
 }
 
-TEST_F(FileContentTest, aFileAboveTheLargestSizeIsNotRead) {
+TEST_F(FileContentTest, RefusesFileAboveMaxSize) {
     write(QByteArray(100, 'x'));
     EXPECT_TRUE(readFile(path(), 100));
     EXPECT_FALSE(readFile(path(), 99));
 }
 
-TEST_F(FileContentTest, onlyTheRightOfOthersToReadMakesAFileOpenToAll) {
+TEST_F(FileContentTest, WorldReadableMeansReadableByOthers) {
     for (const mode_t mode : {0600u, 0640u, 0660u, 0400u, 0662u}) {
         write("x", mode);
-        EXPECT_FALSE(readFile(path(), 1)->isOpenToAll) << std::oct << mode;
+        EXPECT_FALSE(readFile(path(), 1)->isWorldReadable) << std::oct << mode;
         ASSERT_EQ(chmod(path().c_str(), 0600), 0);
     }
     for (const mode_t mode : {0604u, 0644u, 0666u, 0404u}) {
         write("x", mode);
-        EXPECT_TRUE(readFile(path(), 1)->isOpenToAll) << std::oct << mode;
+        EXPECT_TRUE(readFile(path(), 1)->isWorldReadable) << std::oct << mode;
         ASSERT_EQ(chmod(path().c_str(), 0600), 0);
     }
 }
 
-TEST_F(FileContentTest, whatIsNoRegularFileIsNotRead) {
+TEST_F(FileContentTest, RefusesNonRegularFiles) {
     EXPECT_FALSE(readFile(path(), 100));
     ASSERT_EQ(mkdir(path().c_str(), 0700), 0);
     EXPECT_FALSE(readFile(path(), 100));
     EXPECT_FALSE(readFile("/dev/null", 100));
 }
 
-TEST_F(FileContentTest, aPipeWithoutAWriterIsNotWaitedFor) {
+TEST_F(FileContentTest, DoesNotWaitForPipeWriter) {
     ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
     EXPECT_FALSE(readFile(path(), 100));
 }

@@ -7,9 +7,9 @@ namespace platform {
 
 namespace {
 
-// Says where the common application data lies when it is not the system's usual place.
+// Environment variable that overrides kDefaultFolder.
 constexpr const char* kFolderVariable = "QUORIN_COMMON_APPDATA";
-constexpr QStringView kUsualFolder = u"/var/lib";
+constexpr QStringView kDefaultFolder = u"/var/lib";
 
 } // namespace
 
@@ -19,7 +19,7 @@ bool shellFoldersAvailable() {
 
 QString commonApplicationDataFolder() {
     const QString folder = qEnvironmentVariable(kFolderVariable);
-    return folder.isEmpty() ? kUsualFolder.toString() : folder;
+    return folder.isEmpty() ? kDefaultFolder.toString() : folder;
 }
 
 QString commonApplicationDataFolderForLog() {

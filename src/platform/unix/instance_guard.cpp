@@ -9,8 +9,8 @@ bool takeInstanceGuard(QSharedMemory& guard) {
     if (guard.create(size)) {
         return true;
     }
-    // A segment outlives a killed process. The last one to detach removes it: that is us, unless
-    // its holder lives.
+    // The segment of a killed process remains. Detaching removes it unless its holder is still
+    // running, because the last process to detach removes a segment.
     if (guard.error() != QSharedMemory::AlreadyExists || !guard.attach()) {
         return false;
     }

@@ -24,22 +24,22 @@ struct OpensslFree {
     void operator()(void* memory) const noexcept { OPENSSL_free(memory); }
 };
 
-using AlternativeNames = std::unique_ptr<GENERAL_NAMES, OpensslDeleter<GENERAL_NAMES_free>>;
+using GeneralNamesPointer = std::unique_ptr<GENERAL_NAMES, OpensslDeleter<GENERAL_NAMES_free>>;
 using OpensslBytes = std::unique_ptr<unsigned char, OpensslFree>;
 using BioPointer = std::unique_ptr<BIO, OpensslDeleter<BIO_free_all>>;
 using KeyPointer = std::unique_ptr<EVP_PKEY, OpensslDeleter<EVP_PKEY_free>>;
 using Pkcs8Pointer = std::unique_ptr<PKCS8_PRIV_KEY_INFO, OpensslDeleter<PKCS8_PRIV_KEY_INFO_free>>;
 using X509Pointer = std::unique_ptr<X509, OpensslDeleter<X509_free>>;
 
-// Takes back what happens meanwhile from the thread's queue of OpenSSL errors, where the TLS layer
-// would take it for a failure of its own.
-class OpensslErrorsKept {
+// Discards OpenSSL errors raised in this scope on this thread so that Qt does not report them as
+// failures of a TLS connection.
+class OpensslErrorScope {
 public:
-    OpensslErrorsKept() { ERR_set_mark(); }
-    ~OpensslErrorsKept() { ERR_pop_to_mark(); }
+    OpensslErrorScope() { ERR_set_mark(); }
+    ~OpensslErrorScope() { ERR_pop_to_mark(); }
 
-    OpensslErrorsKept(const OpensslErrorsKept&) = delete;
-    OpensslErrorsKept& operator=(const OpensslErrorsKept&) = delete;
+    OpensslErrorScope(const OpensslErrorScope&) = delete;
+    OpensslErrorScope& operator=(const OpensslErrorScope&) = delete;
 };
 
 } // namespace platform

@@ -13,13 +13,13 @@ namespace platform {
 
 namespace {
 
-// What stands between a BEGIN and an END line, decoded. Wiped before it is freed.
+// A decoded PEM block. Wiped before it is freed.
 class PemBlock {
 public:
-    // Reads the next block of `bio`; empty when there is none, or a broken one.
+    // Reads the next block from `bio`. Empty if there is none or it is malformed.
     explicit PemBlock(BIO* bio) {
         if (PEM_read_bio_ex(bio, &label_, &header_, &data_, &size_, PEM_FLAG_SECURE) != 1) {
-            // OpenSSL before 3.0.8 leaves addresses behind that it has freed.
+            // On failure, OpenSSL before 3.0.8 leaves dangling pointers in the output parameters.
             label_ = header_ = nullptr;
             data_ = nullptr;
             size_ = 0;
@@ -34,7 +34,7 @@ public:
     PemBlock& operator=(const PemBlock&) = delete;
 
     [[nodiscard]] explicit operator bool() const { return data_ != nullptr; }
-    [[nodiscard]] std::string_view label() const { return text(label_); }
+    [[nodiscard]] std::string_view label() const { return toView(label_); }
     [[nodiscard]] bool isEncrypted() const {
         return label() == PEM_STRING_PKCS8 || header().find("ENCRYPTED") != std::string_view::npos;
     }
@@ -42,10 +42,10 @@ public:
     [[nodiscard]] long size() const { return size_; }
 
 private:
-    [[nodiscard]] static std::string_view text(const char* terminated) {
-        return terminated != nullptr ? terminated : std::string_view();
+    [[nodiscard]] static std::string_view toView(const char* text) {
+        return text != nullptr ? text : std::string_view();
     }
-    [[nodiscard]] std::string_view header() const { return text(header_); }
+    [[nodiscard]] std::string_view header() const { return toView(header_); }
 
     char* label_ = nullptr;
     char* header_ = nullptr;
@@ -53,7 +53,7 @@ private:
     long size_ = 0;
 };
 
-BioPointer readerOf(QByteArrayView pem) {
+BioPointer makeReader(QByteArrayView pem) {
     return BioPointer(pem.size() <= INT_MAX
                           ? BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size()))
                           : nullptr);
@@ -71,12 +71,12 @@ KeyPointer keyFromTraditional(const PemBlock& block) {
     return KeyPointer(d2i_PrivateKey(Type, nullptr, &position, block.size()));
 }
 
-struct KeyForm {
+struct KeyFormat {
     std::string_view label;
     KeyPointer (*read)(const PemBlock&);
 };
 
-constexpr std::array<KeyForm, 4> kKeyForms{{
+constexpr std::array<KeyFormat, 4> kKeyFormats{{
     {PEM_STRING_PKCS8INF, keyFromPkcs8},
     {PEM_STRING_RSA, keyFromTraditional<EVP_PKEY_RSA>},
     {PEM_STRING_ECPRIVATEKEY, keyFromTraditional<EVP_PKEY_EC>},
@@ -86,8 +86,8 @@ constexpr std::array<KeyForm, 4> kKeyForms{{
 } // namespace
 
 X509Pointer firstCertificate(QByteArrayView pem) {
-    const OpensslErrorsKept errors;
-    const BioPointer reader = readerOf(pem);
+    const OpensslErrorScope errors;
+    const BioPointer reader = makeReader(pem);
     while (reader) {
         const PemBlock block(reader.get());
         if (!block) {
@@ -102,22 +102,21 @@ X509Pointer firstCertificate(QByteArrayView pem) {
 }
 
 std::optional<PemKey> firstPrivateKey(QByteArrayView pem) {
-    const OpensslErrorsKept errors;
-    const BioPointer reader = readerOf(pem);
+    const OpensslErrorScope errors;
+    const BioPointer reader = makeReader(pem);
     while (reader) {
         const PemBlock block(reader.get());
         if (!block) {
             break;
         }
-        const auto form =
-            std::find_if(kKeyForms.begin(), kKeyForms.end(), [&block](const KeyForm& candidate) {
-                return candidate.label == block.label();
-            });
+        const auto format = std::find_if(
+            kKeyFormats.begin(), kKeyFormats.end(),
+            [&block](const KeyFormat& candidate) { return candidate.label == block.label(); });
         if (block.isEncrypted()) {
             return KeyPointer();
         }
-        if (form != kKeyForms.end()) {
-            KeyPointer key = form->read(block);
+        if (format != kKeyFormats.end()) {
+            KeyPointer key = format->read(block);
             return key ? std::optional(std::move(key)) : std::nullopt;
         }
     }

@@ -8,15 +8,15 @@
 
 namespace platform {
 
-// The first certificate in a PEM text, which may hold other things around it; null when there is
-// none that can be read.
+// Returns the first certificate in a PEM text, skipping other blocks and text. Returns null if
+// there is none or it cannot be decoded.
 [[nodiscard]] X509Pointer firstCertificate(QByteArrayView pem);
 
-// A private key as a PEM text has it: null when it is encrypted.
+// A private key in a PEM text. Null if the key is encrypted.
 using PemKey = KeyPointer;
 
-// The first private key in a PEM text: PKCS #8, or the traditional form of an RSA, EC or DSA key.
-// Nothing when there is none that can be read. Nobody is ever asked for a pass phrase.
+// Returns the first private key in a PEM text, in PKCS #8 or the traditional RSA, EC or DSA format.
+// Returns nothing if there is none or it cannot be decoded. Never prompts for a pass phrase.
 [[nodiscard]] std::optional<PemKey> firstPrivateKey(QByteArrayView pem);
 
 } // namespace platform

@@ -5,12 +5,12 @@
 namespace platform {
 
 bool isKeyOf(const X509& certificate, const EVP_PKEY& key) {
-    const OpensslErrorsKept errors;
+    const OpensslErrorScope errors;
     return X509_check_private_key(&certificate, &key) == 1;
 }
 
 SecretBytes pkcs8Of(const EVP_PKEY& key) {
-    const OpensslErrorsKept errors;
+    const OpensslErrorScope errors;
     const Pkcs8Pointer structure(EVP_PKEY2PKCS8(&key));
     const int size = structure ? i2d_PKCS8_PRIV_KEY_INFO(structure.get(), nullptr) : 0;
     if (size <= 0) {

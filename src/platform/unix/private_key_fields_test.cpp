@@ -14,18 +14,18 @@ using quorin::test::KeyKind;
 using quorin::test::selfSigned;
 using quorin::test::TestKey;
 
-TEST(PrivateKeyFieldsTest, theGroupOfAlgorithmsHasTheNameThatWindowsGivesIt) {
+TEST(PrivateKeyFieldsTest, AlgorithmGroupHasWindowsName) {
     EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::Rsa).get()), u"RSA"_s);
     EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::Dsa).get()), u"DSA"_s);
     EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::EcP256).get()), u"ECDSA"_s);
     EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::EcP384).get()), u"ECDSA"_s);
 }
 
-TEST(PrivateKeyFieldsTest, aKeyOfAnyOtherGroupHasTheNameOfItsKind) {
+TEST(PrivateKeyFieldsTest, OtherKeysHaveOpensslTypeName) {
     EXPECT_EQ(algorithmGroupOf(*TestKey(KeyKind::Ed25519).get()), u"ED25519"_s);
 }
 
-TEST(PrivateKeyFieldsTest, everyKindOfKeyIsExported) {
+TEST(PrivateKeyFieldsTest, ExportsAllKeyTypes) {
     for (const KeyKind kind :
          {KeyKind::Rsa, KeyKind::Dsa, KeyKind::EcP256, KeyKind::EcP384, KeyKind::Ed25519}) {
         const TestKey key(kind);
@@ -33,7 +33,7 @@ TEST(PrivateKeyFieldsTest, everyKindOfKeyIsExported) {
     }
 }
 
-TEST(PrivateKeyFieldsTest, aKeyBelongsToTheCertificateThatHoldsItsPublicHalf) {
+TEST(PrivateKeyFieldsTest, MatchesKeyWithItsCertificate) {
     const TestKey key(KeyKind::EcP256);
     const X509Pointer certificate = firstCertificate(selfSigned(key));
     EXPECT_TRUE(isKeyOf(*certificate, *key.get()));

@@ -1,6 +1,6 @@
 #include "platform/secret.h"
 
-#include <string.h> // NOLINT(modernize-deprecated-headers): explicit_bzero is in no C++ header
+#include <string.h> // NOLINT(modernize-deprecated-headers): no C++ header declares explicit_bzero
 
 namespace platform {
 

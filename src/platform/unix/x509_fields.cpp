@@ -10,16 +10,16 @@ namespace platform {
 
 namespace {
 
-// What is shown of a subject: the first of these that it has.
-constexpr std::array<int, 4> kDisplayedAttributes{NID_commonName, NID_organizationalUnitName,
-                                                  NID_organizationName, NID_pkcs9_emailAddress};
+// The display name is the first of these attributes that the subject has.
+constexpr std::array<int, 4> kDisplayNameAttributes{NID_commonName, NID_organizationalUnitName,
+                                                    NID_organizationName, NID_pkcs9_emailAddress};
 
-std::string asText(const ASN1_STRING* string) {
+std::string toText(const ASN1_STRING* string) {
     const unsigned char* const bytes = ASN1_STRING_get0_data(string);
     return {bytes, bytes + ASN1_STRING_length(string)};
 }
 
-std::string asUtf8(const ASN1_STRING* string) {
+std::string toUtf8(const ASN1_STRING* string) {
     unsigned char* bytes = nullptr;
     const int size = ASN1_STRING_to_UTF8(&bytes, string);
     if (size < 0) {
@@ -31,32 +31,32 @@ std::string asUtf8(const ASN1_STRING* string) {
 
 std::string attributeAt(const X509_NAME* name, int index) {
     const X509_NAME_ENTRY* const entry = X509_NAME_get_entry(name, index);
-    return entry != nullptr ? asUtf8(X509_NAME_ENTRY_get_data(entry)) : std::string();
+    return entry != nullptr ? toUtf8(X509_NAME_ENTRY_get_data(entry)) : std::string();
 }
 
-// The first attribute `nid` of the subject; empty when it has none.
+// Returns the first attribute `nid` of the subject, or an empty text if there is none.
 std::string subjectAttribute(const X509& certificate, int nid) {
     const X509_NAME* const subject = X509_get_subject_name(&certificate);
     return attributeAt(subject, X509_NAME_get_index_by_NID(subject, nid, -1));
 }
 
-// The subject's alternative names of one kind, whose text is an IA5String.
-std::vector<std::string> alternativeNames(const X509& certificate, int kind) {
+// Returns the subject alternative names of type `type`, which must be stored as IA5String.
+std::vector<std::string> alternativeNames(const X509& certificate, int type) {
     std::vector<std::string> texts;
-    const AlternativeNames names(static_cast<GENERAL_NAMES*>(
+    const GeneralNamesPointer names(static_cast<GENERAL_NAMES*>(
         X509_get_ext_d2i(&certificate, NID_subject_alt_name, nullptr, nullptr)));
     for (int index = 0; index < sk_GENERAL_NAME_num(names.get()); ++index) {
-        int actualKind = -1;
+        int actualType = -1;
         const void* const value =
-            GENERAL_NAME_get0_value(sk_GENERAL_NAME_value(names.get(), index), &actualKind);
-        if (actualKind == kind) {
-            texts.push_back(asText(static_cast<const ASN1_STRING*>(value)));
+            GENERAL_NAME_get0_value(sk_GENERAL_NAME_value(names.get(), index), &actualType);
+        if (actualType == type) {
+            texts.push_back(toText(static_cast<const ASN1_STRING*>(value)));
         }
     }
     return texts;
 }
 
-QDateTime asDateTime(const ASN1_TIME* time) {
+QDateTime toDateTime(const ASN1_TIME* time) {
     std::tm parts{};
     if (ASN1_TIME_to_tm(time, &parts) != 1) {
         return {};
@@ -68,7 +68,7 @@ QDateTime asDateTime(const ASN1_TIME* time) {
 } // namespace
 
 std::vector<std::string> dnsNamesOf(const X509& certificate) {
-    const OpensslErrorsKept errors;
+    const OpensslErrorScope errors;
     std::vector<std::string> names = alternativeNames(certificate, GEN_DNS);
     if (names.empty()) {
         names.push_back(subjectAttribute(certificate, NID_commonName));
@@ -77,8 +77,8 @@ std::vector<std::string> dnsNamesOf(const X509& certificate) {
 }
 
 std::string displayNameOf(const X509& certificate) {
-    const OpensslErrorsKept errors;
-    for (const int nid : kDisplayedAttributes) {
+    const OpensslErrorScope errors;
+    for (const int nid : kDisplayNameAttributes) {
         std::string text = subjectAttribute(certificate, nid);
         if (!text.empty()) {
             return text;
@@ -90,22 +90,22 @@ std::string displayNameOf(const X509& certificate) {
 }
 
 QDateTime notBeforeOf(const X509& certificate) {
-    const OpensslErrorsKept errors;
-    return asDateTime(X509_get0_notBefore(&certificate));
+    const OpensslErrorScope errors;
+    return toDateTime(X509_get0_notBefore(&certificate));
 }
 
 QDateTime notAfterOf(const X509& certificate) {
-    const OpensslErrorsKept errors;
-    return asDateTime(X509_get0_notAfter(&certificate));
+    const OpensslErrorScope errors;
+    return toDateTime(X509_get0_notAfter(&certificate));
 }
 
 QByteArray serialNumberOf(const X509& certificate) {
-    const OpensslErrorsKept errors;
+    const OpensslErrorScope errors;
     const ASN1_INTEGER* const number = X509_get0_serialNumber(&certificate);
     unsigned char* encoding = nullptr;
     const int size = i2d_ASN1_INTEGER(number, &encoding);
     const OpensslBytes owner(encoding);
-    // Behind the header stands the number in two's complement, the most significant byte first.
+    // The header is followed by the number in two's complement, most significant byte first.
     const unsigned char* content = encoding;
     long length = 0;
     int tag = 0;
@@ -123,7 +123,7 @@ QByteArray serialNumberOf(const X509& certificate) {
 }
 
 QByteArray derOf(const X509& certificate) {
-    const OpensslErrorsKept errors;
+    const OpensslErrorScope errors;
     unsigned char* encoding = nullptr;
     const int size = i2d_X509(&certificate, &encoding);
     const OpensslBytes owner(encoding);

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-// What a certificate says, in the words of platform/certificate_store.h. Names are UTF-8.
+// Fields of a certificate, in the formats of Certificate (platform/certificate_store.h). Names are
+// in UTF-8.
 namespace platform {
 
 [[nodiscard]] std::vector<std::string> dnsNamesOf(const X509& certificate);

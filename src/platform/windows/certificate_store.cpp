@@ -24,24 +24,24 @@ struct ContextDeleter {
 };
 using Context = std::unique_ptr<const CERT_CONTEXT, ContextDeleter>;
 
-// A key of the system's key storage, or what an old provider gave in its place; given back only
-// when the system says that it is the caller's.
+// A handle to a key in CNG key storage or in a legacy provider. Freed by the destructor if the
+// system requires the caller to free it.
 class Key {
 public:
-    [[nodiscard]] static std::optional<Key> of(PCCERT_CONTEXT certificate) {
+    [[nodiscard]] static std::optional<Key> acquire(PCCERT_CONTEXT certificate) {
         Key key;
-        BOOL ours = FALSE;
+        BOOL callerFrees = FALSE;
         if (CryptAcquireCertificatePrivateKey(certificate, CRYPT_ACQUIRE_ONLY_NCRYPT_KEY_FLAG,
                                               nullptr, &key.handle_, &key.specification_,
-                                              &ours) == FALSE) {
+                                              &callerFrees) == FALSE) {
             return std::nullopt;
         }
-        key.ours_ = ours != FALSE;
+        key.isOwned_ = callerFrees != FALSE;
         return key;
     }
 
     ~Key() {
-        if (!ours_) {
+        if (!isOwned_) {
             return;
         }
         if (specification_ == CERT_NCRYPT_KEY_SPEC) {
@@ -54,7 +54,7 @@ public:
     Key(Key&& other) noexcept
         : handle_(other.handle_),
           specification_(other.specification_),
-          ours_(std::exchange(other.ours_, false)) {}
+          isOwned_(std::exchange(other.isOwned_, false)) {}
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
     Key& operator=(Key&&) = delete;
@@ -66,7 +66,7 @@ private:
 
     HCRYPTPROV_OR_NCRYPT_KEY_HANDLE handle_ = 0;
     DWORD specification_ = 0;
-    bool ours_ = false;
+    bool isOwned_ = false;
 };
 
 QDateTime utc(const SYSTEMTIME& time) {
@@ -79,10 +79,11 @@ QDateTime utc(const FILETIME& time) {
     return FileTimeToSystemTime(&time, &fields) != FALSE ? utc(fields) : QDateTime();
 }
 
-// One of the subject's names, or several with a NUL behind each. Empty when there is none.
+// Returns one name of the subject, or several names, each but the last followed by a NUL. Empty if
+// there is none.
 std::string nameString(PCCERT_CONTEXT certificate, DWORD type, DWORD flags) {
     const DWORD size = CertGetNameStringA(certificate, type, flags, nullptr, nullptr, 0);
-    if (size <= 1) { // the terminating NUL alone
+    if (size <= 1) { // only the terminating NUL
         return {};
     }
     std::string names(size, '\0');
@@ -97,39 +98,39 @@ public:
 
     SecretBytes exportPkcs8() const override {
         DWORD size = 0;
-        if (exportTo(nullptr, 0, size) != ERROR_SUCCESS || size == 0) {
+        if (exportInto(nullptr, 0, size) != ERROR_SUCCESS || size == 0) {
             return {};
         }
         SecretBytes bytes(size);
         DWORD written = 0;
-        if (exportTo(bytes.data(), size, written) != ERROR_SUCCESS) {
+        if (exportInto(bytes.data(), size, written) != ERROR_SUCCESS) {
             return {};
         }
         bytes.truncate(written);
         return bytes;
     }
 
-    TwoStepAnswer<QString> algorithmGroup() const override {
+    QueryResult<QString> algorithmGroup() const override {
         DWORD size = 0;
-        if (groupTo(nullptr, 0, size) != ERROR_SUCCESS) {
+        if (readGroupInto(nullptr, 0, size) != ERROR_SUCCESS) {
             return {Outcome::NoSize};
         }
-        // One NUL more than the system puts there by itself.
+        // One element more guarantees a terminating NUL.
         std::vector<wchar_t> name(size / sizeof(wchar_t) + 1);
         DWORD written = 0;
-        if (groupTo(name.data(), size, written) != ERROR_SUCCESS) {
+        if (readGroupInto(name.data(), size, written) != ERROR_SUCCESS) {
             return {Outcome::NoData};
         }
         return {Outcome::Complete, QString::fromWCharArray(name.data())};
     }
 
 private:
-    SECURITY_STATUS exportTo(char* buffer, DWORD size, DWORD& needed) const {
+    SECURITY_STATUS exportInto(char* buffer, DWORD size, DWORD& needed) const {
         return NCryptExportKey(key_.handle(), 0, NCRYPT_PKCS8_PRIVATE_KEY_BLOB, nullptr,
                                reinterpret_cast<BYTE*>(buffer), size, &needed, 0);
     }
 
-    SECURITY_STATUS groupTo(wchar_t* buffer, DWORD size, DWORD& needed) const {
+    SECURITY_STATUS readGroupInto(wchar_t* buffer, DWORD size, DWORD& needed) const {
         return NCryptGetProperty(key_.handle(), NCRYPT_ALGORITHM_GROUP_PROPERTY,
                                  reinterpret_cast<BYTE*>(buffer), size, &needed,
                                  NCRYPT_SILENT_FLAG);
@@ -164,7 +165,7 @@ public:
     QByteArray serialNumber() const override {
         const CRYPT_INTEGER_BLOB& number = context_->pCertInfo->SerialNumber;
         const QByteArrayView bytes(number.pbData, static_cast<qsizetype>(number.cbData));
-        // Some editions of the system leave the sign byte in its place.
+        // Some versions of Windows include the sign byte.
         return bytes.chopped(bytes.size() > 1 && bytes.back() == '\0' ? 1 : 0).toByteArray();
     }
 
@@ -173,7 +174,7 @@ public:
     }
 
     std::unique_ptr<KeyHandle> acquirePrivateKey() const override {
-        std::optional<Key> key = Key::of(context_.get());
+        std::optional<Key> key = Key::acquire(context_.get());
         return key ? std::make_unique<SystemKeyHandle>(*std::move(key)) : nullptr;
     }
 
@@ -189,10 +190,10 @@ public:
         if (ended_) {
             return nullptr;
         }
-        // The call takes the context it goes on from.
+        // The call frees the previous context.
         current_.reset(CertEnumCertificatesInStore(store_.get(), current_.release()));
         if (!current_) {
-            ended_ = true; // the next call would begin anew
+            ended_ = true; // another call would restart the enumeration
             return nullptr;
         }
         return std::make_unique<SystemCertificate>(
@@ -201,7 +202,7 @@ public:
 
 private:
     Store store_;
-    Context current_; // goes before its store
+    Context current_; // must be freed before store_
     bool ended_ = false;
 };
 
@@ -221,7 +222,7 @@ public:
         return utc(now);
     }
 
-    TwoStepAnswer<SecretBytes> toBase64(QByteArrayView bytes) const override {
+    QueryResult<SecretBytes> toBase64(QByteArrayView bytes) const override {
         const auto* const data = reinterpret_cast<const BYTE*>(bytes.data());
         const auto length = static_cast<DWORD>(bytes.size());
         DWORD size = 0;

@@ -28,7 +28,7 @@ const QByteArray kCertificate = QByteArray::fromBase64(
 
 constexpr DWORD kEncoding = X509_ASN_ENCODING;
 
-// Puts the certificate into a store of the machine for as long as it lives.
+// Installs the certificate in a store of the local machine. The destructor removes it.
 class InstalledCertificate {
 public:
     explicit InstalledCertificate(const wchar_t* storeName)
@@ -56,7 +56,7 @@ public:
 
     [[nodiscard]] PCCERT_CONTEXT context() const { return context_; }
 
-    // Lets those see a change who open the store anew.
+    // Makes changes visible when the store is opened again.
     void commit() const { CertControlStore(store_, 0, CERT_STORE_CTRL_COMMIT, nullptr); }
 
 private:
@@ -74,7 +74,7 @@ std::unique_ptr<Certificate> findInstalled(QStringView storeName) {
             return certificate;
         }
     }
-    EXPECT_EQ(store->next(), nullptr) << "behind the last one there is none";
+    EXPECT_EQ(store->next(), nullptr) << "the enumeration must not restart";
     return nullptr;
 }
 
@@ -82,7 +82,8 @@ class CertificateStoreTest : public testing::TestWithParam<const wchar_t*> {
 protected:
     void SetUp() override {
         if (installed_.context() == nullptr) {
-            GTEST_SKIP() << "this account may not write to the machine's certificate stores";
+            GTEST_SKIP() << "this account has no write access to the certificate stores of the "
+                            "local machine";
         }
     }
 
@@ -90,7 +91,7 @@ protected:
     const InstalledCertificate installed_{GetParam()};
 };
 
-TEST_P(CertificateStoreTest, aCertificateOfTheMachineIsFoundAndOutlivesItsStore) {
+TEST_P(CertificateStoreTest, CertificateOutlivesStore) {
     const auto certificate = findInstalled(storeName_);
     ASSERT_NE(certificate, nullptr);
     EXPECT_EQ(certificate->dnsNames(),
@@ -101,7 +102,7 @@ TEST_P(CertificateStoreTest, aCertificateOfTheMachineIsFoundAndOutlivesItsStore)
     EXPECT_EQ(certificate->serialNumber().toHex().toStdString(), "0100ab80");
 }
 
-TEST_P(CertificateStoreTest, aCertificateWithoutAKeyGivesNone) {
+TEST_P(CertificateStoreTest, CertificateWithoutKeyHasNoHandle) {
     const auto certificate = findInstalled(storeName_);
     ASSERT_NE(certificate, nullptr);
     EXPECT_EQ(certificate->acquirePrivateKey(), nullptr);
@@ -112,7 +113,7 @@ INSTANTIATE_TEST_SUITE_P(Stores, CertificateStoreTest, testing::Values(L"WebHost
                              return QString::fromWCharArray(store.param).toStdString();
                          });
 
-// A key of the system's key storage under a name of this process, removed when it goes.
+// An RSA key in CNG key storage, named after this process. The destructor deletes it.
 class StoredKey {
 public:
     StoredKey() {
@@ -140,7 +141,7 @@ public:
     StoredKey(const StoredKey&) = delete;
     StoredKey& operator=(const StoredKey&) = delete;
 
-    [[nodiscard]] bool belongsTo(PCCERT_CONTEXT certificate) const {
+    [[nodiscard]] bool assignTo(PCCERT_CONTEXT certificate) const {
         std::wstring provider = MS_KEY_STORAGE_PROVIDER;
         std::wstring name = name_.toStdWString();
         CRYPT_KEY_PROV_INFO info{};
@@ -163,48 +164,49 @@ private:
     bool stored_ = false;
 };
 
-TEST(SystemKeyTest, aKeyOfTheSystemsStorageIsHandedOutAsPkcs8) {
+TEST(SystemKeyTest, ExportsStoredKeyAsPkcs8) {
     const InstalledCertificate installed(L"My");
     if (installed.context() == nullptr) {
-        GTEST_SKIP() << "this account may not write to the machine's certificate stores";
+        GTEST_SKIP()
+            << "this account has no write access to the certificate stores of the local machine";
     }
     const StoredKey stored;
-    if (!stored.belongsTo(installed.context())) {
-        GTEST_SKIP() << "this system's key storage keeps no key of a certificate";
+    if (!stored.assignTo(installed.context())) {
+        GTEST_SKIP() << "this system cannot store a key for a certificate";
     }
     installed.commit();
     const auto certificate = findInstalled(u"My");
     ASSERT_NE(certificate, nullptr);
     const auto key = certificate->acquirePrivateKey();
     if (!key) {
-        GTEST_SKIP() << "this system's key storage does not give a certificate's key back";
+        GTEST_SKIP() << "this system does not return the stored key of a certificate";
     }
     const auto group = key->algorithmGroup();
     EXPECT_EQ(group.outcome, Outcome::Complete);
     EXPECT_EQ(group.value, u"RSA"_s);
     const SecretBytes bytes = key->exportPkcs8();
     ASSERT_FALSE(bytes.empty());
-    EXPECT_EQ(bytes.view().front(), '\x30') << "a structure in DER";
+    EXPECT_EQ(bytes.view().front(), '\x30') << "not a DER structure";
 }
 
-TEST(CertificateSystemTest, base64HasLinesOf64CharactersEachEndedByCrLf) {
+TEST(CertificateSystemTest, Base64LinesHave64CharactersAndCrLf) {
     const auto text = localMachineCertificates().toBase64(QByteArray(51, 'a'));
     EXPECT_EQ(text.outcome, Outcome::Complete);
     EXPECT_EQ(text.value.view().toByteArray().toStdString(),
               QByteArray("YWFh").repeated(16).toStdString() + "\r\nYWFh\r\n");
 }
 
-TEST(CertificateSystemTest, theTimeIsNowInUtc) {
+TEST(CertificateSystemTest, CurrentTimeIsInUtc) {
     const QDateTime before = QDateTime::currentDateTimeUtc();
     const QDateTime now = localMachineCertificates().currentTime();
     const QDateTime after = QDateTime::currentDateTimeUtc();
     EXPECT_EQ(now.timeSpec(), Qt::UTC);
-    EXPECT_LE(before, now.addMSecs(20)); // the two clocks tick apart
+    EXPECT_LE(before, now.addMSecs(20)); // the clocks have different resolutions
     EXPECT_LE(now, after.addMSecs(20));
 }
 
-TEST(CertificateSystemTest, anUnknownStoreOfTheMachineHoldsNothing) {
-    const auto store = localMachineCertificates().openStore(u"QuorinStoreOfNobody");
+TEST(CertificateSystemTest, UnknownStoreIsEmpty) {
+    const auto store = localMachineCertificates().openStore(u"QuorinUnknownStore");
     EXPECT_TRUE(!store || store->next() == nullptr);
 }
 

@@ -8,7 +8,7 @@
 
 namespace platform {
 
-// main() is given what the system's code page can hold; the command line itself holds all.
+// The arguments of main() are limited to the ANSI code page; the command line is in UTF-16.
 std::vector<std::string> commandLine(int /*argc*/, char** /*argv*/) {
     int count = 0;
     const std::unique_ptr<LPWSTR, decltype(&LocalFree)> arguments(

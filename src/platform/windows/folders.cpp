@@ -23,7 +23,8 @@ struct FreeLibraryDeleter {
 };
 using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeLibraryDeleter>;
 
-// `text` in the system's eight-bit code page, or nothing when that page lacks a character of it.
+// Converts `text` to the ANSI code page. Returns nothing if the code page lacks one of the
+// characters.
 std::optional<QByteArray> toAnsi(const QString& text) {
     const int length = static_cast<int>(text.size());
     if (length == 0) {
@@ -61,7 +62,7 @@ QString commonApplicationDataFolderForLog() {
                          folder.data()) != S_OK) {
         return {};
     }
-    return QString::fromLocal8Bit(folder.data()); // the system's code page, to UTF-16
+    return QString::fromLocal8Bit(folder.data()); // from the ANSI code page
 }
 
 QString joinPath(const QString& left, const QString& right) {
@@ -70,8 +71,8 @@ QString joinPath(const QString& left, const QString& right) {
     return left + separator + (rest.startsWith(separator) ? rest.mid(1) : rest);
 }
 
-// The eight-bit functions serve every path that came from the eight-bit folder name; a path they
-// cannot spell goes through the wide ones.
+// The ANSI functions are used for every path that the ANSI code page can represent, the wide
+// functions for all others.
 
 bool isDirectory(const QString& path) {
     if (const std::optional<QByteArray> ansi = toAnsi(path)) {
@@ -81,7 +82,7 @@ bool isDirectory(const QString& path) {
 }
 
 bool makeDirectoryPath(const QString& path) {
-    // Parents are told apart by back-slashes alone.
+    // MakeSureDirectoryPathExists() does not accept slashes as separators.
     const QString native = QDir::toNativeSeparators(path);
     if (const std::optional<QByteArray> ansi = toAnsi(native + u'\\')) {
         MakeSureDirectoryPathExists(ansi->constData());

@@ -10,14 +10,14 @@ using namespace Qt::StringLiterals;
 namespace platform {
 namespace {
 
-TEST(WindowsFoldersTest, theCommonApplicationDataFolderIsTheMachinesProgramData) {
+TEST(WindowsFoldersTest, CommonDataFolderIsProgramData) {
     const QString folder = qEnvironmentVariable("ProgramData");
     ASSERT_FALSE(folder.isEmpty());
     EXPECT_EQ(commonApplicationDataFolder(), folder);
     EXPECT_EQ(commonApplicationDataFolderForLog(), folder);
 }
 
-TEST(WindowsFoldersTest, aFolderNamedWithBothSeparatorsIsMadeWithAllItsParents) {
+TEST(WindowsFoldersTest, CreatesFolderWithMixedSeparators) {
     const QTemporaryDir temporary;
     const QString folder = joinPath(
         joinPath(QDir::toNativeSeparators(temporary.path()), kProductFolder.toString()), u"log"_s);

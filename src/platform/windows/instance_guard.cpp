@@ -4,7 +4,7 @@
 
 namespace platform {
 
-// The system frees the segment with the process that held it, however that ended.
+// The system frees the segment when its process ends, even if the process is killed.
 bool takeInstanceGuard(QSharedMemory& guard) {
     return guard.create(1);
 }

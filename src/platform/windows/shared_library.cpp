@@ -8,11 +8,13 @@ namespace platform {
 
 namespace {
 
-// Plain bytes, since a thread may outlive the library this code stands in.
+// An array because it needs no destructor: a thread may outlive the library that contains this
+// code.
 thread_local std::array<char, 512> lastErrorText{};
 
-// Keeps the system's text for `error`, UTF-8, as long as fits; its number when there is no text.
-void keepError(DWORD error) {
+// Stores the system's message for `error` in UTF-8, truncated if necessary, or the error number if
+// there is no message.
+void storeError(DWORD error) {
     std::array<wchar_t, 256> text{};
     const DWORD length = FormatMessageW(
         FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
@@ -29,7 +31,7 @@ void keepError(DWORD error) {
 SharedLibrary SharedLibrary::load(const char* name) {
     SharedLibrary library;
     library.handle_ = LoadLibraryW(wide(QString::fromUtf8(name)));
-    keepError(library.handle_ != nullptr ? ERROR_SUCCESS : GetLastError());
+    storeError(library.handle_ != nullptr ? ERROR_SUCCESS : GetLastError());
     return library;
 }
 
