@@ -1,7 +1,8 @@
-// The host program that the documentation shows.
+// The example host program of the documentation.
 
 #include "support/client.h"
 #include "support/gateway.h"
+#include "support/messages.h"
 #include "support/site.h"
 
 #include <gmock/gmock.h>
@@ -21,16 +22,15 @@ protected:
     Gateway gateway_{site_};
 };
 
-TEST_F(EmbeddingTest, theHostServesUntilItIsToldToStop) {
+TEST_F(EmbeddingTest, ServesUntilStopped) {
     site_.writeFile(u"fwfiles/a"_s, "content");
     gateway_.startProcess(host_, {site_.settingsPath(), u"primary"_s});
-    EXPECT_EQ(exchange(site_.port(), get("/fwfiles/a")),
-              "HTTP/1.1 200\r\nContent-Length: 7\r\nContent-Type: inode/directory\r\n\r\ncontent");
+    EXPECT_EQ(exchange(site_.port(), get("/fwfiles/a")), streamedReply("content"));
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_THAT(site_.logged().last().toStdString(), testing::EndsWith("[Status] Success"));
 }
 
-TEST_F(EmbeddingTest, aStartThatFailsEndsTheHost) {
+TEST_F(EmbeddingTest, ExitsWithFailureIfStartFails) {
     gateway_.startProcess(host_, {site_.settingsPath(), u"third"_s});
     EXPECT_EQ(gateway_.waitForExit(), 1);
     EXPECT_THAT(site_.logged(),

@@ -1,8 +1,11 @@
-// What the gateway does when its surroundings fail it: requests fail, it stays, and it serves again
-// by itself when the fault has gone.
+// Faults of the file system, descriptors and memory: requests fail, the gateway keeps running, and
+// it serves again as soon as the fault is gone.
 
 #include "support/client.h"
+#include "support/clients.h"
 #include "support/deadline.h"
+#include "support/paused_download.h"
+#include "support/permissions.h"
 #include "support/process_figures.h"
 #include "support/serving_test.h"
 #include "support/system.h"
@@ -18,21 +21,14 @@
 
 #include <algorithm>
 #include <memory>
-#include <vector>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 namespace {
 
-constexpr qsizetype kMiB = 1024 * 1024;
-
-QByteArray header(qsizetype size) {
-    return "HTTP/1.1 200\r\nContent-Length: " + QByteArray::number(size) +
-           "\r\nContent-Type: inode/directory\r\n\r\n";
-}
-
-// No two of its kibibytes are the same.
+// Every KiB is different.
 QByteArray content(qsizetype size, int seed) {
     QByteArray bytes(size, Qt::Uninitialized);
     for (qsizetype i = 0; i < size; ++i) {
@@ -41,10 +37,7 @@ QByteArray content(qsizetype size, int seed) {
     return bytes;
 }
 
-// Larger than what the system takes in between a server and a client that does not read.
-constexpr qsizetype kSize = 48 * kMiB;
-
-// A file changes while it is on its way.
+// A file changes while it is downloaded.
 class DownloadFaultTest : public testing::Test {
 protected:
     DownloadFaultTest() {
@@ -54,16 +47,13 @@ protected:
 
     void SetUp() override {
         if (kOnWindows) {
-            GTEST_SKIP() << "this system lets nobody touch a file that is being read";
+            GTEST_SKIP() << "this system does not allow a file to be changed while it is read";
         }
     }
 
-    // A download whose beginning has arrived; the rest waits.
+    // Starts a download of the file and reads its first MiB.
     std::unique_ptr<Client> begin() const {
-        auto client = std::make_unique<Client>(site_.port());
-        client->limitReadAhead(kMiB);
-        client->send(get("/fwfiles/a"));
-        EXPECT_EQ(client->read(header(kSize).size()), header(kSize));
+        auto client = startDownload(site_.port(), "/fwfiles/a", kLargeSize);
         EXPECT_EQ(client->read(kMiB), old_.left(kMiB));
         return client;
     }
@@ -71,12 +61,12 @@ protected:
     QString path() const { return site_.rootPath(u"fwfiles/a"_s); }
     QByteArray ask() const { return exchange(site_.port(), get("/fwfiles/a")); }
 
-    const QByteArray old_ = content(kSize, 1);
+    const QByteArray old_ = content(kLargeSize, 1);
     Site site_;
     Gateway gateway_{site_};
 };
 
-TEST_F(DownloadFaultTest, aFileThatIsRemovedArrivesWhole) {
+TEST_F(DownloadFaultTest, DeliversRemovedFile) {
     gateway_.start();
     const auto client = begin();
     ASSERT_TRUE(QFile::remove(path()));
@@ -84,39 +74,39 @@ TEST_F(DownloadFaultTest, aFileThatIsRemovedArrivesWhole) {
     EXPECT_EQ(client->readToEnd(), old_.mid(kMiB));
 }
 
-TEST_F(DownloadFaultTest, aFileThatIsReplacedArrivesAsItWas) {
+TEST_F(DownloadFaultTest, DeliversOriginalOfReplacedFile) {
     gateway_.start();
     const auto client = begin();
     site_.writeFile(u"fwfiles/new"_s, "the new one");
     ASSERT_TRUE(QFile::remove(path()));
     ASSERT_TRUE(QFile::rename(site_.rootPath(u"fwfiles/new"_s), path()));
-    EXPECT_EQ(ask(), header(11) + "the new one");
+    EXPECT_EQ(ask(), streamedReply("the new one"));
     EXPECT_EQ(client->readToEnd(), old_.mid(kMiB));
 }
 
-TEST_F(DownloadFaultTest, behindTheEndOfATruncatedFileComeZeros) {
+TEST_F(DownloadFaultTest, FillsTruncatedFileWithZeros) {
     constexpr qsizetype left = 40 * kMiB + 12'345;
     gateway_.start();
     const auto client = begin();
     ASSERT_TRUE(QFile::resize(path(), left));
     const QByteArray rest = client->readToEnd();
-    ASSERT_EQ(rest.size(), kSize - kMiB);
+    ASSERT_EQ(rest.size(), kLargeSize - kMiB);
     EXPECT_EQ(rest.left(left - kMiB), old_.mid(kMiB, left - kMiB));
-    EXPECT_EQ(rest.mid(left - kMiB), QByteArray(kSize - left, '\0'));
-    EXPECT_EQ(ask(), header(left) + old_.left(left));
+    EXPECT_EQ(rest.mid(left - kMiB), QByteArray(kLargeSize - left, '\0'));
+    EXPECT_EQ(ask(), streamedReply(old_.left(left)));
 }
 
-TEST_F(DownloadFaultTest, aFileThatIsEmptiedIsFilledUpWithZeros) {
+TEST_F(DownloadFaultTest, FillsEmptiedFileWithZeros) {
     gateway_.start();
     const auto client = begin();
     ASSERT_TRUE(QFile::resize(path(), 0));
     const QByteArray rest = client->readToEnd();
-    ASSERT_EQ(rest.size(), kSize - kMiB);
+    ASSERT_EQ(rest.size(), kLargeSize - kMiB);
     EXPECT_TRUE(rest.endsWith(QByteArray(kMiB, '\0')));
-    EXPECT_EQ(ask(), header(0));
+    EXPECT_EQ(ask(), streamedReply(""));
 }
 
-TEST_F(DownloadFaultTest, aFileThatGrowsIsCutAtItsAnnouncedSize) {
+TEST_F(DownloadFaultTest, CutsGrownFileAtAnnouncedSize) {
     gateway_.start();
     const auto client = begin();
     QFile file(path());
@@ -126,19 +116,12 @@ TEST_F(DownloadFaultTest, aFileThatGrowsIsCutAtItsAnnouncedSize) {
     EXPECT_EQ(client->readToEnd(), old_.mid(kMiB));
 }
 
-TEST_F(DownloadFaultTest, aFileThatIsMadeUnreadableArrivesWholeAndIsThenRefused) {
-    QFile probe(path());
-    probe.setPermissions({});
-    const bool isBound = !probe.open(QIODevice::ReadOnly);
-    probe.close();
-    probe.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    if (isBound) {
-        gateway_.start();
-    } else if (!QStandardPaths::findExecutable(u"setpriv"_s).isEmpty()) {
-        gateway_.startUnder({u"setpriv"_s, u"--bounding-set=-dac_override,-dac_read_search"_s});
-    } else {
-        GTEST_SKIP() << "permissions do not bind whoever runs this";
+TEST_F(DownloadFaultTest, DeliversFileMadeUnreadable) {
+    const std::optional<QStringList> prefix = prefixBoundByPermissions();
+    if (!prefix) {
+        GTEST_SKIP() << "file permissions do not apply to this user";
     }
+    gateway_.startUnder(*prefix);
     const auto client = begin();
     ASSERT_TRUE(QFile::setPermissions(path(), {}));
     EXPECT_EQ(ask(), kReply500 + kReply500);
@@ -146,24 +129,24 @@ TEST_F(DownloadFaultTest, aFileThatIsMadeUnreadableArrivesWholeAndIsThenRefused)
                 testing::Contains(u"5 [End] failed to open " + path() + u" for read."));
     EXPECT_EQ(client->readToEnd(), old_.mid(kMiB));
     ASSERT_TRUE(QFile::setPermissions(path(), QFile::ReadOwner | QFile::WriteOwner));
-    EXPECT_EQ(ask(), header(kSize) + old_);
+    EXPECT_EQ(ask(), streamedReply(old_));
 }
 
 class FaultTest : public testing::Test {
 protected:
     QByteArray ask(const QByteArray& target) const { return exchange(site_.port(), get(target)); }
 
-    // Where the system has no such command, the test is skipped.
+    // Starts the gateway with a resource limit, or skips the test if the system has no prlimit.
     void startWithLimit(const QString& limit, const Settings& settings) {
         if (QStandardPaths::findExecutable(u"prlimit"_s).isEmpty()) {
             GTEST_SKIP() << "this system has no prlimit";
         }
         site_.writeSettings(settings);
         gateway_.startUnder({u"prlimit"_s, limit});
-        ASSERT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
+        ASSERT_EQ(ask("/fwfiles/a"), streamedReply(small_));
     }
 
-    // From now on, for the running gateway.
+    // Changes a resource limit of the running gateway.
     void limit(const QString& limit) const {
         ASSERT_EQ(QProcess::execute(u"prlimit"_s,
                                     {u"--pid"_s, QString::number(gateway_.processId()), limit}),
@@ -177,7 +160,7 @@ protected:
     Gateway gateway_{site_};
 };
 
-TEST_F(FaultTest, withoutADocumentRootNothingIsFoundUntilItIsThere) {
+TEST_F(FaultTest, ServesAgainWhenDocumentRootReturns) {
     const QString root = site_.rootPath(QString()).chopped(1);
     const QString away = root + u"-away";
     ASSERT_TRUE(QDir().rename(root, away));
@@ -186,14 +169,14 @@ TEST_F(FaultTest, withoutADocumentRootNothingIsFoundUntilItIsThere) {
     EXPECT_EQ(ask("/fwfiles/a"), kReply404 + kReply500);
     EXPECT_EQ(ask("/api/x"), kReply500);
     ASSERT_TRUE(QDir().rename(away, root));
-    EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
+    EXPECT_EQ(ask("/fwfiles/a"), streamedReply(small_));
     ASSERT_TRUE(QDir().rename(root, away));
     EXPECT_EQ(ask("/fwfiles/a"), kReply404 + kReply500);
     EXPECT_EQ(gateway_.stop(), 0);
 }
 
-// Connections that come while there are no descriptors left wait, and nobody is turned away.
-TEST_F(FaultTest, moreConnectionsThanDescriptorsAreServedInTheEnd) {
+// Connections that arrive while no descriptors are free wait; none is refused.
+TEST_F(FaultTest, ServesConnectionsBeyondDescriptorLimit) {
     Settings settings;
     settings.MaxUserSession = "16";
     settings.ConnectionTimeout = "30";
@@ -201,67 +184,54 @@ TEST_F(FaultTest, moreConnectionsThanDescriptorsAreServedInTheEnd) {
     if (IsSkipped()) {
         return;
     }
-    std::vector<std::unique_ptr<Client>> silent;
-    for (int i = 0; i < 40; ++i) {
-        silent.push_back(std::make_unique<Client>(site_.port()));
-    }
+    Clients silent(site_.port(), 40);
     ASSERT_TRUE(site_.waitUntilLogged(u"5 [End] connections wait for free descriptors"_s));
-    std::vector<std::unique_ptr<Client>> asking;
-    for (int i = 0; i < 15; ++i) {
-        asking.push_back(std::make_unique<Client>(site_.port()));
-        asking.back()->send(get("/fwfiles/a"));
+    Clients requesting(site_.port(), 15);
+    requesting.send(get("/fwfiles/a"));
+    silent.close();
+    for (const auto& client : requesting) {
+        EXPECT_EQ(client->readToEnd(), streamedReply(small_));
     }
-    silent.clear();
-    for (const auto& client : asking) {
-        EXPECT_EQ(client->readToEnd(), header(small_.size()) + small_);
-    }
-    EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
+    EXPECT_EQ(ask("/fwfiles/a"), streamedReply(small_));
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_EQ(gateway_.errorOutput(), "");
 }
 
-TEST_F(FaultTest, whileConnectionsWaitForDescriptorsQuitStops) {
+TEST_F(FaultTest, StopsWhileConnectionsAwaitDescriptors) {
     Settings settings;
     settings.ConnectionTimeout = "2";
     startWithLimit(u"--nofile=64:64"_s, settings);
     if (IsSkipped()) {
         return;
     }
-    std::vector<std::unique_ptr<Client>> silent;
-    for (int i = 0; i < 40; ++i) {
-        silent.push_back(std::make_unique<Client>(site_.port()));
-    }
+    Clients silent(site_.port(), 40);
     ASSERT_TRUE(site_.waitUntilLogged(u"5 [End] connections wait for free descriptors"_s));
     gateway_.command("quit");
     ASSERT_TRUE(site_.waitUntilLogged(u"3 quit command recieved"_s));
-    silent.front()->abort(); // frees descriptors, while others are still being waited for
+    silent[0].abort(); // frees descriptors while other connections still wait
     EXPECT_EQ(gateway_.waitForExit(), 0);
     EXPECT_EQ(gateway_.errorOutput(), "");
 }
 
-// Taken away while the gateway runs, so that it cannot have reckoned with it.
-TEST_F(FaultTest, withoutADescriptorToAcceptWithConnectionsWaitForOne) {
+// The limit changes while the gateway runs, so it cannot have been taken into account at the start.
+TEST_F(FaultTest, HoldsConnectionUntilDescriptorIsFree) {
     startWithLimit(u"--nofile=256:256"_s, {});
     if (IsSkipped()) {
         return;
     }
-    // Every thread of the pool has its event loop.
-    {
-        std::vector<std::unique_ptr<Client>> all;
-        for (int i = 0; i < 10; ++i) {
-            all.push_back(std::make_unique<Client>(site_.port()));
-        }
-        ASSERT_TRUE(site_.waitUntilLogged(kRunStarts, 11));
-    }
+    // Starts all threads of the pool, each of which opens descriptors for its event loop.
+    Clients silent(site_.port(), 10);
+    ASSERT_TRUE(site_.waitUntilLogged(kRunStarts, 11));
+    silent.close();
     ASSERT_TRUE(site_.waitUntilLogged(kRunEnds, 11));
     limit(u"--nofile=4:256"_s);
     Client client(site_.port());
     client.send(get("/fwfiles/a"));
-    // That it lasts is what is tested; the log cannot be written either.
+    // The connection must wait. No event can be awaited: the log has no descriptor either.
     EXPECT_FALSE(client.socket().waitForReadyRead(500));
     limit(u"--nofile=256:256"_s);
-    EXPECT_EQ(client.readToEnd(), header(small_.size()) + small_);
-    EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
+    EXPECT_EQ(client.readToEnd(), streamedReply(small_));
+    EXPECT_EQ(ask("/fwfiles/a"), streamedReply(small_));
     EXPECT_EQ(gateway_.stop(), 0);
 }
 
@@ -367,68 +337,61 @@ class MemoryFaultTest : public FaultTest {
 protected:
     void SetUp() override {
         if (QUORIN_IS_SANITIZED) {
-            GTEST_SKIP() << "sanitizers take more address space than there is memory";
+            GTEST_SKIP() << "sanitizers reserve more address space than the limits of this test";
         }
         if (!processFigures(QCoreApplication::applicationPid())) {
-            GTEST_SKIP() << "this system does not tell what a process uses";
+            GTEST_SKIP() << "this system does not report the memory of a process";
         }
     }
 
-    // Lets the gateway have `more` bytes than it has.
-    void bound(qint64 more) const {
+    // Allows the gateway `more` bytes of address space than it has now.
+    void limitMemory(qint64 more) const {
         QFile file(u"/proc/%1/statm"_s.arg(gateway_.processId()));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const qint64 pages = file.readAll().split(' ').constFirst().toLongLong();
-        limit(u"--as=%1:unlimited"_s.arg(pages * 4096 + more));
+        constexpr qint64 pageSize = 4096;
+        limit(u"--as=%1:unlimited"_s.arg(pages * pageSize + more));
     }
-    void unbound() const { limit(u"--as=unlimited:unlimited"_s); }
+    void removeLimit() const { limit(u"--as=unlimited:unlimited"_s); }
 };
 
-TEST_F(MemoryFaultTest, aDocumentThatDoesNotFitIsRefusedAndLaterServed) {
+TEST_F(MemoryFaultTest, RefusesDocumentThatExceedsMemory) {
     const QByteArray document = content(200 * kMiB, 5);
     site_.writeFile(u"notifications/n.json"_s, document);
     startWithLimit(u"--core=0"_s, {});
     if (IsSkipped()) {
         return;
     }
-    bound(64 * kMiB);
+    limitMemory(64 * kMiB);
     for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(ask("/notifications/n.json"), kReply500);
-        EXPECT_EQ(exchange(site_.port(), "DELETE /notifications/n.json HTTP/1.1\r\n"
-                                         "X-Quorin-Notification-Reset-Date: x\r\n\r\n"),
-                  kReply500);
-        EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
+        EXPECT_EQ(exchange(site_.port(), resetRequestFor("/notifications/n.json", "x")), kReply500);
+        EXPECT_EQ(ask("/fwfiles/a"), streamedReply(small_));
     }
-    unbound();
+    removeLimit();
     EXPECT_TRUE(ask("/notifications/n.json").endsWith(document));
     EXPECT_EQ(gateway_.stop(), 0);
 }
 
-TEST_F(MemoryFaultTest, withoutMemoryForItsThreadAConnectionFailsAndLaterOnesAreServed) {
+TEST_F(MemoryFaultTest, RecoversFromThreadStartFailure) {
     Settings settings;
     settings.MaxUserSession = "64";
     startWithLimit(u"--core=0"_s, settings);
     if (IsSkipped()) {
         return;
     }
-    bound(40 * kMiB);
-    std::vector<std::unique_ptr<Client>> silent;
-    for (int i = 0; i < 40; ++i) {
-        silent.push_back(std::make_unique<Client>(site_.port()));
-    }
+    limitMemory(40 * kMiB);
+    Clients silent(site_.port(), 40);
     ASSERT_TRUE(site_.waitUntilLogged(u"5 [End] fail to start worker thread"_s));
-    silent.clear();
-    ASSERT_TRUE(waitUntil(
-        [this] { return site_.logged().count(kRunStarts) == site_.logged().count(kRunEnds); }));
-    EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
-    unbound();
-    std::vector<std::unique_ptr<Client>> asking;
-    for (int i = 0; i < 40; ++i) {
-        asking.push_back(std::make_unique<Client>(site_.port()));
-        asking.back()->send(get("/fwfiles/a"));
-    }
-    for (const auto& client : asking) {
-        EXPECT_EQ(client->readToEnd(), header(small_.size()) + small_);
+    silent.close();
+    // Connections still fail until the queue is empty and the pool's threads are idle, which
+    // follows the last line that the workers log.
+    EXPECT_TRUE(waitUntil([this] { return ask("/fwfiles/a") == streamedReply(small_); }));
+    removeLimit();
+    Clients requesting(site_.port(), 40);
+    requesting.send(get("/fwfiles/a"));
+    for (const auto& client : requesting) {
+        EXPECT_EQ(client->readToEnd(), streamedReply(small_));
     }
     EXPECT_EQ(gateway_.stop(), 0);
 }

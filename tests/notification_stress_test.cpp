@@ -1,9 +1,10 @@
-// One notification file under the hands of many, and of a gateway that is killed at it.
+// A notification file that many clients use at the same time, and one whose gateway is killed.
 
 #include "platform/replace_file.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/gateway.h"
+#include "support/messages.h"
 #include "support/site.h"
 #include "support/system.h"
 
@@ -26,22 +27,20 @@ using namespace Qt::StringLiterals;
 namespace quorin::test {
 namespace {
 
-const QByteArray kRefused =
-    "HTTP/1.1 500 Internal Server Error\r\n\r\nHTTP/1.1 500 Internal Server Error\r\n\r\n";
-const QByteArray kReset = "HTTP/1.1 204 No Content\r\n\r\n";
+const QByteArray kRefused = kReply500 + kReply500;
+const QByteArray kReset = kReply204;
 
 const QByteArray kPendingSince = "2000-01-01T00:00:00";
 const QByteArray kTarget = "/notifications/n.json";
 const QString kFile = u"notifications/n.json"_s;
 
 QByteArray resetRequest(const QByteArray& date) {
-    return "DELETE " + kTarget + " HTTP/1.1\r\nX-Quorin-Notification-Reset-Date: " + date +
-           "\r\n\r\n";
+    return resetRequestFor(kTarget, date);
 }
 
-// A document of at least `size` bytes as the gateway writes it, with one item that is pending, or
-// was reset at `date`, and a newer one that keeps the document. No part of it is a document, and
-// the number tells it from all others.
+// A document of at least `size` bytes as the gateway writes it. It has an item that is pending or
+// was reset at `date`, and a newer item that keeps the document from being emptied. No part of it
+// is a valid document, and `number` identifies it.
 QByteArray document(qsizetype size, int number, bool isPending, const QByteArray& date) {
     const QByteArray text = QByteArray::number(number);
     return "{\"A\":" + text + ",\"Filler\":\"" + QByteArray(size, char('a' + number % 26)) +
@@ -74,17 +73,17 @@ protected:
     Site site_;
 };
 
-// How often the gateway is killed. What a kill takes is mostly the start behind it, which takes
-// long through an emulator.
+// The number of gateways killed. Fewer on Windows, where the tests run in an emulator and starting
+// the next gateway takes long.
 constexpr int kKills = kOnWindows ? 40 : 120;
 
 class KilledGatewayTest : public NotificationStressTest {
 protected:
     static constexpr qsizetype kSize = 512 * 1024;
 
-    // Waits for an instant at which to kill a gateway that is about to reset, which takes about
-    // `typical`: any within twice that time, or one while the new document is being written.
-    void waitForTheInstant(std::chrono::nanoseconds typical, bool isWriting) const {
+    // Waits until a gateway that was sent a reset should be killed: until it writes the new
+    // document, or for a random time of up to twice the `typical` time of a reset.
+    void waitForKillTime(std::chrono::nanoseconds typical, bool isWriting) const {
         if (isWriting) {
             const QDeadlineTimer deadline(4 * typical);
             while (!QFile::exists(stagingFile()) && !deadline.hasExpired()) {
@@ -95,13 +94,13 @@ protected:
         }
     }
 
-    // The lock of a killed gateway is broken by the next. One that it had no time to sign has to be
-    // respected for half a minute; nobody waits for that here.
+    // The next gateway breaks the lock of a killed one. A lock file that is still empty has no
+    // holder and is respected for 30 seconds, so it is removed here.
     void countAndClearLock() {
         if (QFile::exists(lockPath())) {
             ++leftLock_;
             if (QFileInfo(lockPath()).size() == 0) {
-                ++leftUnsignedLock_;
+                ++leftEmptyLock_;
                 EXPECT_TRUE(QFile::remove(lockPath()));
             }
         }
@@ -111,11 +110,11 @@ protected:
     int leftNew_ = 0;
     int leftStagingFile_ = 0;
     int leftLock_ = 0;
-    int leftUnsignedLock_ = 0;
+    int leftEmptyLock_ = 0;
     int answered_ = 0;
 };
 
-TEST_F(KilledGatewayTest, leavesTheOldDocumentOrTheNewAndASuccessorServes) {
+TEST_F(KilledGatewayTest, LeavesWholeDocumentForNextGateway) {
     const QByteArray date = "2024-06-01T12:00:00";
     QElapsedTimer timer;
     timer.start();
@@ -127,7 +126,7 @@ TEST_F(KilledGatewayTest, leavesTheOldDocumentOrTheNewAndASuccessorServes) {
         Client second(site_.port());
         ASSERT_TRUE(site_.waitUntilLogged(u"2 [Start] void __cdecl Worker::run(void)"_s, 2));
 
-        // Whatever the killed one left behind, this one serves.
+        // Serves regardless of what the previous gateway left behind.
         site_.writeFile(kFile, pendingDocument(kSize, 2 * kill));
         QElapsedTimer resetTime;
         resetTime.start();
@@ -141,7 +140,7 @@ TEST_F(KilledGatewayTest, leavesTheOldDocumentOrTheNewAndASuccessorServes) {
         const QByteArray oldDocument = pendingDocument(kSize, 2 * kill + 1);
         site_.writeFile(kFile, oldDocument);
         second.send(resetRequest(date));
-        waitForTheInstant(typical, kill % 2 == 1);
+        waitForKillTime(typical, kill % 2 == 1);
         gateway.kill();
 
         const QByteArray content = site_.readFile(kFile);
@@ -159,14 +158,14 @@ TEST_F(KilledGatewayTest, leavesTheOldDocumentOrTheNewAndASuccessorServes) {
     }
     std::cout << kKills << " kills in " << timer.elapsed() / 1000 << " s: " << leftOld_
               << " left the old document, " << leftNew_ << " the new one, " << answered_
-              << " of these answered; " << leftLock_ << " left a lock, " << leftUnsignedLock_
-              << " of these unsigned; " << leftStagingFile_ << " left a staging file\n";
+              << " of these answered; " << leftLock_ << " left a lock, " << leftEmptyLock_
+              << " of these empty; " << leftStagingFile_ << " left a staging file\n";
     EXPECT_GT(leftOld_, 0);
     EXPECT_GT(leftNew_, 0);
     EXPECT_GT(leftStagingFile_, 0);
 }
 
-// How long the clients are at it.
+// How long the clients send requests.
 std::chrono::seconds stressTime() {
     const int configured = qEnvironmentVariableIntValue("QUORIN_TEST_STRESS_SECONDS");
     return std::chrono::seconds(configured > 0 ? configured : 5);
@@ -181,8 +180,8 @@ protected:
         return "2024-06-0" + QByteArray::number(client + 1) + "T12:00:00";
     }
 
-    // True for a document that was written here, in the state of then or after a reset by one of
-    // the clients.
+    // True for a document written by this test, either unchanged or after a reset by one of the
+    // clients.
     bool isWhole(const QByteArray& content) {
         const int number = between(content, "\"A\":", ",").toInt();
         const bool isPending = between(content, "\"IsExist\":", ",") == "true";
@@ -205,9 +204,7 @@ protected:
         ++reads_;
         const qsizetype body = reply.indexOf("\r\n\r\n") + 4;
         const QByteArray content = reply.mid(body);
-        EXPECT_EQ(reply.left(body),
-                  "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(content.size()) +
-                      "\r\nContent-Type: application/json\r\n\r\n");
+        EXPECT_TRUE(reply == wholeReply(content)) << reply.left(body).toStdString();
         EXPECT_TRUE(isWhole(content))
             << content.left(50).toStdString() << " ... " << content.right(150).toStdString();
     }
@@ -218,7 +215,7 @@ protected:
         ++(reply == kReset ? resets_ : resetsRefused_);
     }
 
-    // What the process that writes notifications does, by the rules of all.
+    // Writes a new document under the lock, as the process that creates notifications does.
     void writeOnce() {
         QLockFile lock(lockPath());
         if (!lock.tryLock(5'000)) {
@@ -233,7 +230,7 @@ protected:
         EXPECT_TRUE(platform::replaceFile(stagingFile(), site_.rootPath(kFile)));
     }
 
-    std::atomic<int> newest_ = 0; // number of the document that was written last
+    std::atomic<int> newest_ = 0; // number of the newest document
     std::atomic<int> reads_ = 0;
     std::atomic<int> pendingSeen_ = 0;
     std::atomic<int> readsRefused_ = 0;
@@ -241,7 +238,7 @@ protected:
     std::atomic<int> resetsRefused_ = 0;
 };
 
-TEST_F(SharedNotificationTest, eightReadersAndEightResettersSeeWholeDocumentsOnly) {
+TEST_F(SharedNotificationTest, ShowsOnlyWholeDocumentsToAllClients) {
     site_.writeFile(kFile, pendingDocument(kSize, 0));
     Gateway gateway(site_);
     gateway.start();
@@ -271,8 +268,8 @@ TEST_F(SharedNotificationTest, eightReadersAndEightResettersSeeWholeDocumentsOnl
     EXPECT_EQ(QDir(site_.stagingPath(QString()))
                   .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
               QStringList());
-    // Nobody was refused but for the lock; on Windows also where somebody else looked at the file
-    // in the instant in which it was to be replaced.
+    // Requests are refused only for lack of the lock; on Windows also if another process has the
+    // file open when it is replaced.
     const QStringList logged = site_.logged();
     const auto withoutLock = logged.count(u"5 Failed to Lock for \"" + stagingFile() + u'"');
     if (kOnWindows) {

@@ -1,6 +1,8 @@
-// DELETE with a reset date: the new content of the file, the reply and the log, and that a failure
-// leaves the document unchanged. Also which manifest a request for "update.json" gets.
+// DELETE requests with a reset date: the file, the reply and the log after a success, and that no
+// failure destroys the document. Also the manifest that a request for "update.json" selects.
 
+#include "support/deadline.h"
+#include "support/permissions.h"
 #include "support/serving_test.h"
 #include "support/system.h"
 
@@ -16,20 +18,22 @@
 
 #include <clocale>
 #include <cstdio>
+#include <optional>
 #include <string>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace quorin::test {
 namespace {
 
 const QByteArray kRefused = kReply500 + kReply500;
 const QByteArray kMissing = kReply404 + kReply500;
-const QByteArray kReset = "HTTP/1.1 204 No Content\r\n\r\n";
+const QByteArray kReset = kReply204;
 
 const QByteArray kDate = "2024-06-01T12:00:00";
 
-// An item that is newer than the dates of these tests, so that its document is not emptied.
+// An item newer than every date in these tests. It keeps its document from being emptied.
 const QByteArray kNewer = "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"}";
 
 QByteArray deleteWith(const QByteArray& header,
@@ -39,12 +43,12 @@ QByteArray deleteWith(const QByteArray& header,
 
 QByteArray resetRequest(const QByteArray& date = kDate,
                         const QByteArray& target = "/notifications/n.json") {
-    return deleteWith("X-Quorin-Notification-Reset-Date: " + date + "\r\n", target);
+    return resetRequestFor(target, date);
 }
 
 class NotificationTest : public ServingTest {
 protected:
-    // Writes the file that most requests name.
+    // The file that most of these tests reset.
     void writeNotification(const QByteArray& content) const { site_.writeFile(kFile, content); }
     QByteArray notification() const { return site_.readFile(kFile); }
     QString path() const { return site_.rootPath(kFile); }
@@ -61,7 +65,7 @@ protected:
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
 
-    // Expects the reset to be refused and the file to be unchanged.
+    // Checks that the request is refused with 500 twice and does not change the file.
     void expectFailure(const QByteArray& request = resetRequest()) {
         const QByteArray before = notification();
         EXPECT_EQ(ask(request), kRefused);
@@ -85,7 +89,7 @@ TEST_P(NotificationTest, EmptiesFileAndSends204) {
               logOfRequest({resetLine(), u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationTest, KeepsDocumentThatHasNewerItem) {
+TEST_P(NotificationTest, ClearsOlderItemsAndKeepsRest) {
     writeNotification(
         "{\"RemoteSetting\":{\"LastUpdated\":\"2024-06-01T12:00:01\",\"IsExist\":true},"
         "\"RemoteExecutionCancel\":{\"IsExist\":true,\"LastUpdated\":\"" +
@@ -100,15 +104,13 @@ TEST_P(NotificationTest, KeepsDocumentThatHasNewerItem) {
         "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2024-06-01T12:00:01\"}}";
     EXPECT_EQ(ask(resetRequest()), kReset);
     EXPECT_EQ(notification(), after);
-    // A repeated reset succeeds and changes nothing.
+    // A repeated reset changes nothing and succeeds.
     EXPECT_EQ(ask(resetRequest("2024-06-01T12:00:00")), kReset);
     EXPECT_EQ(notification(), after);
-    EXPECT_EQ(ask(get("/notifications/n.json")),
-              "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(after.size()) +
-                  "\r\nContent-Type: application/json\r\n\r\n" + after);
+    EXPECT_EQ(ask(get("/notifications/n.json")), wholeReply(after));
 }
 
-TEST_P(NotificationTest, EmptiesDocumentsOfAnyKind) {
+TEST_P(NotificationTest, EmptiesEveryKindOfDocument) {
     startGateway();
     const std::pair<const char*, const char*> cases[] = {
         {"{\"a\":1}", "{}"}, {"[1,2]", "[]"},   {"\"text\"", "\"\""}, {"7", "0"},
@@ -136,7 +138,7 @@ TEST_P(NotificationTest, KeepsPendingItemsIfDateIsInvalid) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationTest, LogsPlaceholdersUnchanged) {
+TEST_P(NotificationTest, LogsPlaceholdersVerbatim) {
     site_.writeFile(u"notifications/%251%252.json"_s, "nothing");
     startGateway();
     EXPECT_EQ(ask(resetRequest("%2%1", "/notifications/%1%2.json")), kRefused);
@@ -146,7 +148,7 @@ TEST_P(NotificationTest, LogsPlaceholdersUnchanged) {
                            u"5 [End] failed to initialize file (%251%252.json)."_s}));
 }
 
-TEST_P(NotificationTest, TreatsDateWithoutOffsetAsLocalTime) {
+TEST_P(NotificationTest, ReadsDateWithoutOffsetAsLocalTime) {
     const auto pending = [](const char* date) -> QByteArray {
         return QByteArray("{\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"") + date +
                "\"}}";
@@ -161,7 +163,7 @@ TEST_P(NotificationTest, TreatsDateWithoutOffsetAsLocalTime) {
     EXPECT_EQ(notification(), pending("2024-06-01T03:00:01Z"));
 }
 
-TEST_P(NotificationTest, IgnoresTimeLimitOfDownloads) {
+TEST_P(NotificationTest, IgnoresRequestTimeout) {
     writeNotification("{\"a\":1}");
     Settings settings;
     settings.HTTPRequestTimeout = "0";
@@ -170,7 +172,7 @@ TEST_P(NotificationTest, IgnoresTimeLimitOfDownloads) {
     EXPECT_EQ(notification(), "{}");
 }
 
-TEST_P(NotificationTest, RefusesDeleteWithoutHeader) {
+TEST_P(NotificationTest, RefusesDeleteWithoutResetHeader) {
     writeNotification("{\"a\":1}");
     startGateway();
     const QByteArray headers[] = {
@@ -190,7 +192,7 @@ TEST_P(NotificationTest, RefusesDeleteWithoutHeader) {
     EXPECT_EQ(logged.size(), qsizetype(std::size(headers)));
 }
 
-TEST_P(NotificationTest, TrimsDateAndUsesLaterOfTwoHeaders) {
+TEST_P(NotificationTest, TrimsDateAndUsesLastHeader) {
     const QByteArray document =
         "{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"2024-01-01\"}}";
     writeNotification(document);
@@ -209,30 +211,29 @@ TEST_P(NotificationTest, TrimsDateAndUsesLaterOfTwoHeaders) {
                      resetLine(u"2025-01-01"_s), u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationTest, Sends404IfTargetIsNotFile) {
+TEST_P(NotificationTest, Sends404IfTargetIsNoFile) {
     writeNotification("{}");
     startGateway();
     EXPECT_EQ(ask(resetRequest(kDate, "/notifications/none.json")), kMissing);
     EXPECT_EQ(ask(resetRequest(kDate, "/notifications")), kMissing);
     EXPECT_EQ(ask(resetRequest(kDate, "notifications/n.json")), kMissing);
     EXPECT_EQ(ask(resetRequest(kDate, "/notifications/../notifications/n.json")),
-              "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n" + kReply500);
+              kReply400 + kReply500);
     EXPECT_EQ(staged(), QStringList());
 }
 
-TEST_P(NotificationTest, DoesNotResetForOtherMethods) {
+TEST_P(NotificationTest, ResetsOnlyOnDelete) {
     writeNotification("{\"a\":1}");
     startGateway();
     for (const char* const method : {"PUT", "POST"}) {
-        EXPECT_EQ(ask(resetRequest().replace("DELETE", method)),
-                  "HTTP/1.1 405 Method Not Allowed\r\nConnection: close\r\n\r\n" + kReply500);
+        EXPECT_EQ(ask(resetRequest().replace("DELETE", method)), kReply405 + kReply500);
     }
     EXPECT_THAT(ask(resetRequest().replace("DELETE", "GET")).toStdString(),
                 testing::EndsWith("\r\n\r\n{\"a\":1}"));
     EXPECT_EQ(notification(), "{\"a\":1}");
 }
 
-TEST_P(NotificationTest, ResetsFileOfAnyFolder) {
+TEST_P(NotificationTest, ResetsFilesOfEveryFolder) {
     site_.writeFile(u"fwfiles/deep/n.json"_s, "{\"a\":1}");
     site_.writeFile(u"top.txt"_s, "[1]");
     site_.writeFile(u"patterns/p.xml"_s, "<p/>");
@@ -256,7 +257,7 @@ TEST_P(NotificationTest, ResetsFileOfAnyFolder) {
             u"5 [End] failed to initialize file (p.xml)."_s}));
 }
 
-TEST_P(NotificationTest, KeepsMalformedDocumentAndRefusesTwice) {
+TEST_P(NotificationTest, KeepsMalformedDocumentAndSends500Twice) {
     startGateway();
     const QByteArray documents[] = {
         "",
@@ -277,7 +278,7 @@ TEST_P(NotificationTest, KeepsMalformedDocumentAndRefusesTwice) {
     EXPECT_EQ(stopAndReadHandlerLog(), expected);
 }
 
-TEST_P(NotificationTest, ResetsAndServesDocumentOf5MiB) {
+TEST_P(NotificationTest, ResetsDocumentOf5MiB) {
     QByteArray filler;
     for (int i = 0; filler.size() < 5 * 1024 * 1024; ++i) {
         filler += "{\"Id\":" + QByteArray::number(i) + ",\"Text\":\"text " +
@@ -292,12 +293,10 @@ TEST_P(NotificationTest, ResetsAndServesDocumentOf5MiB) {
     EXPECT_EQ(ask(resetRequest("2024-01-02")), kReset);
     const QByteArray after = document("{\"IsExist\":false,\"LastUpdated\":\"2024-01-02\"}");
     EXPECT_TRUE(notification() == after);
-    EXPECT_TRUE(ask(get("/notifications/n.json")) ==
-                "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(after.size()) +
-                    "\r\nContent-Type: application/json\r\n\r\n" + after);
+    EXPECT_TRUE(ask(get("/notifications/n.json")) == wholeReply(after));
 }
 
-TEST_P(NotificationTest, WritesDecimalPointInAnyLocale) {
+TEST_P(NotificationTest, WritesDecimalPointInEveryLocale) {
     const char* const name = "de_DE.UTF-8";
     const std::string before = std::setlocale(LC_NUMERIC, nullptr);
     char half[8] = "";
@@ -325,12 +324,12 @@ TEST_P(NotificationTest, FailsAfterFiveSecondsIfLockIsHeld) {
     QElapsedTimer timer;
     timer.start();
     expectFailure();
-    EXPECT_GE(timer.elapsed(), 4'950);
+    EXPECT_GE(timer.elapsed(), earliestExpiry(5s).count());
     EXPECT_EQ(stopAndReadHandlerLog(), (QStringList{resetLine(), lockLine(), kFailed}));
-    EXPECT_EQ(staged(), QStringList(u"n.json.lock"_s)) << "the holder still holds the lock";
+    EXPECT_EQ(staged(), QStringList(u"n.json.lock"_s)) << "the holder must keep its lock";
 }
 
-TEST_P(NotificationTest, AcquiresLockReleasedMeanwhile) {
+TEST_P(NotificationTest, TakesLockReleasedDuringRetries) {
     writeNotification("{\"a\":1}");
     QLockFile holder(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(holder.tryLock());
@@ -338,7 +337,7 @@ TEST_P(NotificationTest, AcquiresLockReleasedMeanwhile) {
     Client client(site_.port(), GetParam());
     client.send(resetRequest());
     ASSERT_TRUE(site_.waitUntilLogged(resetLine()));
-    // The first attempt, of one second, must have failed.
+    // The request must wait beyond the first attempt of one second and leave the file unchanged.
     EXPECT_FALSE(client.socket().waitForReadyRead(1'500));
     EXPECT_EQ(notification(), "{\"a\":1}");
     holder.unlock();
@@ -356,11 +355,11 @@ TEST_P(NotificationTest, LocksEachFileSeparately) {
     EXPECT_EQ(ask(resetRequest()), kReset);
 }
 
-TEST_P(NotificationTest, BreaksLockOfEndedProcess) {
+TEST_P(NotificationTest, BreaksLockOfDeadProcess) {
     writeNotification("{\"a\":1}");
     QFile lock(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
-    lock.write("2000000000\nwriter\n\n\n\n"); // above the greatest process id of any system
+    lock.write("2000000000\nwriter\n\n\n\n"); // beyond the largest process id
     lock.close();
     startGateway();
     EXPECT_EQ(ask(resetRequest()), kReset);
@@ -384,8 +383,8 @@ TEST_P(NotificationTest, BreaksOldLockWithoutHolder) {
 INSTANTIATE_TEST_SUITE_P(Transports, NotificationTest, testing::ValuesIn(transports()),
                          TransportName());
 
-// Faults of the file system. The file must be unchanged, and the next request must succeed after
-// the fault is removed.
+// Faults of the file system: they leave the file unchanged, and the next request after the fault is
+// gone succeeds.
 class NotificationFaultTest : public NotificationTest {
 protected:
     NotificationFaultTest() {
@@ -401,55 +400,9 @@ protected:
 
     QString notificationsFolder() const { return site_.rootPath(u"notifications"_s); }
 
-    static void allowWriting(const QString& folder) {
-        QFile::setPermissions(folder, QFile::permissions(folder) | QFile::WriteOwner);
-    }
-    static void forbidWriting(const QString& folder) {
-        ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
-    }
-
-    static bool canWriteInto(const QString& folder, const QStringList& command) {
-        QFile probe(folder + u"/probe");
-        bool written = false;
-        if (command.isEmpty()) {
-            written = probe.open(QIODevice::WriteOnly);
-        } else {
-            QProcess touch;
-            touch.start(command.first(),
-                        command.mid(1) + QStringList{u"touch"_s, probe.fileName()});
-            written = touch.waitForFinished() && touch.exitCode() == 0;
-        }
-        probe.remove();
-        return written;
-    }
-
-    // Returns a command that runs a program bound by file permissions. It is empty if every program
-    // is, and there is none if this user cannot give up the privilege.
-    static std::optional<QStringList> commandBoundByPermissions() {
-        const QTemporaryDir folder;
-        forbidWriting(folder.path());
-        for (const QStringList& command :
-             {QStringList(),
-              QStringList{u"setpriv"_s, u"--bounding-set=-dac_override,-dac_read_search"_s}}) {
-            if (!command.isEmpty() && QStandardPaths::findExecutable(command.first()).isEmpty()) {
-                break;
-            }
-            if (!canWriteInto(folder.path(), command)) {
-                allowWriting(folder.path());
-                return command;
-            }
-        }
-        allowWriting(folder.path());
-        return std::nullopt;
-    }
-
     void startGatewayUnder(const QStringList& command) {
         site_.writeSettings();
-        if (command.isEmpty()) {
-            gateway_.start();
-        } else {
-            gateway_.startUnder(command);
-        }
+        gateway_.startUnder(command);
     }
 
     void expectSuccess() {
@@ -460,7 +413,7 @@ protected:
     }
 };
 
-TEST_P(NotificationFaultTest, DoesNotCreateStagingFolder) {
+TEST_P(NotificationFaultTest, DoesNotCreateMissingStagingFolder) {
     ASSERT_TRUE(QDir(site_.stagingPath(QString())).removeRecursively());
     startGateway();
     expectFailure();
@@ -472,7 +425,7 @@ TEST_P(NotificationFaultTest, DoesNotCreateStagingFolder) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, KeepsFileAtPathOfStagingFolder) {
+TEST_P(NotificationFaultTest, KeepsFileInPlaceOfStagingFolder) {
     const QString folder = site_.stagingPath(QString()).chopped(1);
     ASSERT_TRUE(QDir(folder).removeRecursively());
     QFile file(folder);
@@ -487,13 +440,13 @@ TEST_P(NotificationFaultTest, KeepsFileAtPathOfStagingFolder) {
     EXPECT_THAT(site_.logged(), testing::IsSupersetOf({resetLine(), lockLine(), kFailed}));
 }
 
-TEST_P(NotificationFaultTest, FailsIfStagingFolderIsNotWritable) {
-    const std::optional<QStringList> command = commandBoundByPermissions();
-    if (!command) {
-        GTEST_SKIP() << "permissions do not bind this user";
+TEST_P(NotificationFaultTest, FailsLockInReadOnlyStagingFolder) {
+    const std::optional<QStringList> prefix = prefixBoundByPermissions();
+    if (!prefix) {
+        GTEST_SKIP() << "file permissions do not apply to this user";
     }
     forbidWriting(site_.stagingPath(QString()));
-    startGatewayUnder(*command);
+    startGatewayUnder(*prefix);
     expectFailure();
     allowWriting(site_.stagingPath(QString()));
     expectSuccess();
@@ -502,11 +455,11 @@ TEST_P(NotificationFaultTest, FailsIfStagingFolderIsNotWritable) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, FailsIfStagingFileIsFolder) {
+TEST_P(NotificationFaultTest, FailsWriteIfStagingFileIsFolder) {
     ASSERT_TRUE(QDir().mkpath(site_.stagingPath(u"n.json/folder"_s)));
     startGateway();
     expectFailure();
-    EXPECT_EQ(staged(), QStringList(u"n.json"_s)) << "no lock";
+    EXPECT_EQ(staged(), QStringList(u"n.json"_s)) << "the lock must be released";
     ASSERT_TRUE(QDir(site_.stagingPath(u"n.json"_s)).removeRecursively());
     expectSuccess();
     EXPECT_EQ(stopAndReadHandlerLog(),
@@ -514,7 +467,7 @@ TEST_P(NotificationFaultTest, FailsIfStagingFileIsFolder) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, FailsIfDiskIsFull) {
+TEST_P(NotificationFaultTest, FailsWriteOnFullDisk) {
     const QString fullDisk = u"/dev/full"_s;
     if (!QFile::exists(fullDisk)) {
         GTEST_SKIP() << "this system has no " << fullDisk.toStdString();
@@ -525,7 +478,7 @@ TEST_P(NotificationFaultTest, FailsIfDiskIsFull) {
     expectFailure();
     EXPECT_TRUE(QFileInfo(path()).isFile());
     EXPECT_FALSE(QFileInfo(path()).isSymLink());
-    EXPECT_EQ(staged(), QStringList(u"n.json"_s)) << "no lock";
+    EXPECT_EQ(staged(), QStringList(u"n.json"_s)) << "the lock must be released";
     ASSERT_TRUE(QFile::remove(stagingFile));
     expectSuccess();
     EXPECT_EQ(stopAndReadHandlerLog(),
@@ -533,18 +486,19 @@ TEST_P(NotificationFaultTest, FailsIfDiskIsFull) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, FailsIfOnlyPartFitsOnDisk) {
+TEST_P(NotificationFaultTest, FailsAfterPartialWrite) {
     if (QStandardPaths::findExecutable(u"sh"_s).isEmpty()) {
-        GTEST_SKIP() << "there is no shell to limit the size of files";
+        GTEST_SKIP() << "this system has no shell that limits the size of files";
     }
     // The unit of the limit is 512 bytes or 1 KiB, depending on the shell.
     constexpr qsizetype size = 512 * 1024;
     writeNotification("{\"Filler\":\"" + QByteArray(size, 'x') + "\"," + kNewer + "}");
     startGatewayUnder({u"sh"_s, u"-c"_s, u"trap '' XFSZ; ulimit -f 200; exec \"$@\""_s, u"sh"_s});
     expectFailure();
-    EXPECT_GT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), 0) << "a part was written";
+    EXPECT_GT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), 0)
+        << "part of the document must have been written";
     EXPECT_LT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), size);
-    // A smaller document fits, whatever the failure left in the staging file.
+    // A smaller document fits, although the part remains.
     writeNotification("{\"Filler\":\"" + QByteArray(size, 'x') + "\"}");
     EXPECT_EQ(ask(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{}");
@@ -554,13 +508,13 @@ TEST_P(NotificationFaultTest, FailsIfOnlyPartFitsOnDisk) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, KeepsFileOfFolderThatIsNotWritable) {
-    const std::optional<QStringList> command = commandBoundByPermissions();
-    if (!command) {
-        GTEST_SKIP() << "permissions do not bind this user";
+TEST_P(NotificationFaultTest, KeepsFileInReadOnlyFolder) {
+    const std::optional<QStringList> prefix = prefixBoundByPermissions();
+    if (!prefix) {
+        GTEST_SKIP() << "file permissions do not apply to this user";
     }
     forbidWriting(notificationsFolder());
-    startGatewayUnder(*command);
+    startGatewayUnder(*prefix);
     expectFailure();
     EXPECT_FALSE(staged().contains(u"n.json.lock"_s));
     allowWriting(notificationsFolder());
@@ -570,14 +524,14 @@ TEST_P(NotificationFaultTest, KeepsFileOfFolderThatIsNotWritable) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, DoesNotCopyToAnotherVolume) {
+TEST_P(NotificationFaultTest, DoesNotCopyToOtherVolume) {
     if (kOnWindows) {
-        GTEST_SKIP() << "this test has no second volume on this system";
+        GTEST_SKIP() << "no second volume is known on this system";
     }
     const QTemporaryDir elsewhere(u"/dev/shm/notifications-XXXXXX"_s);
     if (!elsewhere.isValid() || QStorageInfo(elsewhere.path()).device() ==
                                     QStorageInfo(site_.stagingPath(QString())).device()) {
-        GTEST_SKIP() << "there is no second volume to write to";
+        GTEST_SKIP() << "this system has no writable second volume";
     }
     const QByteArray document = notification();
     ASSERT_TRUE(QDir(notificationsFolder()).removeRecursively());
@@ -596,7 +550,7 @@ TEST_P(NotificationFaultTest, DoesNotCopyToAnotherVolume) {
 INSTANTIATE_TEST_SUITE_P(Transports, NotificationFaultTest, testing::Values(Transport::Plain),
                          TransportName());
 
-// The manifest of the local address of the connection.
+// The manifest depends on the local address of the connection.
 class ManifestTest : public NotificationTest {
 protected:
     QByteArray askAt(const QString& address, const QByteArray& request) {
@@ -604,29 +558,24 @@ protected:
         client.send(request);
         return client.readToEnd();
     }
-
-    static QByteArray streamed(const QByteArray& content) {
-        return "HTTP/1.1 200\r\nContent-Length: " + QByteArray::number(content.size()) +
-               "\r\nContent-Type: inode/directory\r\n\r\n" + content;
-    }
 };
 
-TEST_P(ManifestTest, SelectsVariantOfEachAddress) {
+TEST_P(ManifestTest, SelectsManifestOfLocalAddress) {
     site_.writeFile(u"update.json"_s, "general");
     site_.writeFile(u"update_127.0.0.1.json"_s, "first");
     site_.writeFile(u"update_127.0.0.2.json"_s, "second");
     startGateway();
-    EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update.json")), streamed("first"));
-    EXPECT_EQ(askAt(u"127.0.0.2"_s, get("/update.json")), streamed("second"));
-    EXPECT_EQ(askAt(u"127.0.0.3"_s, get("/update.json")), streamed("general"));
+    EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update.json")), streamedReply("first"));
+    EXPECT_EQ(askAt(u"127.0.0.2"_s, get("/update.json")), streamedReply("second"));
+    EXPECT_EQ(askAt(u"127.0.0.3"_s, get("/update.json")), streamedReply("general"));
 }
 
-TEST_P(ManifestTest, IgnoresVariantOfAnotherAddress) {
+TEST_P(ManifestTest, IgnoresManifestOfOtherAddress) {
     site_.writeFile(u"update_127.0.0.2.json"_s, "second");
     startGateway();
     EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update.json")), kMissing);
-    // A request for its own name gets it on any address.
-    EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update_127.0.0.2.json")), streamed("second"));
+    // Under its own name it is an ordinary file.
+    EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update_127.0.0.2.json")), streamedReply("second"));
     EXPECT_EQ(stopAndReadHandlerLog(), (QStringList{u"2 Received requesting update.json from "_s,
                                                     u"2 Response update.json : update.json"_s,
                                                     u"5 [End] " + rooted(u"/update.json"_s) +
@@ -635,13 +584,13 @@ TEST_P(ManifestTest, IgnoresVariantOfAnotherAddress) {
                                                     u"2 GET update_127.0.0.2.json - -  200 0"_s}));
 }
 
-TEST_P(ManifestTest, RequiresExactName) {
+TEST_P(ManifestTest, MatchesManifestNameCaseSensitively) {
     site_.writeFile(u"update_127.0.0.1.json"_s, "variant");
     site_.writeFile(u"Update.json"_s, "capital");
     site_.writeFile(u"update.json.bak"_s, "backup");
     startGateway();
-    EXPECT_EQ(ask(get("/Update.json")), streamed("capital"));
-    EXPECT_EQ(ask(get("/update.json.bak")), streamed("backup"));
+    EXPECT_EQ(ask(get("/Update.json")), streamedReply("capital"));
+    EXPECT_EQ(ask(get("/update.json.bak")), streamedReply("backup"));
     EXPECT_THAT(stopAndReadHandlerLog(),
                 testing::Not(testing::Contains(u"2 Received requesting update.json from "_s)));
 }
@@ -653,14 +602,13 @@ TEST_P(ManifestTest, Sends404IfVariantIsFolder) {
     EXPECT_EQ(ask(get("/update.json")), kMissing);
 }
 
-TEST_P(ManifestTest, SendsVariantInNotificationsFolder) {
+TEST_P(ManifestTest, SendsManifestVariantAsNotification) {
     site_.writeFile(u"notifications/update_127.0.0.1.json"_s, "{}");
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/update.json")),
-              "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nContent-Type: application/json\r\n\r\n{}");
+    EXPECT_EQ(ask(get("/notifications/update.json")), wholeReply("{}"));
 }
 
-TEST_P(ManifestTest, ResetsVariant) {
+TEST_P(ManifestTest, ResetsManifestVariant) {
     site_.writeFile(u"update.json"_s, "{\"general\":1}");
     site_.writeFile(u"update_127.0.0.1.json"_s, "{\"variant\":1}");
     startGateway();

@@ -1,7 +1,8 @@
-// The sample settings and the sample data that people start from.
+// The sample settings and the sample data that ship with the gateway.
 
 #include "support/client.h"
 #include "support/gateway.h"
+#include "support/messages.h"
 #include "support/site.h"
 
 #include <QFile>
@@ -22,9 +23,10 @@ QByteArray sample(const QString& name) {
 
 class SampleTest : public testing::TestWithParam<const char*> {
 protected:
-    // Starts a gateway with the sample settings as they stand but for the port.
+    // Starts a gateway with the sample settings, except for the port.
     void startGateway() {
         QByteArray settings = sample(u"settings.xml"_s);
+        ASSERT_TRUE(settings.contains("<Port>8080</Port>"));
         settings.replace("<Port>8080</Port>",
                          QByteArray("<Port>" + QByteArray::number(port_) + "</Port>"));
         QFile file(site_.settingsPath());
@@ -34,20 +36,20 @@ protected:
         gateway_.startWith({site_.settingsPath(), QString::fromLatin1(GetParam())});
     }
 
-    QByteArray ask(const QByteArray& request) { return exchange(port_, request); }
+    QByteArray send(const QByteArray& request) const { return exchange(port_, request); }
 
     const quint16 port_ = freePort();
     Site site_;
     Gateway gateway_{site_};
 };
 
-TEST_P(SampleTest, theSettingsServeBothKindsOfGateway) {
+TEST_P(SampleTest, ServesBothGroupsWithSampleSettings) {
     site_.writeFile(u"update.json"_s, sample(u"sample/wwwroot/update.json"_s));
     startGateway();
-    EXPECT_TRUE(ask(get("/update.json")).endsWith(sample(u"sample/wwwroot/update.json"_s)));
-    EXPECT_THAT(ask(get("/api/WebApiCommScheme")).toStdString(),
+    EXPECT_TRUE(send(get("/update.json")).endsWith(sample(u"sample/wwwroot/update.json"_s)));
+    EXPECT_THAT(send(get("/api/WebApiCommScheme")).toStdString(),
                 testing::EndsWith("{\"CommunicationScheme\":\"http\"}"));
-    EXPECT_THAT(ask(get("/api/WebApiOrganizationId")).toStdString(),
+    EXPECT_THAT(send(get("/api/WebApiOrganizationId")).toStdString(),
                 testing::EndsWith("{\"OrganizationId\":\"00000000-0000-0000-0000-000000000000\"}"));
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_THAT(site_.record(), testing::Contains(u"set_output_level\thandle\t3"_s));
@@ -59,13 +61,12 @@ TEST_P(SampleTest, theSettingsServeBothKindsOfGateway) {
     EXPECT_THAT(site_.logged(), testing::Contains(u"3 Listens - Non-SSL(http) requests."_s));
 }
 
-TEST_P(SampleTest, theNotificationIsAcknowledgedUpToADate) {
+TEST_P(SampleTest, ResetsSampleNotificationUpToDate) {
     site_.writeFile(u"notifications/workstation-1.json"_s,
                     sample(u"sample/wwwroot/notifications/workstation-1.json"_s));
     startGateway();
-    EXPECT_EQ(ask("DELETE /notifications/workstation-1.json HTTP/1.1\r\n"
-                  "X-Quorin-Notification-Reset-Date: 2024-05-15T00:00:00Z\r\n\r\n"),
-              "HTTP/1.1 204 No Content\r\n\r\n");
+    EXPECT_EQ(send(resetRequestFor("/notifications/workstation-1.json", "2024-05-15T00:00:00Z")),
+              kReply204);
     EXPECT_EQ(site_.readFile(u"notifications/workstation-1.json"_s),
               "{\"RemoteExecution\":{\"IsExist\":false,\"LastUpdated\":\"2024-05-15T00:00:00Z\"},"
               "\"RemoteExecutionCancel\":{\"IsExist\":false,\"LastUpdated\":\"\"},"

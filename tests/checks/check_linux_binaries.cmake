@@ -1,12 +1,12 @@
-# Reads the headers of what a build has put together.
+# Checks the headers of the binaries of a Linux build.
 #
 #   cmake -D READELF=... -D GATEWAY=<gateway library> -D PROGRAM=<quorin-gateway>
-#         -D OTHERS=<what is shipped beside them> -P check_linux_binaries.cmake
+#         -D OTHERS=<the other binaries shipped> -P check_linux_binaries.cmake
 #
 #  - The gateway library exports QuorinGatewayHttpMainFunc and nothing else.
-#  - The gateway library and the program look for libraries beside themselves.
-#  - Every binary may be loaded anywhere, binds all names at its start and makes their table
-#    read-only, runs no data, and watches its stack.
+#  - The gateway library and the program search for libraries in their own folder only.
+#  - Every binary is position-independent, binds all symbols at load time, has read-only
+#    relocations, no executable data, no text relocations, and a stack protector.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -21,7 +21,7 @@ macro(read what)
                   ERROR_VARIABLE errors COMMAND_ERROR_IS_FATAL ANY)
 endmacro()
 
-# Names that this binary offers to others: bound to a section of its own, and not local.
+# The symbols that the binary exports: defined in one of its sections, and not local.
 macro(read_exports)
   read(--dyn-syms)
   string(REGEX MATCHALL "(GLOBAL|WEAK|UNIQUE) +(DEFAULT|PROTECTED) +[0-9]+ +[^ \n]+" exports
@@ -35,42 +35,42 @@ foreach(binary IN LISTS binaries)
 
   read(--file-header)
   if(NOT text MATCHES "Type: +DYN")
-    report("is bound to one address")
+    report("is not position-independent")
   endif()
 
   read(--program-headers)
   if(NOT text MATCHES " GNU_RELRO ")
-    report("leaves its tables of names writable")
+    report("has writable relocations (no RELRO)")
   endif()
   if(NOT text MATCHES " GNU_STACK [^\n]* RW +0x")
     report("has an executable stack")
   endif()
   if(text MATCHES " LOAD [^\n]* RWE +0x")
-    report("can write to its code")
+    report("has a writable code segment")
   endif()
 
   read(--dynamic)
   if(NOT text MATCHES "\\(FLAGS_1\\)[^\n]* NOW")
-    report("binds names late")
+    report("binds symbols lazily")
   endif()
   if(text MATCHES "TEXTREL")
-    report("has its code changed when it is loaded")
+    report("has text relocations")
   endif()
   if(binary STREQUAL PROGRAM AND NOT text MATCHES "\\(FLAGS_1\\)[^\n]* PIE")
-    report("is bound to one address")
+    report("is not position-independent")
   endif()
   string(REGEX MATCHALL "\\((RPATH|RUNPATH)\\)[^\n]*" paths "${text}")
   if(binary STREQUAL GATEWAY OR binary STREQUAL PROGRAM)
     if(NOT paths MATCHES "^\\(RUNPATH\\) +Library runpath: \\[[$]ORIGIN\\]$")
-      report("looks for libraries here: \"${paths}\"")
+      report("searches for libraries in \"${paths}\"")
     endif()
   elseif(paths)
-    report("looks for libraries here: \"${paths}\"")
+    report("searches for libraries in \"${paths}\"")
   endif()
 
   read(--dyn-syms)
   if(NOT text MATCHES "UND __stack_chk_fail")
-    report("does not watch its stack")
+    report("has no stack protector")
   endif()
   if(binary STREQUAL GATEWAY)
     read_exports()
@@ -84,4 +84,4 @@ list(LENGTH binaries count)
 if(findings GREATER 0)
   message(FATAL_ERROR "${findings} findings in ${count} binaries")
 endif()
-message("${count} binaries are in order")
+message("${count} binaries checked, no findings")

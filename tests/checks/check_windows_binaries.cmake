@@ -1,11 +1,12 @@
-# Reads the headers of what a Windows build has put together.
+# Checks the headers of the binaries of a Windows build.
 #
 #   cmake -DOBJDUMP=... -DBIN=build/windows/bin -DGATEWAY=<gateway library> -P <this file>
 #
 #  - The gateway library exports QuorinGatewayHttpMainFunc, undecorated, and nothing else.
-#  - Whatever a binary imports is in the folder or belongs to every Windows.
-#  - Every binary may be loaded anywhere in the 64-bit address space and runs no data.
-#  - None of ours has thread-local objects with destructors: gcc frees their memory first.
+#  - Every imported library is in the folder or part of every Windows system.
+#  - Every binary supports 64-bit address space layout randomization and has no executable data.
+#  - None of our binaries has thread-local objects with destructors: gcc before 16 frees their
+#    memory before it runs the destructors.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -23,7 +24,7 @@ endfunction()
 
 file(GLOB_RECURSE binaries "${BIN}/*.dll" "${BIN}/*.exe")
 if(NOT GATEWAY IN_LIST binaries)
-  fail("${GATEWAY} is not there")
+  fail("${GATEWAY} is missing")
 endif()
 
 set(present "")
@@ -46,7 +47,7 @@ foreach(binary IN LISTS binaries)
 
   string(REGEX MATCHALL "DLL Name: [^\r\n]+" imports "${headers}")
   if(NOT imports)
-    fail("${name}: no import was read, so this check proves nothing")
+    fail("${name}: no imports were found, so they were not checked")
   endif()
   foreach(import IN LISTS imports)
     string(REGEX REPLACE "DLL Name: *" "" import "${import}")
@@ -54,13 +55,14 @@ foreach(binary IN LISTS binaries)
     string(REGEX REPLACE "\\.dll$" "" stem "${import}")
     if(NOT import IN_LIST present AND NOT stem IN_LIST windows_libraries
        AND NOT stem MATCHES "^api-ms-win-")
-      fail("${name} imports ${import}, which is neither here nor part of Windows")
+      fail("${name} imports ${import}, which is neither in the folder nor part of Windows")
     endif()
   endforeach()
 
-  # Qt's own are left alone by what scripts/build-windows makes of Qt; a test ends threads.
+  # scripts/build-windows disables the feature of Qt that uses such an object; a test that ends
+  # threads covers that.
   if(NOT name MATCHES "^(Qt6Core|libstdc\\+\\+-6)\\.dll$" AND headers MATCHES "__cxa_thread_atexit")
-    fail("${name} destroys thread-local objects")
+    fail("${name} has thread-local objects with destructors")
   endif()
 
   if(binary STREQUAL GATEWAY)
@@ -78,4 +80,4 @@ list(LENGTH binaries count)
 if(failures GREATER 0)
   message(FATAL_ERROR "${failures} findings in ${count} binaries")
 endif()
-message("${count} binaries are in order")
+message("${count} binaries checked, no findings")

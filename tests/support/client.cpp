@@ -43,7 +43,8 @@ QByteArray Client::readToEnd() {
         }
         received += socket_.readAll();
     }
-    EXPECT_NE(socket_.error(), QAbstractSocket::SocketTimeoutError) << "the gateway did not close";
+    EXPECT_NE(socket_.error(), QAbstractSocket::SocketTimeoutError)
+        << "the gateway did not close the connection";
     return received;
 }
 

@@ -10,10 +10,12 @@ namespace quorin::test {
 
 enum class Transport { Plain, Tls };
 
-// A workstation that talks to a gateway in raw bytes over one connection, in a blocking way.
+// A client that exchanges raw bytes with a gateway over one connection. All calls block, for
+// kPatience at most; a call that times out ends with what has arrived so far.
 class Client {
 public:
-    // Connects, as soon as somebody listens on the port.
+    // Retries until the port accepts the connection, then completes the TLS handshake if TLS is
+    // requested. Adds a test failure if either fails.
     explicit Client(quint16 port, Transport transport = Transport::Plain,
                     const QHostAddress& address = QHostAddress(QHostAddress::LocalHost));
 
@@ -21,17 +23,18 @@ public:
         return socket_.state() == QAbstractSocket::ConnectedState;
     }
 
+    // Returns when the system has taken all bytes.
     void send(const QByteArray& bytes);
 
-    // What arrives until the gateway closes the connection.
+    // All bytes until the gateway closes the connection.
     [[nodiscard]] QByteArray readToEnd();
-    // Exactly `count` bytes, or fewer when the connection ends before.
+    // Exactly `count` bytes, or fewer if the connection ends first.
     [[nodiscard]] QByteArray read(qint64 count);
 
-    // From now on no more than `bytes` are taken in ahead of read().
+    // Limits what is buffered ahead of read(); 0 removes the limit.
     void limitReadAhead(qint64 bytes) { socket_.setReadBufferSize(bytes); }
 
-    // Closes without a farewell.
+    // Closes without sending close_notify.
     void abort() { socket_.abort(); }
 
     [[nodiscard]] bool waitForDisconnected();
@@ -41,11 +44,11 @@ private:
     QSslSocket socket_;
 };
 
-// The answer to one request on a connection of its own.
+// The reply to one request on a connection of its own.
 [[nodiscard]] QByteArray exchange(quint16 port, const QByteArray& request,
                                   Transport transport = Transport::Plain);
 
-// A request line with the empty line behind it.
+// A GET request without headers.
 [[nodiscard]] QByteArray get(const QByteArray& target);
 
 } // namespace quorin::test

@@ -6,13 +6,12 @@
 #include <chrono>
 #include <concepts>
 
-// Tests wait for what they expect to happen, and give up after a time that is only ever reached by
-// a failure.
+// Tests wait for the event they expect, up to a deadline that only a failure reaches.
 namespace quorin::test {
 
 inline constexpr std::chrono::seconds kPatience{60};
 
-// Looks every 5 ms whether `condition` holds; false when it does not within `patience`.
+// Checks `condition` every 5 ms. Returns false if it is not met within `patience`.
 template<std::predicate Condition>
 [[nodiscard]] bool waitUntil(Condition&& condition,
                              std::chrono::milliseconds patience = kPatience) {
@@ -24,6 +23,15 @@ template<std::predicate Condition>
         QThread::msleep(5);
     }
     return true;
+}
+
+// Qt's coarse timers may expire this much early, in percent of their interval.
+inline constexpr int kCoarseTimerPercent = 5;
+
+// The shortest time after which a coarse timer of `interval` may expire.
+[[nodiscard]] constexpr std::chrono::milliseconds
+earliestExpiry(std::chrono::milliseconds interval) {
+    return interval * (100 - kCoarseTimerPercent) / 100;
 }
 
 } // namespace quorin::test

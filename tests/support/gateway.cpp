@@ -33,20 +33,20 @@ QString folderOf(LogLibrary log) {
     return QStringLiteral(QUORIN_EMPTY_FOLDER);
 }
 
-// Lets a process find the libraries in these folders, before all others that lie not beside it.
+// Makes a process search these folders for libraries first, apart from its own folder.
 void addLibraryFolders(QProcessEnvironment& environment, const QStringList& folders) {
     if constexpr (kOnWindows) {
-        // Qt and its plugins stand beside the test host, which not every program does. The search
-        // path of the tests themselves may lead to a logging library, and is left out.
-        const QString here = QStringLiteral(QUORIN_TEST_HOST_FOLDER);
-        environment.insert(u"PATH"_s, folders.join(u';') + u';' + here);
-        environment.insert(u"QT_PLUGIN_PATH"_s, here);
+        // Not every program has Qt and its plugins in its own folder; the test host has. The
+        // inherited PATH is dropped, as it may contain a logging library.
+        const QString qtFolder = QStringLiteral(QUORIN_TEST_HOST_FOLDER);
+        environment.insert(u"PATH"_s, folders.join(u';') + u';' + qtFolder);
+        environment.insert(u"QT_PLUGIN_PATH"_s, qtFolder);
     } else {
         environment.insert(u"LD_LIBRARY_PATH"_s, folders.join(u':'));
     }
 }
 
-// What a program wrote, with the line ends of this system's text streams as line feeds.
+// A program's output with the system's line ends converted to line feeds.
 QByteArray asText(QByteArray output) {
     return kOnWindows ? output.replace("\r\n", "\n") : output;
 }
@@ -111,15 +111,16 @@ std::optional<int> Gateway::stop() {
 
 void Gateway::command(const QByteArray& command) {
     QLocalSocket pipe;
-    // Where a pipe is a file, its place hangs on the process's own temporary folder.
+    // A pipe that is a file is in the temporary folder of the gateway's process.
     const QString name = kOnWindows ? kControlPipeName.toString() : site_.pipePath();
     ASSERT_TRUE(waitUntil([&] {
         pipe.connectToServer(name);
         return pipe.waitForConnected(kPatienceMs);
     })) << pipe.errorString().toStdString();
     pipe.write(command);
+    // The gateway closes the pipe after reading.
     ASSERT_TRUE(pipe.waitForBytesWritten(kPatienceMs) ||
-                pipe.state() == QLocalSocket::UnconnectedState); // closed by who has read it
+                pipe.state() == QLocalSocket::UnconnectedState);
     pipe.disconnectFromServer();
 }
 

@@ -10,44 +10,47 @@
 
 namespace quorin::test {
 
-// Which logging library the gateway finds.
+// The logging library that the gateway finds.
 enum class LogLibrary { Stub, StubWithoutLog, StubWithoutSetUp, Bundled, None };
 
-// The gateway library in a process of its own, on a site's data. Killed with the object.
+// The gateway library in a process of its own, with the data of a site, which must outlive the
+// object. The destructor kills a process that still runs.
 class Gateway {
 public:
     explicit Gateway(const Site& site, LogLibrary log = LogLibrary::Stub);
     ~Gateway();
 
-    // Calls the library's entry function with the arguments a host would pass; the plain form is
-    // the site's settings file and "primary".
+    // Starts the test host, which passes the arguments to the library's entry function. start()
+    // passes the site's settings file and "primary".
     void start();
     void startWith(const QStringList& arguments);
-    // As start(), by way of a command that runs the one behind it.
+    // Like start(), but runs the test host through `command`, which must execute its arguments.
     void startUnder(const QStringList& command);
-    // Starts the program quorin-gateway instead.
+    // Starts the program quorin-gateway.
     void startProgram(const QStringList& arguments);
-    // Starts another program, which loads the library.
+    // Starts another program that loads the library.
     void startProcess(const QString& program, const QStringList& arguments);
 
-    // Tells the gateway to stop, waits for its end and returns its exit code.
+    // Sends "quit", waits for the process and returns its exit code as waitForExit() does.
     [[nodiscard]] std::optional<int> stop();
 
-    // Writes `command` to the control pipe, once somebody listens there.
+    // Writes `command` to the control pipe as soon as the gateway listens on it.
     void command(const QByteArray& command);
 
-    // Waits for the end; no code when it does not come, or came by a signal.
+    // Waits for the process and returns its exit code; nothing if it did not end or crashed.
     [[nodiscard]] std::optional<int> waitForExit();
 
     [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
+    // Kills the process if it runs, and waits until it has ended.
     void kill();
-    // Asks the process to end, as a person at its console or the system's shutdown does.
+    // Interrupts the process as Ctrl-C at its console or a system shutdown does.
     void interrupt() { test::interrupt(process_); }
     [[nodiscard]] qint64 processId() const { return process_.processId(); }
+    // What the process has written since the last call, with line feeds as line ends.
     [[nodiscard]] QByteArray errorOutput();
     [[nodiscard]] QByteArray output();
 
-    // For the environment beyond what the site sets; before the start.
+    // Sets another environment variable. Call before the start.
     void setEnvironment(const QString& name, const QString& value);
 
 private:

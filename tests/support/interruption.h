@@ -4,10 +4,11 @@
 
 namespace quorin::test {
 
-// Has `process` started in such a way that it can be interrupted alone. Before the start.
+// Configures `process` so that it can be interrupted without affecting other processes. Call before
+// the start.
 void prepareInterruption(QProcess& process);
 
-// Asks a running process to end, as a person at its console or the system's shutdown does.
+// Interrupts a running process as Ctrl-C at its console or a system shutdown does.
 void interrupt(QProcess& process);
 
 } // namespace quorin::test

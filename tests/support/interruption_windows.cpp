@@ -6,13 +6,13 @@
 
 namespace quorin::test {
 
-// Ctrl-C reaches all processes of a console, so the process gets one of its own.
+// Ctrl-C reaches all processes of a console, so the process gets its own console.
 void prepareInterruption(QProcess& process) {
     process.setCreateProcessArgumentsModifier(
         [](QProcess::CreateProcessArguments* arguments) { arguments->flags |= CREATE_NO_WINDOW; });
 }
 
-// A process has at most one console: another goes to that of `process` and types there.
+// A process can be attached to one console only, so a helper program attaches to that of `process`.
 void interrupt(QProcess& process) {
     EXPECT_EQ(QProcess::execute(QStringLiteral(QUORIN_PRESS_CTRL_C),
                                 {QString::number(process.processId())}),

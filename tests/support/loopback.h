@@ -9,15 +9,15 @@
 
 namespace quorin::test {
 
-// A connection over the loopback interface as the server finds it: a client, and the accepted end
-// as a bare descriptor, which is closed with the object unless somebody took it.
+// A connection over the loopback interface: a client, and the accepted end as a descriptor, which
+// the destructor closes unless the caller took it.
 class Loopback {
 public:
     explicit Loopback(const QHostAddress& address = QHostAddress(QHostAddress::LocalHost));
 
     [[nodiscard]] Client& client() noexcept { return *client_; }
 
-    // Hands the accepted end to the caller.
+    // Transfers ownership of the accepted end. Call once.
     [[nodiscard]] platform::SocketDescriptor takeDescriptor() {
         return std::move(acceptor_.accepted.value());
     }

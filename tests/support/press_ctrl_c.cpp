@@ -1,5 +1,5 @@
-// press_ctrl_c PROCESS: as if somebody pressed Ctrl-C at the console of that process. Exit code 0
-// when it was pressed.
+// press_ctrl_c PROCESS: sends Ctrl-C to the console of the process with that id. Exits with 0 if it
+// was sent.
 
 #include "platform/windows/system.h"
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-// A process that has just been started gets its console in a while.
+// Retries because a process that was just started may not have its console yet.
 bool attach(DWORD process) {
     for (int attempt = 0; attempt < 100; ++attempt) {
         if (AttachConsole(process) != FALSE) {

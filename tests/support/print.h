@@ -6,8 +6,8 @@
 
 #include <ostream>
 
-// How GoogleTest shows Qt's texts when a comparison fails; found by argument-dependent look-up, so
-// in Qt's own, the global namespace.
+// Print Qt's strings in GoogleTest failure messages. Found by argument-dependent lookup, hence in
+// the global namespace, as Qt's types are.
 
 inline void PrintTo(const QString& text, std::ostream* out) {
     *out << '"' << text.toStdString() << '"';

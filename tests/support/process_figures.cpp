@@ -9,7 +9,7 @@ namespace quorin::test {
 
 namespace {
 
-// The number behind `field` in a status file of the process; 0 when it is not there.
+// The number after `field` in the text of /proc/<pid>/status; 0 if the field is missing.
 qint64 statusNumber(const QByteArray& status, const QByteArray& field) {
     const QByteArray label = "\n" + field + ":";
     const qsizetype place = status.indexOf(label);

@@ -6,14 +6,14 @@
 
 namespace quorin::test {
 
-// What the system says of a running process.
+// Resource usage of a running process.
 struct ProcessFigures {
-    qint64 residentBytes = 0; // anonymous memory in use; files it has mapped do not count
+    qint64 residentBytes = 0; // resident anonymous memory, without mapped files
     int descriptors = 0;
     int threads = 0;
 };
 
-// Nothing where this system does not tell, or the process has gone.
+// Nothing if the system does not report usage or the process does not exist.
 [[nodiscard]] std::optional<ProcessFigures> processFigures(qint64 processId);
 
 } // namespace quorin::test

@@ -2,19 +2,19 @@
 
 #include <QtGlobal>
 
-// What Qt does not offer to do with a socket.
+// Socket operations that Qt does not offer.
 namespace quorin::test {
 
-// Sends no more, but still listens; false when the system refuses.
+// Shuts down sending; receiving continues. Returns false on error.
 [[nodiscard]] bool endSending(qintptr socketDescriptor);
 
-// From now on closing the socket resets the connection; false when the system refuses.
+// Makes close() reset the connection. Returns false on error.
 [[nodiscard]] bool resetOnClose(qintptr socketDescriptor);
 
-// Asks for a receive buffer of `bytes`; how large it is then.
+// Requests a receive buffer of `bytes` and returns the size granted.
 [[nodiscard]] qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes);
 
-// How much has arrived and was not read yet.
+// The number of bytes received but not yet read.
 [[nodiscard]] qint64 arrivedBytes(qintptr socketDescriptor);
 
 } // namespace quorin::test

@@ -26,7 +26,7 @@ bool resetOnClose(qintptr socketDescriptor) {
 qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes) {
     const auto wanted = static_cast<int>(bytes);
 #ifdef SO_RCVBUFFORCE
-    if (!setOption(socketDescriptor, SO_RCVBUFFORCE, wanted)) // beyond the limit, for the mighty
+    if (!setOption(socketDescriptor, SO_RCVBUFFORCE, wanted)) // privileged, has no limit
 #endif
     {
         setOption(socketDescriptor, SO_RCVBUF, wanted);

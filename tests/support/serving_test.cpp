@@ -2,6 +2,8 @@
 
 #include "support/store.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin::test {
@@ -11,13 +13,13 @@ std::vector<Transport> transports() {
                                  : std::vector{Transport::Plain};
 }
 
-void ServingTest::startGateway(Settings settings) {
-    if (GetParam() == Transport::Tls) {
+void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings) {
+    if (transport == Transport::Tls) {
         settings.HttpsEnabled = "true";
-        installCertificate(site_, settings.GatewayAddress);
+        installCertificate(site, settings.GatewayAddress);
     }
-    site_.writeSettings(settings);
-    gateway_.start();
+    site.writeSettings(std::move(settings));
+    gateway.start();
 }
 
 QStringList ServingTest::stopAndReadLog() {

@@ -2,6 +2,7 @@
 
 #include "support/client.h"
 #include "support/gateway.h"
+#include "support/messages.h"
 #include "support/site.h"
 
 #include <gtest/gtest.h>
@@ -11,11 +12,7 @@
 
 namespace quorin::test {
 
-// The replies that end a refused request: an explicit status is followed by a second reply.
-inline const QByteArray kReply500 = "HTTP/1.1 500 Internal Server Error\r\n\r\n";
-inline const QByteArray kReply404 = "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n";
-
-// The trace lines of a worker.
+// A worker's trace lines.
 inline const QString kRunStarts = QStringLiteral("2 [Start] void __cdecl Worker::run(void)");
 inline const QString kRunEnds = QStringLiteral("2 [End] void __cdecl Worker::run(void)");
 inline const QString kReadStarts =
@@ -27,35 +24,40 @@ inline const QString kDisconnectStarts =
 inline const QString kDisconnectEnds =
     QStringLiteral("2 [End] void __cdecl Worker::SslSocketDisconnected(void)");
 
-// A gateway that serves a site, asked over plain TCP or over TLS: what it answers and logs is the
-// same. Instantiate with testing::ValuesIn(transports()).
+// Starts a gateway with these settings, extended for TLS by HTTPS and a certificate in the site's
+// store. Clients wait for it to listen.
+void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings = {});
+
+// For tests of what a gateway replies and logs, which is the same over plain TCP and over TLS.
+// Instantiate with testing::ValuesIn(transports()).
 class ServingTest : public testing::TestWithParam<Transport> {
 protected:
-    // With HTTPS on and a certificate in the store where the transport asks for it.
-    void startGateway(Settings settings = {});
+    void startGateway(const Settings& settings = {}) {
+        test::startGateway(gateway_, site_, GetParam(), settings);
+    }
 
-    // The answer to one request on a connection of its own.
+    // The reply to one request on a connection of its own.
     QByteArray ask(const QByteArray& request) const {
         return exchange(site_.port(), request, GetParam());
     }
 
-    // Stops the gateway; what its workers logged, from the first of them on. The quit's own lines
-    // may come between theirs and are left out.
+    // Stops the gateway and returns what it logged from the first worker's start on, without the
+    // lines about the quit command, which may be logged between those of the workers.
     QStringList stopAndReadLog();
-    // The same without the trace lines.
+    // The same without the workers' trace lines.
     QStringList stopAndReadHandlerLog();
 
-    // The log of one request that the gateway ends, with `lines` between reading and the end.
+    // The log of one request whose connection the gateway closes, with the handler's `lines`.
     static QStringList logOfRequest(const QStringList& lines);
 
-    // `target` put behind the document root, as the gateway does before it looks at the path.
+    // `target` appended to the document root, as the gateway does before it checks the path.
     QString rooted(const QString& target) const;
 
     Site site_;
     Gateway gateway_{site_};
 };
 
-// What this system's tests can speak.
+// The transports that can be tested on this system.
 [[nodiscard]] std::vector<Transport> transports();
 
 [[nodiscard]] inline const char* nameOf(Transport transport) {
@@ -66,7 +68,7 @@ inline void PrintTo(Transport transport, std::ostream* out) {
     *out << nameOf(transport);
 }
 
-// Names the instances of a test.
+// Names the instances of a parameterized test.
 struct TransportName {
     std::string operator()(const testing::TestParamInfo<Transport>& info) const {
         return nameOf(info.param);

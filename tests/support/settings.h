@@ -4,13 +4,13 @@
 
 namespace quorin::test {
 
-// What a settings file says, as the text of its elements. The sample is good for a test on one
-// machine; a test changes what it is about.
+// The elements of a settings file as text. The defaults suit tests on one machine; a test changes
+// only the settings that it covers.
 struct Settings {
     QByteArray QueueSize = "64";
     QByteArray LogLevel = "debug";
     QByteArray Generation = "2";
-    QByteArray Port = "0";
+    QByteArray Port = "0"; // Site::writeSettings() chooses a free port
     QByteArray MaxUserSession = "10";
     QByteArray MaxTCPConnection = "100";
     QByteArray ConnectionTimeout = "30";
@@ -24,7 +24,7 @@ struct Settings {
     QByteArray OrganizationId = "facility-7";
     QByteArray RootUrl = "https://cloud.example/QuorinCloud5";
 
-    // Both groups say the same.
+    // The primary and the secondary group get the same settings.
     [[nodiscard]] QByteArray toXml() const;
 };
 

@@ -3,6 +3,7 @@
 #include "platform/folders.h"
 #include "server/control_channel.h"
 #include "support/deadline.h"
+#include "support/ipc_cleanup.h"
 #include "support/system.h"
 
 #include <QDir>
@@ -32,28 +33,28 @@ void store(const QString& path, const QByteArray& content) {
     ASSERT_EQ(file.write(content), content.size());
 }
 
-// Sites that share the machine's own folder.
-int sharers = 0;
+// The number of sites that exist, which share the machine's folder.
+int siteCount = 0;
 
-// The first sharer claims the folder with a file of this name.
+// The first site marks the machine's folder as used by tests with a file of this name.
 constexpr QStringView kClaim = u"/claimed-by-tests";
 
-// Ends the tests rather than touch what a gateway in use keeps on this machine.
+// Aborts the tests if the folder holds the data of a gateway that is in use.
 void claimMachine(const QString& productFolder) {
-    const bool claimed = QFile::exists(productFolder + kClaim);
-    if (!claimed &&
+    const bool isClaimed = QFile::exists(productFolder + kClaim);
+    if (!isClaimed &&
         QDirIterator(productFolder, QDir::Files, QDirIterator::Subdirectories).hasNext()) {
         qFatal("%s holds data of a gateway; these tests need a machine of their own",
                qUtf8Printable(productFolder));
     }
-    QDir(productFolder).removeRecursively(); // left by tests that were killed
+    QDir(productFolder).removeRecursively(); // left by killed tests
     store(productFolder + kClaim, "");
 }
 
 } // namespace
 
 quint16 freePort() {
-    // Below the range that systems hand out by themselves, so that nobody comes in between.
+    // Below the ephemeral ports, so that no other process is given the port in the meantime.
     for (;;) {
         const auto port = quint16(QRandomGenerator::global()->bounded(15000, 32000));
         QTcpServer probe;
@@ -64,7 +65,7 @@ quint16 freePort() {
 }
 
 Site::Site() {
-    if (kOnWindows && sharers++ == 0) {
+    if (kOnWindows && siteCount++ == 0) {
         claimMachine(appDataPath(platform::kProductFolder.toString()));
     }
     QDir().mkpath(temporaryPath());
@@ -73,7 +74,8 @@ Site::Site() {
 }
 
 Site::~Site() {
-    if (kOnWindows && --sharers == 0) {
+    removeIpcObjects(temporaryPath());
+    if (kOnWindows && --siteCount == 0) {
         QDir(appDataPath(platform::kProductFolder.toString())).removeRecursively();
     }
 }

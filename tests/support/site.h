@@ -11,47 +11,49 @@
 
 namespace quorin::test {
 
-// A facility's machine for one test: a folder of its own with document root, staging folder,
-// settings file, place for the instance guard and the control pipe, and the record of the logging
-// stub. Gone with the object. Where the common application data folder is the machine's own, sites
-// share it, and the last one to go clears it.
+// The data of a gateway for one test, in a temporary folder: document root, staging folder,
+// settings file, temporary folder for the instance guard and the control pipe, and the record of
+// the logging stub. The destructor removes all of it. On Windows the common application data folder
+// belongs to the machine: sites share it, and the destructor of the last one clears it.
 class Site {
 public:
     Site();
+    // Also removes the shared memory and the semaphores of gateways that were killed.
     ~Site();
 
     Site(const Site&) = delete;
     Site& operator=(const Site&) = delete;
 
-    // Writes the settings file; a port of "0" is replaced by a free one.
+    // Writes the settings file, with a free port if the port is "0".
     void writeSettings(Settings settings = {});
 
     [[nodiscard]] QString settingsPath() const { return path(QStringLiteral("settings.xml")); }
+    // The port that writeSettings() chose.
     [[nodiscard]] quint16 port() const noexcept { return port_; }
 
-    // The common application data folder of the gateways on this site, and what lies below it.
+    // The common application data folder of this site's gateways, and a path below it.
     [[nodiscard]] QString appDataFolder() const;
     [[nodiscard]] QString appDataPath(const QString& relative) const;
-    // Below the document root, as the handlers of a request name it.
+    // A path below the document root, as the handlers write it.
     [[nodiscard]] QString rootPath(const QString& relative) const;
-    // As the gateway writes these two, with the system's separator between the names.
+    // Paths with the system's separator, as the gateway logs them.
     [[nodiscard]] QString stagingPath(const QString& fileName) const;
     [[nodiscard]] QString logFolder() const;
 
-    // Makes a file below the document root, with the folders on the way.
+    // Writes a file below the document root, with the folders of its path.
     void writeFile(const QString& relative, const QByteArray& content) const;
     [[nodiscard]] QByteArray readFile(const QString& relative) const;
 
-    // Where the gateway keeps its guard and its pipe, and the pipe's file where it is one.
+    // The gateway's temporary folder, and the file of its control pipe if the pipe is a file.
     [[nodiscard]] QString temporaryPath() const { return path(QStringLiteral("tmp")); }
     [[nodiscard]] QString pipePath() const;
 
-    // What the logging stub writes: a line a call.
+    // The logging stub's record: one line per call.
     [[nodiscard]] QString recordPath() const { return path(QStringLiteral("record")); }
     [[nodiscard]] QStringList record() const { return recordedCalls(recordPath()); }
-    // Of the record, the lines logged: the level's number, a blank, the message.
+    // The logged lines of the record: the level's number, a space, the message.
     [[nodiscard]] QStringList logged() const { return loggedLines(recordPath()); }
-    // Waits until `line` was logged `times` times.
+    // Waits until `line` has been logged at least `times` times.
     [[nodiscard]] bool waitUntilLogged(const QString& line, int times = 1) const;
 
 private:
@@ -62,7 +64,7 @@ private:
     quint16 port_ = 0;
 };
 
-// A port of the loopback interface that nobody listens on.
+// A port that is not in use.
 [[nodiscard]] quint16 freePort();
 
 } // namespace quorin::test

@@ -4,11 +4,11 @@
 
 namespace quorin::test {
 
-// True where tests can put certificates into the machine's store for a site.
+// True if the tests can add certificates to a site's certificate store on this system.
 [[nodiscard]] bool canMakeCertificates();
 
-// Puts a new certificate for the host `name`, signed by itself, and its key into the site's store
-// "WebHosting". Returns it in PEM.
+// Adds a new self-signed certificate for the host `name`, with its key, to the site's store
+// "WebHosting". Returns the certificate in PEM.
 QByteArray installCertificate(const Site& site, const QByteArray& name);
 
 } // namespace quorin::test

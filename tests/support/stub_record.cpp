@@ -8,7 +8,7 @@ namespace quorin::test {
 
 namespace {
 
-// The stub's escapes taken back.
+// Reverses the stub's escaping.
 QString unescaped(const QString& field) {
     QString text;
     for (qsizetype i = 0; i < field.size(); ++i) {
@@ -28,7 +28,7 @@ QStringList recordedCalls(const QString& path) {
     QFile file(path);
     const QByteArray record = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     QStringList lines = QString::fromUtf8(record).split(u'\n');
-    lines.removeLast(); // behind the last line feed
+    lines.removeLast(); // after the last line feed
     return lines;
 }
 

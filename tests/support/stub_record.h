@@ -7,15 +7,16 @@
 
 namespace quorin::test {
 
-// What the logging stub wrote into the file at `path`: a line a call.
+// The logging stub's record in the file at `path`: one line per call.
 [[nodiscard]] QStringList recordedCalls(const QString& path);
-// Of these, the lines logged: the level's number, a blank, the message.
+// The logged lines of the record: the level's number, a space, the message.
 [[nodiscard]] QStringList loggedLines(const QString& path);
 
-// What this process logs while the object lives, in the same form. Made and gone while no other
-// thread logs.
+// Records what this process logs during the object's lifetime. No other thread may log while the
+// object is created or destroyed.
 class LogRecord {
 public:
+    // In the form of loggedLines().
     [[nodiscard]] QStringList lines() const { return loggedLines(log_.path()); }
 
 private:

@@ -1,4 +1,4 @@
-// A host that hands its own arguments to the gateway library as they are, however many.
+// A host that passes all its arguments to the gateway library unchanged.
 
 #include "platform/shared_library.h"
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace quorin::test {
+
+// Revokes the owner's write permission for the folder.
+void forbidWriting(const QString& folder);
+// Grants it again.
+void allowWriting(const QString& folder);
+
+// A command prefix that makes file permissions apply to the program it runs: empty if they apply to
+// every program that the tests start, nothing if no such command is available.
+[[nodiscard]] std::optional<QStringList> prefixBoundByPermissions();
+
+} // namespace quorin::test
