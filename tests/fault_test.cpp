@@ -255,7 +255,7 @@ protected:
 
     void writeLargeFile() const {
         site_.writeFile(u"fwfiles/large"_s, {});
-        ASSERT_TRUE(QFile::resize(site_.rootPath(u"fwfiles/large"_s), kSize));
+        ASSERT_TRUE(QFile::resize(site_.rootPath(u"fwfiles/large"_s), 48 * kMiB));
     }
 
     static constexpr int kAtOnce = 180;
@@ -298,7 +298,7 @@ TEST_F(DescriptorFaultTest, Serves180Of400DownloadsAtOnce) {
     };
     EXPECT_TRUE(waitUntil([&] { return served() >= kAtOnce; })) << served();
     clients.clear();
-    EXPECT_EQ(ask("/fwfiles/a"), header(small_.size()) + small_);
+    EXPECT_EQ(ask("/fwfiles/a"), streamedReply(small_));
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_EQ(gateway_.errorOutput(), "");
 }
@@ -328,7 +328,7 @@ TEST_F(DescriptorFaultTest, RefusesInLegacyModeWithoutDescriptors) {
     EXPECT_EQ(site_.logged().count(u"5 [End] connection refused: too few free descriptors"_s),
               refused);
     clients.clear();
-    EXPECT_TRUE(waitUntil([this] { return ask("/fwfiles/a") == header(small_.size()) + small_; }));
+    EXPECT_TRUE(waitUntil([this] { return ask("/fwfiles/a") == streamedReply(small_); }));
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_EQ(gateway_.errorOutput(), "");
 }
