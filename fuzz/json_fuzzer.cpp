@@ -2,10 +2,10 @@
 //   - All three agree on whether the input is well-formed.
 //   - A parsed document, written compact or pretty, reads back as the same document.
 
-#include "require.h"
 #include "json/reader.h"
 #include "json/value.h"
 #include "json/writer.h"
+#include "require.h"
 
 #include <cmath>
 #include <cstddef>

@@ -4,12 +4,12 @@
 //   - A second reset with the same date succeeds and changes nothing.
 //   - The lock is released.
 
-#include "require.h"
-#include "scratch_folder.h"
-#include "worker/notification_lock.h"
-#include "worker/notification_reset.h"
+#include "handlers/notification_lock.h"
+#include "handlers/notification_reset.h"
 #include "json/reader.h"
 #include "json/value.h"
+#include "require.h"
+#include "scratch_folder.h"
 
 #include <QFileInfo>
 

@@ -6,11 +6,11 @@
 
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
+#include "handlers/request_context.h"
+#include "handlers/routing.h"
 #include "http/request.h"
 #include "require.h"
 #include "scratch_folder.h"
-#include "worker/routing.h"
-#include "worker/worker_context.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -141,7 +141,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     files.writeNotification();
     Connection connection;
-    quorin::WorkerContext context;
+    quorin::RequestContext context;
     context.documentRoot = files.root();
     context.socket = connection.takeGateway();
     bool isServed = true;

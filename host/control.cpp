@@ -1,7 +1,6 @@
 #include "control.h"
 
 #include "platform/control_pipe.h"
-#include "server/control_channel.h"
 
 #include <QLocalSocket>
 #include <QThread>
@@ -30,7 +29,7 @@ std::unique_ptr<QLocalSocket> openControlPipe() {
         // Retries here: QLocalSocket::waitForConnected() would poll without pause.
         auto pipe = std::make_unique<QLocalSocket>();
         // A write-only pipe would not report that the server closes it.
-        pipe->connectToServer(kControlPipeName.toString(), QIODevice::ReadWrite);
+        pipe->connectToServer(platform::kControlPipeName.toString(), QIODevice::ReadWrite);
         if (!isBusy(*pipe)) {
             return pipe;
         }
@@ -50,7 +49,7 @@ StopResult tellToStop(Gateway gateway) {
     if (gateway == Gateway::OfThisProcess && !platform::isServedByThisProcess(*pipe)) {
         return StopResult::NoGateway;
     }
-    pipe->write(kQuitCommand.data(), kQuitCommand.size());
+    pipe->write(platform::kQuitCommand.data(), platform::kQuitCommand.size());
     // The gateway closes the pipe after reading the command, possibly before the write is reported
     // as complete. Closing this end first could discard the command.
     pipe->waitForBytesWritten(kNoTimeLimit);

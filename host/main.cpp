@@ -3,7 +3,6 @@
 #include "control.h"
 #include "platform/command_line.h"
 #include "platform/descriptors.h"
-#include "platform/heap.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
 
@@ -65,16 +64,18 @@ bool stopOnTermination() {
 }
 
 int run(std::string program, std::string settings, std::string group) {
-    platform::raiseDescriptorLimit();
+    quorin::platform::raiseDescriptorLimit();
     using MainFunc = int(int, char**);
-    const auto library = platform::SharedLibrary::load(platform::gatewayLibraryName());
+    const auto library =
+        quorin::platform::SharedLibrary::load(quorin::platform::gatewayLibraryName());
     auto* const mainFunc = library.function<MainFunc>("QuorinGatewayHttpMainFunc");
     if (mainFunc == nullptr) {
         std::fprintf(stderr, "quorin-gateway: cannot load the gateway library %s: %s\n",
-                     platform::gatewayLibraryName(), platform::SharedLibrary::lastError());
+                     quorin::platform::gatewayLibraryName(),
+                     quorin::platform::SharedLibrary::lastError());
         return kFailed;
     }
-    const platform::TerminationWatch watch(stopOnTermination);
+    const quorin::platform::TerminationWatch watch(stopOnTermination);
     std::vector<char*> arguments{program.data(), settings.data(), group.data(), nullptr};
     return mainFunc(static_cast<int>(arguments.size() - 1), arguments.data());
 }
@@ -98,8 +99,7 @@ int stop(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    platform::suitHeapToWorkers();
-    const std::vector<std::string> arguments = platform::commandLine(argc, argv);
+    const std::vector<std::string> arguments = quorin::platform::commandLine(argc, argv);
     if (arguments.size() < 2) {
         return reportUsageError("missing command");
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace lumetrix2 {
+namespace lumetrix {
 
 // Keeps this library loaded for the lifetime of the object, even if the host unloads it. Needed by
 // every object that runs a thread in the library's code.
@@ -16,4 +16,4 @@ private:
     void* library_ = nullptr; // null if there is no library to pin
 };
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 constexpr bool needsEscape(char c) {
@@ -41,7 +41,7 @@ class EscapedMessage final : public spdlog::custom_flag_formatter {
 public:
     void format(const spdlog::details::log_msg& message, const std::tm&,
                 spdlog::memory_buf_t& line) override {
-        lumetrix2::appendEscaped({message.payload.data(), message.payload.size()}, line);
+        lumetrix::appendEscaped({message.payload.data(), message.payload.size()}, line);
     }
 
     std::unique_ptr<custom_flag_formatter> clone() const override {
@@ -70,4 +70,4 @@ std::unique_ptr<spdlog::formatter> makeLineFormatter(std::string_view pattern) {
     return formatter;
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-namespace lumetrix2 {
+namespace lumetrix {
 
 // Pattern of a log line.
 inline constexpr std::string_view kLinePattern =
@@ -23,4 +23,4 @@ std::unique_ptr<spdlog::formatter> makeLineFormatter(std::string_view pattern);
 // 127 are not changed.
 void appendEscaped(std::string_view text, spdlog::memory_buf_t& line);
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -8,7 +8,7 @@
 #include <ctime>
 #include <string>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 std::string escaped(std::string_view text) {
@@ -87,4 +87,4 @@ TEST(LineFormatTest, EscapesControlCharactersAndBackslash) {
 }
 
 } // namespace
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -13,7 +13,7 @@
 #include <system_error>
 #include <vector>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 namespace fs = std::filesystem;
@@ -101,4 +101,4 @@ openLogFile(const fs::path& directory, const fs::path& baseName, const Rotation&
     return sink;
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

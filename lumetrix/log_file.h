@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-namespace lumetrix2 {
+namespace lumetrix {
 
 // When to start a new log file and how many to keep.
 struct Rotation {
@@ -30,4 +30,4 @@ std::shared_ptr<spdlog::sinks::sink> openLogFile(const std::filesystem::path& di
                                                  const std::filesystem::path& baseName,
                                                  const Rotation& rotation);
 
-} // namespace lumetrix2
+} // namespace lumetrix

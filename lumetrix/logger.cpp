@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 // The level numbers are those of spdlog plus one.
@@ -121,4 +121,4 @@ void Logger::changeOutput(Change&& change) {
     change(*output_);
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

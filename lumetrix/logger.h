@@ -10,7 +10,7 @@
 #include <shared_mutex>
 #include <string_view>
 
-namespace lumetrix2 {
+namespace lumetrix {
 
 class Output;
 class Writer;
@@ -65,4 +65,4 @@ private:
     std::atomic<bool> writerChangePending_{false};
 };
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-struct lumetrix_logger final : lumetrix2::Logger {};
+struct lumetrix_logger final : lumetrix::Logger {};
 
 namespace {
 
@@ -38,7 +38,7 @@ void callLogger(const lumetrix_logger* logger, Call&& call) noexcept {
     try {
         call(global.logger);
     } catch (const std::exception& error) {
-        lumetrix2::reportToStandardError(error.what());
+        lumetrix::reportToStandardError(error.what());
     }
 }
 
@@ -49,7 +49,7 @@ lumetrix_logger* lumetrix_get_logger() {
         global.logger.start();
         return &global.logger;
     } catch (const std::exception& error) {
-        lumetrix2::reportToStandardError(error.what());
+        lumetrix::reportToStandardError(error.what());
         return nullptr;
     }
 }

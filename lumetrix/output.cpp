@@ -10,7 +10,7 @@
 #include <exception>
 #include <utility>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 // Writes a warning about the log itself.
@@ -131,4 +131,4 @@ void Output::writeHeldLines(spdlog::sinks::sink& target, HeldLines lines) {
     }
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -15,7 +15,7 @@
 #include <optional>
 #include <string_view>
 
-namespace lumetrix2 {
+namespace lumetrix {
 
 // Writes lines to the log file and optionally to standard output. Holds the lines that arrive
 // before the file is set. If the file cannot be written, reports it once to standard error, drops
@@ -62,4 +62,4 @@ private:
     std::optional<Time> failedAt_; // last attempt; no value unless the file failed
 };
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 using testing::Contains;
@@ -306,4 +306,4 @@ TEST_F(OutputTest, ReportsEachUnusableDirectory) {
 }
 
 } // namespace
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-namespace lumetrix2 {
+namespace lumetrix {
 
 void reportToStandardError(std::string_view text) {
     constexpr std::string_view kPrefix = "lumetrix: ";
@@ -16,4 +16,4 @@ void reportToStandardError(std::string_view text) {
     static_cast<void>(std::fflush(stderr));
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

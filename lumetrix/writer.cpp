@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 std::size_t validQueueLength(int lines) {
@@ -93,4 +93,4 @@ void Writer::sync() {
     sink_->waitForFlushAfter(before);
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

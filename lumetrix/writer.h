@@ -15,7 +15,7 @@ class thread_pool;
 }
 } // namespace spdlog
 
-namespace lumetrix2 {
+namespace lumetrix {
 
 class Output;
 
@@ -49,4 +49,4 @@ private:
     std::shared_ptr<spdlog::async_logger> logger_;
 };
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -23,7 +23,7 @@ constexpr std::chrono::seconds kConnectionTimeout{2};
 class ClockTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (!QFile::exists(kFakeTime)) {
+        if (!QFile::exists(fakeTime_)) {
             GTEST_SKIP() << "libfaketime is not installed";
         }
         if (QUORIN_IS_SANITIZED) {
@@ -39,27 +39,27 @@ protected:
 
     void start(Gateway& gateway) {
         setClock("+0");
-        gateway.setEnvironment(u"FAKETIME_TIMESTAMP_FILE"_s, clock_);
+        gateway.setEnvironment(u"FAKETIME_TIMESTAMP_FILE"_s, clockFile_);
         gateway.setEnvironment(u"FAKETIME_NO_CACHE"_s, u"1"_s);
         gateway.setEnvironment(u"FAKETIME_DONT_FAKE_MONOTONIC"_s, u"1"_s);
-        gateway.startUnder({u"env"_s, u"LD_PRELOAD="_s + kFakeTime});
+        gateway.startUnder({u"env"_s, u"LD_PRELOAD="_s + fakeTime_});
         ASSERT_EQ(requestSmallFile(), streamedReply(small_));
     }
 
     // Sets the gateway's clock to the machine's time plus `offset`, in seconds.
     void setClock(const QByteArray& offset) const {
-        QFile file(clock_);
+        QFile file(clockFile_);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(offset);
     }
 
     QByteArray requestSmallFile() const { return exchange(site_.port(), get("/fwfiles/small")); }
 
-    const QString kFakeTime = QStringLiteral(QUORIN_FAKETIME);
+    const QString fakeTime_ = QStringLiteral(QUORIN_FAKETIME);
     const QByteArray large_ = QByteArray(kLargeSize, 'x');
     const QByteArray small_ = "content";
     Site site_;
-    const QString clock_ = site_.temporaryPath() + u"/clock"_s;
+    const QString clockFile_ = site_.temporaryPath() + u"/clock"_s;
     Gateway gateway_{site_};
 };
 

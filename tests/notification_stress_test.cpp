@@ -94,8 +94,8 @@ protected:
         }
     }
 
-    // The next gateway breaks the lock of a killed one. A lock file that is still empty has no
-    // holder and is respected for 30 seconds, so it is removed here.
+    // The next gateway breaks the lock of a killed one. A lock file that is still empty names no
+    // holder and is not broken within its first 30 seconds, so it is removed here.
     void countAndClearLock() {
         if (QFile::exists(lockPath())) {
             ++leftLock_;
@@ -126,7 +126,7 @@ TEST_F(KilledGatewayTest, LeavesWholeDocumentForNextGateway) {
         Client second(site_.port());
         ASSERT_TRUE(site_.waitUntilLogged(u"2 [Start] void __cdecl Worker::run(void)"_s, 2));
 
-        // Serves regardless of what the previous gateway left behind.
+        // This gateway serves regardless of what the killed one left.
         site_.writeFile(kFile, pendingDocument(kSize, 2 * kill));
         QElapsedTimer resetTime;
         resetTime.start();

@@ -1,6 +1,6 @@
 // The program quorin-gateway as a process: control pipe, signals, limits.
 
-#include "server/control_channel.h"
+#include "platform/control_pipe.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/gateway.h"
@@ -44,7 +44,9 @@ protected:
     QStringList runArguments() const { return {u"run"_s, site_.settingsPath(), u"primary"_s}; }
 
     // Where a pipe is a file, its location depends on the temporary folder of the process.
-    QString pipeName() const { return kOnWindows ? kControlPipeName.toString() : site_.pipePath(); }
+    QString pipeName() const {
+        return kOnWindows ? platform::kControlPipeName.toString() : site_.pipePath();
+    }
 
     // The state of a process changes only when its events are processed.
     static bool isRunning(const Gateway& process) {

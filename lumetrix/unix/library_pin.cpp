@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 const char anchor = 0; // its address identifies this library
@@ -22,4 +22,4 @@ LibraryPin::~LibraryPin() {
     }
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

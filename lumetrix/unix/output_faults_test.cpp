@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 using testing::ElementsAre;
@@ -116,4 +116,4 @@ TEST_F(FullDiskTest, ReportsErrorOnceWithHeldLines) {
 }
 
 } // namespace
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-namespace lumetrix2 {
+namespace lumetrix {
 namespace {
 
 const char anchor = 0; // its address identifies this library
@@ -21,4 +21,4 @@ LibraryPin::~LibraryPin() {
         FreeLibrary(static_cast<HMODULE>(library_));
 }
 
-} // namespace lumetrix2
+} // namespace lumetrix

@@ -1,6 +1,6 @@
 #include "cert/pem.h"
 
-#include "log/application_logger.h"
+#include "log/log.h"
 
 #include <QLatin1StringView>
 #include <QString>
@@ -8,8 +8,6 @@
 namespace quorin {
 
 namespace {
-
-using Logger = QuorinGatewayApplicationLogger;
 
 // Returns an empty text for an undefined type.
 QLatin1StringView pemLabel(PemType type) {
@@ -33,10 +31,10 @@ platform::SecretBytes toPem(QByteArrayView bytes, PemType type,
     const auto base64 = system.toBase64(bytes);
     switch (base64.outcome) {
     case platform::Outcome::NoSize:
-        Logger::logError(u"Failed to get base64 string size for " + label + u'.');
+        log::error(u"Failed to get base64 string size for " + label + u'.');
         return {};
     case platform::Outcome::NoData:
-        Logger::logError(u"Failed to get base64 string data for " + label + u'.');
+        log::error(u"Failed to get base64 string data for " + label + u'.');
         return {};
     case platform::Outcome::Complete:
         break;

@@ -1,6 +1,6 @@
 #include "cert/private_key.h"
 
-#include "log/application_logger.h"
+#include "log/log.h"
 
 #include <QString>
 #include <QStringView>
@@ -13,8 +13,6 @@ using namespace Qt::StringLiterals;
 namespace quorin {
 
 namespace {
-
-using Logger = QuorinGatewayApplicationLogger;
 
 struct AlgorithmGroup {
     QStringView name;
@@ -41,7 +39,7 @@ QSsl::KeyAlgorithm algorithmFromGroup(const QString& name) {
 ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
     const auto handle = certificate.acquirePrivateKey();
     if (!handle) {
-        Logger::logWarn(u"Failed to get crypt provider handle."_s);
+        log::warn(u"Failed to get crypt provider handle."_s);
         return {};
     }
     ExportedKey key;
@@ -49,7 +47,7 @@ ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
     if (key.ok()) {
         key.algorithm = keyAlgorithm(*handle);
     } else {
-        Logger::logWarn(u"Failed to export private key."_s);
+        log::warn(u"Failed to export private key."_s);
     }
     return key;
 }
@@ -58,15 +56,15 @@ QSsl::KeyAlgorithm keyAlgorithm(const platform::KeyHandle& key) {
     const auto group = key.algorithmGroup();
     switch (group.outcome) {
     case platform::Outcome::NoSize:
-        Logger::logError(u"Failed to get property size. Set key Algorithm to OPAQUE"_s);
+        log::error(u"Failed to get property size. Set key Algorithm to OPAQUE"_s);
         return QSsl::Opaque;
     case platform::Outcome::NoData:
-        Logger::logError(u"Failed to get property data. Set key Algorithm to OPAQUE"_s);
+        log::error(u"Failed to get property data. Set key Algorithm to OPAQUE"_s);
         return QSsl::Opaque;
     case platform::Outcome::Complete:
         break;
     }
-    Logger::logInfo(u"Key Algorithm is " + group.value + u'.');
+    log::info(u"Key Algorithm is " + group.value + u'.');
     return algorithmFromGroup(group.value);
 }
 

@@ -2,7 +2,7 @@
 
 #include "cert/pem.h"
 #include "cert/private_key.h"
-#include "log/application_logger.h"
+#include "log/log.h"
 
 #include <QDateTime>
 #include <QString>
@@ -20,8 +20,6 @@ using namespace Qt::StringLiterals;
 namespace quorin {
 
 namespace {
-
-using Logger = QuorinGatewayApplicationLogger;
 
 // In search order.
 constexpr std::array<QStringView, 2> kStoreNames{u"WebHosting", u"My"};
@@ -72,15 +70,15 @@ std::optional<ServerCertificate> searchStore(platform::CertificateStore& store, 
         if (!hasName(*certificate, name)) {
             continue;
         }
-        Logger::logInfo(u"Found certificate with a matching subject name (Serial Number - " +
-                        serialNumberText(*certificate) + u')');
+        log::info(u"Found certificate with a matching subject name (Serial Number - " +
+                  serialNumberText(*certificate) + u')');
         if (!isValidAt(system.currentTime(), *certificate)) {
-            Logger::logWarn(u"This certificate expired."_s);
+            log::warn(u"This certificate expired."_s);
             continue;
         }
         const ExportedKey key = exportPrivateKey(*certificate);
         if (key.ok()) {
-            Logger::logInfo(u"Detect certificate for HTTPS server"_s);
+            log::info(u"Detect certificate for HTTPS server"_s);
             return toServerCertificate(*certificate, key, system);
         }
     }
@@ -91,20 +89,20 @@ std::optional<ServerCertificate> searchStore(platform::CertificateStore& store, 
 
 ServerCertificate findServerCertificate(const QByteArray& name,
                                         const platform::CertificateSystem& system) {
-    Logger::logInfo(u"Try to search server certificate that have this name as subject alternative "
-                    u"names or common name. [" +
-                    QString::fromUtf8(name) + u']');
+    log::info(u"Try to search server certificate that have this name as subject alternative "
+              u"names or common name. [" +
+              QString::fromUtf8(name) + u']');
     for (const QStringView storeName : kStoreNames) {
         const auto store = system.openStore(storeName);
         if (!store) {
-            Logger::logError(u"Failed to open store (" + storeName + u").");
+            log::error(u"Failed to open store (" + storeName + u").");
             continue;
         }
         if (auto found = searchStore(*store, name, system)) {
             return *std::move(found);
         }
     }
-    Logger::logError(u"Failed to find valid certificate."_s);
+    log::error(u"Failed to find valid certificate."_s);
     return ServerCertificate();
 }
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace quorin {
+
 GatewayException::GatewayException(int kind, QString message, bool silent)
     : kind_(kind), message_(std::move(message)), silent_(silent) {}
 
@@ -14,8 +16,6 @@ void GatewayException::raise() const {
 GatewayException* GatewayException::clone() const {
     return new GatewayException(*this);
 }
-
-namespace quorin {
 
 QString endMessage(const QString& text) {
     return kEndPrefix + text;

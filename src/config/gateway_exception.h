@@ -3,6 +3,8 @@
 #include <QException>
 #include <QString>
 
+namespace quorin {
+
 // The only exception class of the gateway: a complete text for the log and the kind of failure.
 // Throw by value, catch by reference.
 class GatewayException : public QException {
@@ -35,8 +37,6 @@ private:
     QString message_;
     bool silent_;
 };
-
-namespace quorin {
 
 // Begins every message of a failure that ends the process or refuses a request.
 inline constexpr QStringView kEndPrefix = u"[End] ";

@@ -6,6 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
+namespace quorin::test {
 namespace {
 
 TEST(GatewayExceptionTest, KeepsKindMessageAndSilence) {
@@ -41,7 +42,8 @@ TEST(GatewayExceptionTest, DoesNotReturnMessageFromWhat) {
 }
 
 TEST(GatewayExceptionTest, AddsPrefixToEndMessage) {
-    EXPECT_EQ(quorin::endMessage(u"connect timeout"_s), u"[End] connect timeout"_s);
+    EXPECT_EQ(endMessage(u"connect timeout"_s), u"[End] connect timeout"_s);
 }
 
 } // namespace
+} // namespace quorin::test

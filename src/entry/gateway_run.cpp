@@ -4,6 +4,7 @@
 #include "config/gateway_settings.h"
 #include "config/settings_file.h"
 #include "log/application_logger.h"
+#include "log/log.h"
 #include "platform/folders.h"
 #include "platform/instance_guard.h"
 #include "server/polling.h"
@@ -20,8 +21,6 @@ using namespace Qt::StringLiterals;
 namespace quorin {
 
 namespace {
-
-using Logger = QuorinGatewayApplicationLogger;
 
 constexpr int kArguments = 3;
 constexpr QStringView kInstanceGuardKey = u"Global\\VEMO_QUORIN_GATEWAY_HTTP";
@@ -43,8 +42,7 @@ QString argumentText(int argc, char** argv) {
 }
 
 void logEnd(const QString& arguments, QStringView status) {
-    Logger::logInfo(u"Quorin Gateway Http Server End [Argument] " + arguments + u" : [Status] " +
-                    status);
+    log::info(u"Quorin Gateway Http Server End [Argument] " + arguments + u" : [Status] " + status);
 }
 
 void takeGuard(QSharedMemory& guard) {
@@ -71,19 +69,21 @@ QString settingsPath(const char* argument) {
 void logStart(const QString& arguments) {
     const GatewaySettings& settings = GatewaySettings::instance();
     const bool isQueueUsed = settings.IsMadeClientRequestWaited;
-    Logger::logInfo(u"Quorin Gateway Http Server Start [Argument] " + arguments);
-    Logger::logInfo(u"Reply mode - " + (isQueueUsed ? QStringView(u"Uses request queue.")
-                                                    : QStringView(u"Legacy (~v5.0.8)")));
+    log::info(u"Quorin Gateway Http Server Start [Argument] " + arguments);
+    log::info(u"Reply mode - " + (isQueueUsed ? QStringView(u"Uses request queue.")
+                                              : QStringView(u"Legacy (~v5.0.8)")));
     if (isQueueUsed) {
-        Logger::logInfo(u"MaxLargeFileRequest/MaxUserSession - " +
-                        QString::number(settings.MaxLargeFileRequest) + u'/' +
-                        QString::number(settings.MaxUserSession));
+        log::info(u"MaxLargeFileRequest/MaxUserSession - " +
+                  QString::number(settings.MaxLargeFileRequest) + u'/' +
+                  QString::number(settings.MaxUserSession));
     }
 }
 
 void serve(QCoreApplication& application, const QString& baseDirectory) {
     const GatewaySettings& settings = GatewaySettings::instance();
-    QThreadPool::globalInstance()->setMaxThreadCount(settings.MaxUserSession);
+    QThreadPool& pool = *QThreadPool::globalInstance();
+    pool.setMaxThreadCount(settings.MaxUserSession);
+    pool.setExpiryTimeout(-1); // QueueWatcher relies on threads that have been started once
     TcpServer server(&application, baseDirectory + kDocumentRoot);
     if (!server.listen(QHostAddress::AnyIPv4, static_cast<quint16>(settings.Port))) {
         failStart(u"failed to tcp server listening:" + server.errorString());
@@ -110,17 +110,17 @@ Outcome runGateway(QCoreApplication& application, int argc, char** argv) {
         logStart(argumentText(argc, argv));
         serve(application, baseDirectory);
         logEnd(argumentText(argc, argv), kSuccess);
-        Logger::shutDownLog();
+        QuorinGatewayApplicationLogger::shutDownLog();
         return Outcome::Stopped;
     } catch (const GatewayException& exception) {
-        Logger::logError(exception.message());
+        log::error(exception.message());
         switch (exception.kind()) {
         case GatewayException::Fatal:
             logEnd(argumentText(argc, argv), kFailure);
-            Logger::shutDownLog();
+            QuorinGatewayApplicationLogger::shutDownLog();
             return Outcome::Failed;
         case GatewayException::DuplicateInstance:
-            Logger::shutDownLog();
+            QuorinGatewayApplicationLogger::shutDownLog();
             return Outcome::DuplicateInstance;
         default:
             return Outcome::Stopped;

@@ -5,7 +5,7 @@
 namespace lumetrix {
 
 Logger::Logger(std::string name, const char* libraryName)
-    : name_(std::move(name)), module_(platform::SharedLibrary::load(libraryName)) {
+    : name_(std::move(name)), module_(quorin::platform::SharedLibrary::load(libraryName)) {
     if (!module_) {
         return;
     }

@@ -62,7 +62,7 @@ public:
 private:
     Handle handle_ = nullptr;
     std::string name_;
-    platform::SharedLibrary module_;
+    quorin::platform::SharedLibrary module_;
     Functions functions_;
 };
 

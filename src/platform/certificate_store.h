@@ -18,7 +18,7 @@
 //
 // The objects are not thread-safe. Each owns its system resources. A certificate may outlive its
 // store; a key handle must not outlive its certificate.
-namespace platform {
+namespace quorin::platform {
 
 // The outcome of a system query in two calls: the first returns the size, the second the data.
 enum class Outcome { Complete, NoSize, NoData };
@@ -114,4 +114,4 @@ protected:
 // Returns the certificate services of the local machine. The object lives as long as the process.
 [[nodiscard]] const CertificateSystem& localMachineCertificates();
 
-} // namespace platform
+} // namespace quorin::platform

@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 TEST(ControlPipeTest, RecognizesServerOfThisProcess) {
@@ -29,4 +29,4 @@ TEST(ControlPipeTest, UnconnectedPipeHasNoServer) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

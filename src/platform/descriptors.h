@@ -5,7 +5,7 @@
 #include <optional>
 
 // How many files and sockets (descriptors) this process has open, and may have open. Any thread.
-namespace platform {
+namespace quorin::platform {
 
 // The number of descriptors that the process may have open now; nothing where the system sets no
 // limit.
@@ -24,4 +24,4 @@ namespace platform {
 // the system allows it without privileges. Leaves the limit unchanged if that fails.
 void raiseDescriptorLimit() noexcept;
 
-} // namespace platform
+} // namespace quorin::platform

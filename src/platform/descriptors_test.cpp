@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 class DescriptorsTest : public testing::Test {
@@ -45,4 +45,4 @@ TEST_F(DescriptorsTest, ChecksForFreeDescriptorWithoutKeepingIt) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

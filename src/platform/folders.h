@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringView>
 
-namespace platform {
+namespace quorin::platform {
 
 // The product folder, relative to the common application data folder. All files of the gateway are
 // below it.
@@ -31,4 +31,4 @@ bool isDirectory(const QString& path);
 // Creates the directory `path` and its parents. Returns false if it does not exist afterwards.
 bool makeDirectoryPath(const QString& path);
 
-} // namespace platform
+} // namespace quorin::platform

@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 TEST(FoldersTest, JoinPathInsertsSeparator) {
@@ -54,4 +54,4 @@ TEST(FoldersTest, ShellFoldersAreAvailable) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

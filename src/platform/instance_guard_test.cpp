@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 QString testKey() {
@@ -27,4 +27,4 @@ TEST(InstanceGuardTest, IsReleasedWithItsHolder) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -4,7 +4,7 @@
 
 class QFile;
 
-namespace platform {
+namespace quorin::platform {
 
 // Writes the content of `file`, which is open for writing, from its own and the system's buffers
 // to the disk. Returns false if either fails.
@@ -20,4 +20,4 @@ namespace platform {
 // bring back the old content, complete.
 [[nodiscard]] bool replaceFile(const QString& from, const QString& to);
 
-} // namespace platform
+} // namespace quorin::platform

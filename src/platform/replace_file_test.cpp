@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 void write(const QString& path, const QByteArray& content) {
@@ -65,4 +65,4 @@ TEST(ReplaceFileTest, KeepsTargetIfSourceIsMissing) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

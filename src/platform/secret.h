@@ -8,7 +8,7 @@
 #include <memory>
 #include <utility>
 
-namespace platform {
+namespace quorin::platform {
 
 // Overwrites `size` bytes at `memory` with zeros. The compiler cannot optimise the writes away.
 void wipe(void* memory, std::size_t size) noexcept;
@@ -68,4 +68,4 @@ private:
     std::size_t size_ = 0;
 };
 
-} // namespace platform
+} // namespace quorin::platform

@@ -10,7 +10,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 using testing::Each;
@@ -73,4 +73,4 @@ TEST(SecretBytesTest, MovedFromObjectIsEmpty) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace platform {
+namespace quorin::platform {
 
 // A library loaded at run time and unloaded by the destructor. Empty if default-constructed. The
 // object is not thread-safe; whether the library's functions are depends on the library.
@@ -51,4 +51,4 @@ private:
 // Returns the file name of the gateway library on this system.
 [[nodiscard]] const char* gatewayLibraryName();
 
-} // namespace platform
+} // namespace quorin::platform

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 // Built together with this test; the build defines the path.
@@ -34,4 +34,4 @@ TEST(SharedLibraryTest, MoveTransfersLibrary) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

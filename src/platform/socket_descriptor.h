@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace platform {
+namespace quorin::platform {
 
 // Owns the descriptor of an accepted connection until release() is called. The destructor closes
 // the connection if it is still owned. Not thread-safe.
@@ -29,4 +29,4 @@ private:
     qintptr descriptor_;
 };
 
-} // namespace platform
+} // namespace quorin::platform

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 // Stores the accepted connection as a descriptor.
@@ -51,4 +51,4 @@ TEST(SocketDescriptorTest, LeavesReleasedDescriptorOpen) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

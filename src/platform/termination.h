@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-namespace platform {
+namespace quorin::platform {
 
 // Passes requests to end the process to a function: SIGTERM and SIGINT, or Ctrl-C, closing the
 // console, logging off and shutdown on Windows. Also ignores SIGUSR2, whose default action would
@@ -26,4 +26,4 @@ private:
     std::unique_ptr<State> state_;
 };
 
-} // namespace platform
+} // namespace quorin::platform

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 TEST(ThreadsTest, thisSystemCanStartOne) {
@@ -10,4 +10,4 @@ TEST(ThreadsTest, thisSystemCanStartOne) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

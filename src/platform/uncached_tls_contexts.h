@@ -1,6 +1,6 @@
 #pragma once
 
-namespace platform {
+namespace quorin::platform {
 
 // Creates OpenSSL's TLS contexts without a server-side session cache. Without it, every TLS 1.2
 // session of a client that takes no ticket stays in memory for as long as its context lives.
@@ -31,4 +31,4 @@ private:
     int index_; // of the callback; negative if none is registered
 };
 
-} // namespace platform
+} // namespace quorin::platform

@@ -2,7 +2,8 @@
 
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
-#include "log/application_logger.h"
+#include "log/log.h"
+#include "platform/threads.h"
 #include "server/polling.h"
 #include "server/request_queue.h"
 #include "worker/worker.h"
@@ -11,19 +12,21 @@
 
 using namespace Qt::StringLiterals;
 
+namespace quorin {
+
 QueueWatcher::QueueWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool,
-                           quorin::RequestQueue* queue)
+                           RequestQueue* queue)
     : quitFlag_(quitFlag), pool_(pool), queue_(queue) {}
 
 QueueWatcher::~QueueWatcher() {
-    quorin::stopAndWait(*this);
+    stopAndWait(*this);
 }
 
 void QueueWatcher::run() {
     stopRequested_ = false;
     do {
         startQueuedWorkers();
-        quorin::pause(queue_->isEmpty() ? quorin::kIdlePoll : quorin::kBusyPoll);
+        pause(queue_->isEmpty() ? kIdlePoll : kBusyPoll);
     } while (!stopRequested_);
 }
 
@@ -31,11 +34,24 @@ void QueueWatcher::startQueuedWorkers() {
     const int limit = GatewaySettings::instance().MaxUserSession;
     while (!*quitFlag_ && !queue_->isEmpty() && pool_->activeThreadCount() < limit) {
         std::unique_ptr<Worker> worker = queue_->takeFirst();
-        if (threadProbe_.canRun(pool_->activeThreadCount() + 1) && pool_->tryStart(worker.get())) {
+        if (hasThreadFor(pool_->activeThreadCount() + 1) && pool_->tryStart(worker.get())) {
             static_cast<void>(worker.release()); // the pool deletes it
         } else {
-            quorin::QuorinGatewayApplicationLogger::logError(
-                quorin::endMessage(u"fail to start worker thread"_s));
+            log::error(endMessage(u"fail to start worker thread"_s));
         }
     }
 }
+
+// Without this check, a pool whose new thread fails to start counts its task as active for ever,
+// and a quit would wait for it.
+bool QueueWatcher::hasThreadFor(int active) {
+    if (active > startedThreads_) {
+        if (!platform::canStartThread()) {
+            return false;
+        }
+        startedThreads_ = active;
+    }
+    return true;
+}
+
+} // namespace quorin

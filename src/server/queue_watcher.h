@@ -1,7 +1,5 @@
 #pragma once
 
-#include "server/thread_probe.h"
-
 #include <QThread>
 
 #include <atomic>
@@ -9,8 +7,8 @@
 class QThreadPool;
 
 namespace quorin {
+
 class RequestQueue;
-}
 
 // The thread that moves queued workers from the request queue to the pool, in their order of
 // arrival and never more than MaxUserSession at once. It polls every 10 ms while the queue has
@@ -19,8 +17,8 @@ class QueueWatcher : public QThread {
     Q_OBJECT
 
 public:
-    // All three outlive the watcher.
-    QueueWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool, quorin::RequestQueue* queue);
+    // All three outlive the watcher. The threads of `pool` do not expire.
+    QueueWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool, RequestQueue* queue);
     // Stops the thread and waits for it.
     ~QueueWatcher() override;
 
@@ -31,10 +29,13 @@ public:
 
 private:
     void startQueuedWorkers();
+    [[nodiscard]] bool hasThreadFor(int active);
 
     const std::atomic<bool>* quitFlag_;
     QThreadPool* pool_;
-    quorin::RequestQueue* queue_;
-    quorin::ThreadProbe threadProbe_;
+    RequestQueue* queue_;
+    int startedThreads_ = 0; // pool threads known to exist; they do not expire
     std::atomic<bool> stopRequested_ = false;
 };
+
+} // namespace quorin

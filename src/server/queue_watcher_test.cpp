@@ -27,7 +27,7 @@ protected:
     QueueWatcherTest() {
         GatewaySettings::instance() = {};
         GatewaySettings::instance().ConnectionTimeout = 300;
-        surroundings_->documentRoot = u"/nowhere"_s;
+        serverContext_->documentRoot = u"/nowhere"_s;
     }
     ~QueueWatcherTest() override {
         watcher_.Stop();
@@ -46,18 +46,18 @@ protected:
     Client& enqueue() {
         connections_.push_back(std::make_unique<Loopback>());
         queue_.append(
-            std::make_unique<Worker>(connections_.back()->takeDescriptor(), surroundings_));
+            std::make_unique<Worker>(connections_.back()->takeDescriptor(), serverContext_));
         return connections_.back()->client();
     }
 
     qsizetype started() const { return log_.lines().count(kRunStarts); }
 
     LogRecord log_;
-    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
+    std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     std::vector<std::unique_ptr<Loopback>> connections_;
     QThreadPool pool_;
     RequestQueue queue_;
-    QueueWatcher watcher_{&surroundings_->quitRequested, &pool_, &queue_};
+    QueueWatcher watcher_{&serverContext_->quitRequested, &pool_, &queue_};
 };
 
 TEST_F(QueueWatcherTest, StartsNoMoreWorkersThanAllowed) {
@@ -130,7 +130,7 @@ TEST_F(QueueWatcherTest, DropsWorkerThatPoolRefuses) {
 
 TEST_F(QueueWatcherTest, StartsNoWorkerAfterQuit) {
     allow(1);
-    surroundings_->quitRequested = true;
+    serverContext_->quitRequested = true;
     enqueue();
     watcher_.start(QThread::InheritPriority);
     ASSERT_TRUE(waitUntil([this] { // after its first look at the queue, at the latest
@@ -170,7 +170,7 @@ TEST_F(QueueWatcherTest, RestartsAfterStop) {
 // A thread may be stopped before it has begun.
 TEST_F(QueueWatcherTest, EndsWithObjectJustAfterStart) {
     for (int i = 0; i < 20; ++i) {
-        QueueWatcher watcher(&surroundings_->quitRequested, &pool_, &queue_);
+        QueueWatcher watcher(&serverContext_->quitRequested, &pool_, &queue_);
         watcher.start(QThread::InheritPriority);
     }
 }

@@ -5,9 +5,9 @@
 #include <memory>
 #include <mutex>
 
-class Worker;
-
 namespace quorin {
+
+class Worker;
 
 // Accepted connections whose worker has not been started yet, first in, first out. Owns the
 // workers. The main thread appends, the queue watcher takes; any thread may call any function.

@@ -14,11 +14,11 @@ namespace {
 class RequestQueueTest : public testing::Test {
 protected:
     std::unique_ptr<Worker> makeWorker() {
-        return std::make_unique<Worker>(platform::SocketDescriptor(kNoDescriptor), surroundings_);
+        return std::make_unique<Worker>(platform::SocketDescriptor(kNoDescriptor), serverContext_);
     }
 
     static constexpr qintptr kNoDescriptor = -1;
-    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
+    std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     RequestQueue queue_;
 };
 
@@ -49,8 +49,8 @@ TEST_F(RequestQueueTest, TakesWorkerThatWaitedLongest) {
 TEST_F(RequestQueueTest, ClosesConnectionsWhenCleared) {
     Loopback first;
     Loopback second;
-    queue_.append(std::make_unique<Worker>(first.takeDescriptor(), surroundings_));
-    queue_.append(std::make_unique<Worker>(second.takeDescriptor(), surroundings_));
+    queue_.append(std::make_unique<Worker>(first.takeDescriptor(), serverContext_));
+    queue_.append(std::make_unique<Worker>(second.takeDescriptor(), serverContext_));
     queue_.clear();
     EXPECT_TRUE(queue_.isEmpty());
     EXPECT_EQ(first.client().readToEnd(), "");
@@ -61,7 +61,7 @@ TEST_F(RequestQueueTest, ClosesConnectionsWhenDestroyed) {
     Loopback connection;
     {
         RequestQueue queue;
-        queue.append(std::make_unique<Worker>(connection.takeDescriptor(), surroundings_));
+        queue.append(std::make_unique<Worker>(connection.takeDescriptor(), serverContext_));
     }
     EXPECT_EQ(connection.client().readToEnd(), "");
 }

@@ -4,16 +4,16 @@
 #include "cert/server_certificate.h"
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
-#include "log/application_logger.h"
+#include "log/log.h"
 #include "platform/control_pipe.h"
 #include "platform/listen_backlog.h"
-#include "server/control_channel.h"
 #include "server/polling.h"
 #include "server/queue_watcher.h"
-#include "server/refusal.h"
 #include "server/thread_pool_watcher.h"
+#include "worker/connection_refusal.h"
 #include "worker/tls_backend.h"
 #include "worker/tls_configuration.h"
+#include "worker/worker.h"
 
 #include <QCoreApplication>
 #include <QLocalServer>
@@ -25,12 +25,11 @@
 #include <new>
 #include <utility>
 
-using namespace quorin;
 using namespace Qt::StringLiterals;
 
-namespace {
+namespace quorin {
 
-using Logger = quorin::QuorinGatewayApplicationLogger;
+namespace {
 
 // Passes of kIdlePoll after which a watcher that is still running is terminated.
 constexpr int kStopPasses = 11;
@@ -43,8 +42,8 @@ constexpr int kPendingConnections = 1;
 TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     : application_(application) {
     const GatewaySettings& settings = GatewaySettings::instance();
-    surroundings_->documentRoot = documentRoot;
-    surroundings_->communicationScheme =
+    serverContext_->documentRoot = documentRoot;
+    serverContext_->communicationScheme =
         communicationSchemeOf(settings.RootUrl, settings.IsEnabledHttpInFacility);
     logReplyScheme();
     logListeningMode();
@@ -52,12 +51,12 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
         loadCertificate();
     }
 
-    const QString pipe = kControlPipeName.toString();
+    const QString pipe = platform::kControlPipeName.toString();
     localServer_ = std::make_unique<QLocalServer>();
     platform::prepareControlPipe(*localServer_, pipe);
     connect(localServer_.get(), &QLocalServer::newConnection, this,
             &TcpServer::LocalServerNewConnection);
-    queueWatcher_ = std::make_unique<QueueWatcher>(&surroundings_->quitRequested,
+    queueWatcher_ = std::make_unique<QueueWatcher>(&serverContext_->quitRequested,
                                                    QThreadPool::globalInstance(), &requestQueue_);
     queueWatcher_->start(QThread::InheritPriority);
     openControlChannel();
@@ -73,14 +72,14 @@ TcpServer::~TcpServer() {
 }
 
 void TcpServer::logReplyScheme() const {
-    Logger::logInfo(u"Replying communication scheme for WebAPI - " +
-                    schemeText(surroundings_->communicationScheme));
+    log::info(u"Replying communication scheme for WebAPI - " +
+              schemeText(serverContext_->communicationScheme));
 }
 
 void TcpServer::logListeningMode() const {
     const QStringView mode =
         GatewaySettings::instance().HttpsEnabled ? u"SSL(https)" : u"Non-SSL(http)";
-    Logger::logInfo(u"Listens - " + mode + u" requests.");
+    log::info(u"Listens - " + mode + u" requests.");
 }
 
 void TcpServer::loadCertificate() {
@@ -91,18 +90,18 @@ void TcpServer::loadCertificate() {
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const auto [certificate, privateKey] = findServerCertificate(name);
-    surroundings_->tls.configure(tlsConfiguration(certificate, privateKey));
+    serverContext_->tls.configure(tlsConfiguration(certificate, privateKey));
 }
 
 void TcpServer::openControlChannel() {
-    const QString pipe = kControlPipeName.toString();
+    const QString pipe = platform::kControlPipeName.toString();
     if (!retry([&] { return localServer_->listen(pipe); })) {
         throw GatewayException(GatewayException::Fatal,
                                endMessage(QString(u"failed to local socket server listening:" +
                                                   localServer_->errorString())),
                                false);
     }
-    threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&surroundings_->quitRequested,
+    threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&serverContext_->quitRequested,
                                                              QThreadPool::globalInstance());
     connect(threadPoolWatcher_.get(), &ThreadPoolWatcher::Satisfied, this,
             &TcpServer::QuitWatcherSatisfied);
@@ -115,8 +114,7 @@ void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
         descriptorBudget_.countNext();
         pauseAdmission();
     } else {
-        Logger::logError(
-            endMessage(QString(u"a connection could not be accepted: " + errorString())));
+        log::error(endMessage(QString(u"a connection could not be accepted: " + errorString())));
         admissionTimer_.start();
     }
 }
@@ -127,7 +125,7 @@ void TcpServer::pauseAdmission() {
     setMaxPendingConnections(0);
     pauseAccepting();
     if (!admissionTimer_.isActive()) {
-        Logger::logError(endMessage(u"connections wait for free descriptors"_s));
+        log::error(endMessage(u"connections wait for free descriptors"_s));
         admissionTimer_.start();
     }
 }
@@ -153,7 +151,7 @@ void TcpServer::incomingConnection(qintptr socketDescriptor) {
 }
 
 void TcpServer::admit(platform::SocketDescriptor descriptor) {
-    auto worker = std::make_unique<Worker>(std::move(descriptor), surroundings_);
+    auto worker = std::make_unique<Worker>(std::move(descriptor), serverContext_);
     const GatewaySettings& settings = GatewaySettings::instance();
     const std::size_t load =
         static_cast<std::size_t>(QThreadPool::globalInstance()->activeThreadCount()) +
@@ -161,13 +159,13 @@ void TcpServer::admit(platform::SocketDescriptor descriptor) {
     if (!settings.IsMadeClientRequestWaited &&
         load >= static_cast<std::size_t>(settings.MaxUserSession)) {
         refuseConnection(worker->releaseDescriptor());
-        Logger::logError(endMessage(QString(u"too many tcp connection arrived MaxUserSession:" +
-                                            QString::number(settings.MaxUserSession))));
+        log::error(endMessage(QString(u"too many tcp connection arrived MaxUserSession:" +
+                                      QString::number(settings.MaxUserSession))));
         return;
     }
     if (!settings.IsMadeClientRequestWaited && !hasDescriptorsForAnother()) {
         refuseConnection(worker->releaseDescriptor());
-        Logger::logError(endMessage(u"connection refused: too few free descriptors"_s));
+        log::error(endMessage(u"connection refused: too few free descriptors"_s));
         return;
     }
     requestQueue_.append(std::move(worker));
@@ -187,13 +185,13 @@ void TcpServer::LocalServerNewConnection() {
         return;
     }
     controller->waitForReadyRead(
-        static_cast<int>(std::chrono::milliseconds(kCommandTimeout).count()));
+        static_cast<int>(std::chrono::milliseconds(platform::kCommandTimeout).count()));
     const QByteArray received = controller->readAll();
     const QString command = QString::fromUtf8(received.constData()); // up to the first NUL
-    if (command == QLatin1StringView(kQuitCommand)) {
-        Logger::logInfo(u"quit command recieved"_s);
+    if (command == QLatin1StringView(platform::kQuitCommand)) {
+        log::info(u"quit command recieved"_s);
         close();
-        surroundings_->quitRequested = true;
+        serverContext_->quitRequested = true;
     }
 }
 
@@ -226,3 +224,5 @@ void TcpServer::cleanUp() {
     requestQueue_.clear();
     localServer_.reset();
 }
+
+} // namespace quorin

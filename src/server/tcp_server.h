@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/socket_descriptor.h"
 #include "server/descriptor_budget.h"
 #include "server/request_queue.h"
-#include "worker/worker.h"
+#include "worker/server_context.h"
 
 #include <QTcpServer>
 #include <QTimer>
@@ -11,12 +12,14 @@
 
 class QCoreApplication;
 class QLocalServer;
+
+namespace quorin {
+
 class QueueWatcher;
 class ThreadPoolWatcher;
 
-// The gateway's listening socket, and the owner of all that lives as long as it serves: the request
-// queue, the control channel and the two watcher threads; what workers share it owns together with
-// them. Belongs to the main thread, which calls all its functions.
+// The listening socket of the gateway. Owns the request queue, the control channel and the two
+// watcher threads, and shares ownership of the ServerContext with the workers. Main thread only.
 class TcpServer : public QTcpServer {
     Q_OBJECT
 
@@ -52,12 +55,14 @@ private:
     void stopWatchers();
     void cleanUp();
 
-    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
+    std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     QCoreApplication* application_;
-    quorin::RequestQueue requestQueue_;
-    quorin::DescriptorBudget descriptorBudget_;
+    RequestQueue requestQueue_;
+    DescriptorBudget descriptorBudget_;
     QTimer admissionTimer_; // runs while admission is paused
     std::unique_ptr<QLocalServer> localServer_;
     std::unique_ptr<ThreadPoolWatcher> threadPoolWatcher_;
     std::unique_ptr<QueueWatcher> queueWatcher_;
 };
+
+} // namespace quorin

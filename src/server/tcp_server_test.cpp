@@ -1,11 +1,11 @@
 #include "server/tcp_server.h"
 
 #include "config/gateway_settings.h"
+#include "handlers/handler_fixture.h"
 #include "platform/descriptors.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/descriptor_limit.h"
-#include "worker/handler_fixture.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -4,17 +4,19 @@
 
 #include <QThreadPool>
 
+namespace quorin {
+
 ThreadPoolWatcher::ThreadPoolWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool)
     : quitFlag_(quitFlag), pool_(pool) {}
 
 ThreadPoolWatcher::~ThreadPoolWatcher() {
-    quorin::stopAndWait(*this);
+    stopAndWait(*this);
 }
 
 void ThreadPoolWatcher::run() {
     stopRequested_ = false;
     do {
-        quorin::pause(quorin::kIdlePoll);
+        pause(kIdlePoll);
     } while (!isQuitComplete() && !stopRequested_);
     Q_EMIT Satisfied();
 }
@@ -22,3 +24,5 @@ void ThreadPoolWatcher::run() {
 bool ThreadPoolWatcher::isQuitComplete() const {
     return *quitFlag_ && pool_->activeThreadCount() == 0;
 }
+
+} // namespace quorin

@@ -6,6 +6,8 @@
 
 class QThreadPool;
 
+namespace quorin {
+
 // The thread that waits until quitting is requested and the pool has no active thread. It polls
 // every 100 ms.
 class ThreadPoolWatcher : public QThread {
@@ -34,3 +36,5 @@ private:
     QThreadPool* pool_;
     std::atomic<bool> stopRequested_ = false;
 };
+
+} // namespace quorin

@@ -1,9 +1,9 @@
 // Clients that send TLS 1.3 key updates: records that keep a connection busy and carry no data.
 // Built where the test can use OpenSSL itself; Qt sends no key updates.
 
+#include "handlers/handler_fixture.h"
 #include "support/deadline.h"
 #include "support/some_certificate.h"
-#include "worker/handler_fixture.h"
 #include "worker/tls_configuration.h"
 #include "worker/worker.h"
 
@@ -43,7 +43,7 @@ protected:
         GatewaySettings& settings = GatewaySettings::instance();
         settings = {};
         settings.HttpsEnabled = true;
-        surroundings_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
+        serverContext_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
     }
     ~KeyUpdateTest() override {
         if (thread_.joinable()) {
@@ -58,7 +58,7 @@ protected:
         platform::SocketDescriptor descriptor = connection_.takeDescriptor();
         limitBuffer(descriptor.get(), SO_RCVBUF);
         thread_ = std::thread([this, worker = std::make_unique<Worker>(std::move(descriptor),
-                                                                       surroundings_)]() mutable {
+                                                                       serverContext_)]() mutable {
             worker->run();
             worker.reset();
         });
@@ -101,7 +101,7 @@ protected:
 
     LogRecord log_;
     DataFolder data_;
-    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
+    std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     Loopback connection_;
     int client_ = int(connection_.client().socket().socketDescriptor());
     std::unique_ptr<SSL_CTX, Deleter<SSL_CTX_free>> context_{SSL_CTX_new(TLS_client_method())};

@@ -1,9 +1,9 @@
 // How much of a request a worker takes in. What arrives is judged in one piece only when it is all
 // there before the worker begins, so the accepted end gets a receive buffer for more than that.
 
+#include "handlers/handler_fixture.h"
 #include "support/deadline.h"
 #include "support/raw_socket.h"
-#include "worker/handler_fixture.h"
 #include "worker/worker.h"
 
 #include <memory>
@@ -27,7 +27,7 @@ protected:
         GatewaySettings::instance() = {};
         GatewaySettings::instance().ConnectionTimeout = 30;
         GatewaySettings::instance().HTTPRequestTimeout = 600;
-        surroundings_->documentRoot = data_.path(u"root"_s);
+        serverContext_->documentRoot = data_.path(u"root"_s);
         data_.write(u"root/a"_s, "content");
     }
     ~RequestLimitTest() override { GatewaySettings::instance() = {}; }
@@ -44,7 +44,7 @@ protected:
         connection_.client().send(request);
         EXPECT_TRUE(waitUntil([&] { return arrivedBytes(descriptor_.get()) == request.size(); }))
             << arrivedBytes(descriptor_.get());
-        auto worker = std::make_unique<Worker>(std::move(descriptor_), surroundings_);
+        auto worker = std::make_unique<Worker>(std::move(descriptor_), serverContext_);
         std::thread thread([&worker] {
             worker->run();
             worker.reset();
@@ -63,7 +63,7 @@ protected:
 
     LogRecord log_;
     DataFolder data_;
-    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
+    std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     Loopback connection_;
     platform::SocketDescriptor descriptor_ = connection_.takeDescriptor();
 };

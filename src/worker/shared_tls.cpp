@@ -4,8 +4,7 @@
 
 #include <QSslSocket>
 
-// Qt shares contexts among sockets, but offers that to its own classes alone. To build one, and to
-// prepare the key in it, takes longer than the rest of a handshake.
+// Qt has no public function that shares a context among sockets.
 #include <private/qsslsocket_p.h>
 
 #include <utility>

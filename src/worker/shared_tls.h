@@ -15,21 +15,21 @@ class QSslSocket;
 
 namespace quorin {
 
-// What all TLS connections of one server have in common, so that none of them builds it anew: the
-// configuration, and the TLS library's own form of it (its context) with certificate and key.
+// The TLS configuration of one server, shared by all its connections: the Qt configuration and the
+// OpenSSL context that Qt creates from it. Creating a context for each connection would take longer
+// than the rest of the handshake.
 class SharedTls {
 public:
-    // With the context go the keys that resumed sessions are encrypted with. It is used for this
-    // long, so that who ever gets at those keys can read no older sessions.
+    // A context is replaced after this time, and with it the keys that encrypt session tickets:
+    // a stolen key decrypts the sessions of one lifetime only.
     static constexpr std::chrono::milliseconds kLifetime = std::chrono::hours(1);
 
     explicit SharedTls(std::chrono::milliseconds lifetime = kLifetime) : lifetime_(lifetime) {}
 
-    // Before the first connection.
+    // Sets the configuration. Call it before the first connection.
     void configure(const QSslConfiguration& configuration);
 
-    // Begins TLS on a connection that a client opened. Any number of threads at a time, each for
-    // its own socket.
+    // Starts the server side of the handshake on `socket`. Thread-safe for different sockets.
     void startServerEncryption(QSslSocket& socket) const;
 
 private:
@@ -42,8 +42,8 @@ private:
     std::optional<platform::UncachedTlsContexts> uncachedContexts_; // set by configure()
 
     mutable std::mutex mutex_;
-    // Null when a connection has to make its own: at the beginning, when the time is over, where
-    // none can be made (no certificate), and with TLS libraries that know nothing of the kind.
+    // Null if the next connection must create one: before the first one, if none can be created (no
+    // certificate), and for TLS backends other than OpenSSL. Used until end_.
     mutable std::shared_ptr<QSslContext> context_;
     mutable QDeadlineTimer end_;
 };

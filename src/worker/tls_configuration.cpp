@@ -12,7 +12,7 @@ QSslConfiguration tlsConfiguration(const QSslCertificate& certificate, const QSs
     configuration.setCaCertificates({});
     configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
     configuration.setProtocol(QSsl::TlsV1_2OrLater);
-    // Else each connection would note its session in the context, which connections share.
+    // Otherwise each connection stores its session in the context, which is shared.
     configuration.setSslOption(QSsl::SslOptionDisableSessionSharing, true);
     return configuration;
 }

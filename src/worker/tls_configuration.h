@@ -7,9 +7,9 @@ class QSslKey;
 
 namespace quorin {
 
-// How the gateway speaks TLS, made once and shared by all workers: TLS 1.2 or later with the given
-// certificate and key, which may both be null (then every handshake fails). Peers are not asked
-// for certificates, so none of the system's authorities are loaded.
+// Returns the TLS configuration of the server: TLS 1.2 or later with the given certificate and key.
+// Both may be null; then every handshake fails. Clients are not asked for certificates, so no
+// system authorities are loaded.
 [[nodiscard]] QSslConfiguration tlsConfiguration(const QSslCertificate& certificate,
                                                  const QSslKey& privateKey);
 

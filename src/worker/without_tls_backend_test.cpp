@@ -1,6 +1,6 @@
 // Runs in a program whose qt.conf names no folder with TLS plugins.
 
-#include "worker/handler_fixture.h"
+#include "handlers/handler_fixture.h"
 #include "worker/tls_backend.h"
 #include "worker/tls_configuration.h"
 #include "worker/worker.h"
@@ -39,10 +39,10 @@ TEST_F(WithoutTlsBackendTest, ServesNothingUnencrypted) {
     LogRecord log;
     const DataFolder data;
     Loopback connection;
-    const auto surroundings = std::make_shared<WorkerSurroundings>();
-    surroundings->tls.configure(tlsConfiguration(QSslCertificate(), QSslKey()));
+    const auto serverContext = std::make_shared<ServerContext>();
+    serverContext->tls.configure(tlsConfiguration(QSslCertificate(), QSslKey()));
     connection.client().send(get("/api/WebApiCommScheme"));
-    std::thread([&] { Worker(connection.takeDescriptor(), surroundings).run(); }).join();
+    std::thread([&] { Worker(connection.takeDescriptor(), serverContext).run(); }).join();
     EXPECT_EQ(connection.client().readToEnd(), "");
     EXPECT_EQ(log.lines(),
               (QStringList{u"2 [Start] void __cdecl Worker::run(void)"_s,

@@ -2,18 +2,17 @@
 
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
+#include "handlers/large_file_limit.h"
+#include "handlers/refusal.h"
+#include "handlers/reply.h"
+#include "handlers/routing.h"
 #include "http/request.h"
 #include "http/request_parser.h"
-#include "log/application_logger.h"
+#include "log/log.h"
 #include "platform/descriptors.h"
-#include "worker/large_file.h"
-#include "worker/reply.h"
-#include "worker/request_failure.h"
-#include "worker/routing.h"
 
 #include <QAbstractEventDispatcher>
 #include <QHostAddress>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <chrono>
@@ -21,28 +20,26 @@
 #include <new>
 #include <utility>
 
-using namespace quorin;
 using namespace Qt::StringLiterals;
+
+namespace quorin {
 
 namespace {
 
-using Logger = quorin::QuorinGatewayApplicationLogger;
-
-// Bytes of one request, and of what the client may send ahead while it is served. A request that
-// fills this is refused like a malformed one.
+// The size of the read buffer, in bytes. A request that fills it is refused like a malformed one.
 constexpr qint64 kRequestLimit = qint64{1024} * 1024;
 
-// The functions as the trace lines of the log name them.
+// Function signatures for the trace lines of the log.
 constexpr QStringView kRun = u"void __cdecl Worker::run(void)";
 constexpr QStringView kReadyRead = u"void __cdecl Worker::SslSocketReadyRead(void)";
 constexpr QStringView kDisconnected = u"void __cdecl Worker::SslSocketDisconnected(void)";
 
 void traceStart(QStringView function) {
-    Logger::logDebug([function]() -> QString { return u"[Start] " + function; });
+    log::debug([function]() -> QString { return u"[Start] " + function; });
 }
 
 void traceEnd(QStringView function) {
-    Logger::logDebug([function] { return endMessage(function.toString()); });
+    log::debug([function] { return endMessage(function.toString()); });
 }
 
 QString messageOf(const std::exception& exception) {
@@ -53,7 +50,7 @@ std::chrono::milliseconds connectionTimeout() {
     constexpr std::chrono::milliseconds longest{std::numeric_limits<int>::max()};
     const std::chrono::milliseconds configured =
         std::chrono::seconds(GatewaySettings::instance().ConnectionTimeout);
-    return std::min(configured, longest); // a timer counts in an int
+    return std::min(configured, longest); // QTimer stores its interval in an int
 }
 
 // Discards what the client has sent beyond its request. Closing a connection with unread bytes
@@ -72,25 +69,18 @@ void discardUnread(QSslSocket& socket) {
     }
 }
 
-bool isRefusedAsLarge(std::string_view target) {
-    const GatewaySettings& settings = GatewaySettings::instance();
-    return settings.IsMadeClientRequestWaited &&
-           QThreadPool::globalInstance()->activeThreadCount() > settings.MaxLargeFileRequest &&
-           isLargeFile(target);
-}
-
 } // namespace
 
 Worker::Worker(platform::SocketDescriptor descriptor,
-               std::shared_ptr<const WorkerSurroundings> surroundings)
-    : descriptor_(std::move(descriptor)), surroundings_(std::move(surroundings)) {
-    context_.documentRoot = surroundings_->documentRoot;
-    context_.communicationScheme = surroundings_->communicationScheme;
+               std::shared_ptr<const ServerContext> serverContext)
+    : descriptor_(std::move(descriptor)), serverContext_(std::move(serverContext)) {
+    context_.documentRoot = serverContext_->documentRoot;
+    context_.communicationScheme = serverContext_->communicationScheme;
 }
 
 Worker::~Worker() {
     acceptsRequest_ = false;
-    keepFailure([this] {
+    captureException([this] {
         if (context_.socket && context_.socket->isOpen()) {
             discardUnread(*context_.socket);
             context_.socket->disconnectFromHost(); // sends close_notify over TLS; close() does not
@@ -98,41 +88,41 @@ Worker::~Worker() {
             context_.socket->close();
         }
     });
-    context_.socket.reset(); // it may tell of its end only now, which asks for the event loop
+    context_.socket.reset(); // may emit disconnected(), whose slot uses the event loop
 }
 
 void Worker::run() {
-    // The queue watcher may start a worker just after the quit; the server does not wait for it.
-    if (surroundings_->quitRequested) {
+    // The queue watcher may start a worker just after the quit. The server does not wait for it.
+    if (serverContext_->quitRequested) {
         return;
     }
     try {
         serveConnection();
     } catch (const std::bad_alloc&) {
-        // There was no memory even for the line that tells of it. The connection closes.
+        // Even the log line could not be allocated. The connection closes.
     }
 }
 
 void Worker::serveConnection() {
     traceStart(kRun);
     try {
-        makeEventLoop();
+        createEventLoop();
         openSocket();
         startConnectionTimer();
         eventLoop_->exec(QEventLoop::WaitForMoreEvents);
-        if (escaped_) {
-            std::rethrow_exception(escaped_);
+        if (pendingException_) {
+            std::rethrow_exception(pendingException_);
         }
         traceEnd(kRun);
     } catch (const GatewayException& exception) {
-        Logger::logError(exception.message());
+        log::error(exception.message());
     } catch (const std::exception& exception) {
-        Logger::logError(messageOf(exception));
+        log::error(messageOf(exception));
     }
 }
 
-// Qt ends the process when it has no descriptor for a thread's first event loop.
-void Worker::makeEventLoop() {
+// Qt aborts the process if it cannot open a descriptor for the first event loop of a thread.
+void Worker::createEventLoop() {
     if (QAbstractEventDispatcher::instance() == nullptr && !platform::hasFreeDescriptor()) {
         throw GatewayException(GatewayException::Request,
                                endMessage(u"no free descriptor for a worker"_s), false);
@@ -141,11 +131,11 @@ void Worker::makeEventLoop() {
 }
 
 template<std::invocable Action>
-void Worker::keepFailure(Action&& action) noexcept {
+void Worker::captureException(Action&& action) noexcept {
     try {
         std::forward<Action>(action)();
     } catch (...) {
-        escaped_ = std::current_exception();
+        pendingException_ = std::current_exception();
         endLoop();
     }
 }
@@ -163,7 +153,7 @@ void Worker::openSocket() {
     connect(&socket, &QSslSocket::disconnected, this, &Worker::SslSocketDisconnected,
             Qt::DirectConnection);
     if (GatewaySettings::instance().HttpsEnabled) {
-        surroundings_->tls.startServerEncryption(socket);
+        serverContext_->tls.startServerEncryption(socket);
         if (socket.mode() == QSslSocket::UnencryptedMode) {
             failRequest(u"TLS could not be started"_s);
         }
@@ -182,9 +172,9 @@ void Worker::SslSocketReadyRead() {
     if (!acceptsRequest_) {
         return;
     }
-    keepFailure([this] {
+    captureException([this] {
         traceStart(kReadyRead);
-        if (!surroundings_->quitRequested) {
+        if (!serverContext_->quitRequested) {
             acceptsRequest_ = false;
             answerRequest();
             endLoop();
@@ -198,12 +188,12 @@ void Worker::answerRequest() {
         serveRequest();
     } catch (const GatewayException& exception) {
         if (!exception.isSilent()) {
-            Logger::logError(exception.message());
+            log::error(exception.message());
         }
-        replyToFailure();
+        replyAfterFailure();
     } catch (const std::exception& exception) {
-        Logger::logError(messageOf(exception));
-        replyToFailure();
+        log::error(messageOf(exception));
+        replyAfterFailure();
     }
 }
 
@@ -214,32 +204,23 @@ void Worker::serveRequest() {
     if (input.size() >= kRequestLimit ||
         !http::parser::parse(request,
                              {input.constData(), static_cast<std::size_t>(input.size())})) {
-        replyStatus(socket, "500", {});
-        failRequest(u"Failed to parse http request. (" + socket.peerAddress().toString() + u')');
+        refuse(context_, http::Status::InternalServerError,
+               u"Failed to parse http request. (" + socket.peerAddress().toString() + u')');
     }
-    if (isRefusedAsLarge(request.line.target)) {
-        replyStatus(socket, "503", {});
-        Logger::logDebug([&]() -> QString {
-            return u"Large file limitation. Requested [" +
-                   QString::fromStdString(request.line.target) + u"] from [" +
-                   socket.peerAddress().toString() + u']';
-        });
-        failRequest(u"Large file limitation."_s, FailureLog::Suppress);
-    }
+    enforceLargeFileLimit(context_, request.line.target);
     connectionTimer_->stop();
     route(context_, request);
 }
 
-// Every failure ends in this reply, also when a status told of it before; only a reply that has
-// begun with success stays alone.
-void Worker::replyToFailure() {
+// Also sent after the status reply of a refusal (docs/compatibility.md).
+void Worker::replyAfterFailure() {
     if (!context_.responseStarted) {
-        writeSocket(*context_.socket, makeResponse("500", {}));
+        replyStatus(*context_.socket, http::Status::InternalServerError);
     }
 }
 
 void Worker::SslSocketDisconnected() {
-    keepFailure([this] {
+    captureException([this] {
         traceStart(kDisconnected);
         context_.disconnected = true;
         traceEnd(kDisconnected);
@@ -248,10 +229,10 @@ void Worker::SslSocketDisconnected() {
 }
 
 void Worker::ConnectionTimeout() {
-    keepFailure([this] {
+    captureException([this] {
         acceptsRequest_ = false;
         connectionTimer_->stop();
-        Logger::logError(endMessage(u"connect timeout"_s));
+        log::error(endMessage(u"connect timeout"_s));
         endLoop();
     });
 }
@@ -261,3 +242,5 @@ void Worker::endLoop() {
         eventLoop_->exit(0);
     }
 }
+
+} // namespace quorin

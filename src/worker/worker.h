@@ -1,8 +1,8 @@
 #pragma once
 
+#include "handlers/request_context.h"
 #include "platform/socket_descriptor.h"
-#include "worker/shared_tls.h"
-#include "worker/worker_context.h"
+#include "worker/server_context.h"
 
 #include <QEventLoop>
 #include <QObject>
@@ -15,66 +15,62 @@
 #include <memory>
 #include <optional>
 
-// What the workers of one server share, and own together with it. Workers only read it.
-struct WorkerSurroundings {
-    QString documentRoot;
-    quorin::CommunicationScheme communicationScheme = quorin::CommunicationScheme::None;
-    quorin::SharedTls tls; // used when HTTPS is enabled
-    std::atomic<bool> quitRequested = false;
-};
+namespace quorin {
 
-// Serves one accepted connection: waits for the request in an event loop of its own, has it
-// answered, and ends. Made by the server on the main thread; run, and deleted, by the thread pool
-// on one of its threads. One that never runs closes its connection when it is deleted.
+// Serves one accepted connection: waits for the request in its own event loop, answers it and ends.
+// Created by the server on the main thread; run and deleted by the thread pool on a pool thread. A
+// worker that never runs closes its connection when it is deleted.
 class Worker : public QObject, public QRunnable {
     Q_OBJECT
 
 public:
-    // Takes the descriptor over.
+    // Takes ownership of the descriptor.
     Worker(platform::SocketDescriptor descriptor,
-           std::shared_ptr<const WorkerSurroundings> surroundings);
+           std::shared_ptr<const ServerContext> serverContext);
     ~Worker() override;
 
-    // The whole life of the connection. Whatever fails ends the connection and nothing else.
+    // Serves the connection until it ends. Does not throw; a failure ends only this connection.
     // Returns at once, without a log line, if quitting was requested before.
     void run() override;
 
-    // Hands the connection of a worker that never runs to the caller.
+    // Passes ownership of the connection of a worker that never runs to the caller.
     [[nodiscard]] qintptr releaseDescriptor() noexcept { return descriptor_.release(); }
 
 public Q_SLOTS:
-    // One call serves the one request: what has arrived by now is the request.
+    // Serves the request: the bytes that have arrived so far (docs/compatibility.md).
     void SslSocketReadyRead();
     void SslSocketDisconnected();
-    // No request came in time.
+    // Ends a connection that has sent no request in time.
     void ConnectionTimeout();
 
 private:
-    // Does what a slot is for: a failure must not get out into the event loop. It ends the loop
-    // instead, and the connection with it.
+    // Runs the body of a slot. An exception must not reach Qt's event loop: it is stored and the
+    // loop ends.
     template<std::invocable Action>
-    void keepFailure(Action&& action) noexcept;
+    void captureException(Action&& action) noexcept;
 
     void serveConnection();
-    void makeEventLoop();
+    void createEventLoop();
     void openSocket();
     void startConnectionTimer();
     void answerRequest();
     void serveRequest();
-    void replyToFailure();
+    void replyAfterFailure();
     void endLoop();
 
     platform::SocketDescriptor descriptor_;
-    std::shared_ptr<const WorkerSurroundings> surroundings_;
-    quorin::WorkerContext context_;
+    std::shared_ptr<const ServerContext> serverContext_;
+    RequestContext context_;
 
-    // Made in run(), so that they belong to the pool's thread.
+    // Created in run(), so that they belong to the pool thread.
     std::optional<QEventLoop> eventLoop_;
     std::unique_ptr<QTimer> connectionTimer_;
 
     // False once the request is taken, the connection has timed out or the event loop has ended:
     // Qt may emit readyRead() after each of these.
     bool acceptsRequest_ = true;
-    // What keepFailure() kept; thrown again behind the event loop.
-    std::exception_ptr escaped_;
+    // Set by captureException(); rethrown after the event loop.
+    std::exception_ptr pendingException_;
 };
+
+} // namespace quorin

@@ -1,9 +1,9 @@
 #include "worker/worker.h"
 
+#include "handlers/handler_fixture.h"
 #include "platform/descriptors.h"
 #include "support/descriptor_limit.h"
 #include "support/some_certificate.h"
-#include "worker/handler_fixture.h"
 #include "worker/tls_configuration.h"
 
 #include <latch>
@@ -20,18 +20,18 @@ protected:
     WorkerTest() {
         GatewaySettings::instance() = {};
         GatewaySettings::instance().ConnectionTimeout = 30;
-        surroundings_->documentRoot = data_.path(u"root"_s);
+        serverContext_->documentRoot = data_.path(u"root"_s);
     }
     ~WorkerTest() override { GatewaySettings::instance() = {}; }
 
     LogRecord log_;
     DataFolder data_;
-    std::shared_ptr<WorkerSurroundings> surroundings_ = std::make_shared<WorkerSurroundings>();
+    std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     Loopback connection_;
 };
 
 TEST_F(WorkerTest, oneThatNeverRunsClosesItsConnectionInSilence) {
-    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     EXPECT_TRUE(worker->autoDelete());
     worker.reset();
     EXPECT_EQ(connection_.client().readToEnd(), "");
@@ -41,7 +41,7 @@ TEST_F(WorkerTest, oneThatNeverRunsClosesItsConnectionInSilence) {
 TEST_F(WorkerTest, oneWhoseConnectionWasTakenLeavesItOpen) {
     qintptr descriptor = -1;
     {
-        Worker worker(connection_.takeDescriptor(), surroundings_);
+        Worker worker(connection_.takeDescriptor(), serverContext_);
         descriptor = worker.releaseDescriptor();
     }
     QTcpSocket taker;
@@ -53,8 +53,8 @@ TEST_F(WorkerTest, oneWhoseConnectionWasTakenLeavesItOpen) {
 
 TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
     connection_.client().send(get("/api/WebApiCommScheme"));
-    surroundings_->communicationScheme = CommunicationScheme::Http;
-    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    serverContext_->communicationScheme = CommunicationScheme::Http;
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     std::thread thread([&worker] {
         worker->run();
         worker.reset();
@@ -74,9 +74,9 @@ TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
 
 TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
     GatewaySettings::instance().HttpsEnabled = true;
-    surroundings_->communicationScheme = CommunicationScheme::Https;
-    surroundings_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
-    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    serverContext_->communicationScheme = CommunicationScheme::Https;
+    serverContext_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     std::thread thread([&worker] {
         worker->run();
         worker.reset();
@@ -96,7 +96,7 @@ TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
 
 TEST_F(WorkerTest, ServesNothingAfterConnectTimeout) {
     GatewaySettings::instance().ConnectionTimeout = 0;
-    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     std::latch ended(1);
     std::latch sent(1);
     std::thread thread([&] {
@@ -119,9 +119,9 @@ TEST_F(WorkerTest, ServesNothingAfterConnectTimeout) {
 }
 
 TEST_F(WorkerTest, ServesNothingAfterQuit) {
-    surroundings_->quitRequested = true;
+    serverContext_->quitRequested = true;
     connection_.client().send(get("/api/WebApiCommScheme"));
-    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     std::thread thread([&worker] {
         worker->run();
         worker.reset();
@@ -132,9 +132,9 @@ TEST_F(WorkerTest, ServesNothingAfterQuit) {
 }
 
 TEST_F(WorkerTest, ServesAfterServerIsGone) {
-    surroundings_->communicationScheme = CommunicationScheme::Http;
-    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
-    surroundings_.reset();
+    serverContext_->communicationScheme = CommunicationScheme::Http;
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
+    serverContext_.reset();
     connection_.client().send(get("/api/WebApiCommScheme"));
     std::thread thread([&worker] {
         worker->run();
@@ -149,7 +149,7 @@ TEST_F(WorkerTest, EndsWithoutDescriptorForEventLoop) {
     if (!platform::descriptorLimit()) {
         GTEST_SKIP() << "this system sets no limit";
     }
-    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), surroundings_);
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     {
         const DescriptorLimit limit(3);
         std::thread([&worker] {

@@ -9,10 +9,11 @@
 #include <cstdio>
 
 int main(int argc, char** argv) {
-    const auto library = platform::SharedLibrary::load(platform::gatewayLibraryName());
+    const auto library =
+        quorin::platform::SharedLibrary::load(quorin::platform::gatewayLibraryName());
     auto* const mainFunc = library.function<int(int, char**)>("QuorinGatewayHttpMainFunc");
     if (mainFunc == nullptr) {
-        std::fprintf(stderr, "busy host: %s\n", platform::SharedLibrary::lastError());
+        std::fprintf(stderr, "busy host: %s\n", quorin::platform::SharedLibrary::lastError());
         return 99;
     }
     QThreadPool::globalInstance()->start([] {

@@ -11,11 +11,10 @@ namespace quorin::test {
 
 inline constexpr std::chrono::seconds kPatience{60};
 
-// Checks `condition` every 5 ms. Returns false if it is not met within `patience`.
+// Checks `condition` every 5 ms. Returns false if it is not met within `timeout`.
 template<std::predicate Condition>
-[[nodiscard]] bool waitUntil(Condition&& condition,
-                             std::chrono::milliseconds patience = kPatience) {
-    const QDeadlineTimer deadline(patience);
+[[nodiscard]] bool waitUntil(Condition&& condition, std::chrono::milliseconds timeout = kPatience) {
+    const QDeadlineTimer deadline(timeout);
     while (!condition()) {
         if (deadline.hasExpired()) {
             return false;

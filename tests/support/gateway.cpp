@@ -1,6 +1,6 @@
 #include "support/gateway.h"
 
-#include "server/control_channel.h"
+#include "platform/control_pipe.h"
 #include "support/deadline.h"
 #include "support/system.h"
 
@@ -112,7 +112,7 @@ std::optional<int> Gateway::stop() {
 void Gateway::command(const QByteArray& command) {
     QLocalSocket pipe;
     // A pipe that is a file is in the temporary folder of the gateway's process.
-    const QString name = kOnWindows ? kControlPipeName.toString() : site_.pipePath();
+    const QString name = kOnWindows ? platform::kControlPipeName.toString() : site_.pipePath();
     ASSERT_TRUE(waitUntil([&] {
         pipe.connectToServer(name);
         return pipe.waitForConnected(kPatienceMs);

@@ -1,7 +1,7 @@
 #include "support/site.h"
 
+#include "platform/control_pipe.h"
 #include "platform/folders.h"
-#include "server/control_channel.h"
 #include "support/deadline.h"
 #include "support/ipc_cleanup.h"
 #include "support/system.h"
@@ -126,7 +126,7 @@ QByteArray Site::readFile(const QString& relative) const {
 }
 
 QString Site::pipePath() const {
-    return temporaryPath() + u'/' + kControlPipeName;
+    return temporaryPath() + u'/' + platform::kControlPipeName;
 }
 
 bool Site::waitUntilLogged(const QString& line, int times) const {

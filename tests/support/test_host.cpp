@@ -5,10 +5,11 @@
 #include <cstdio>
 
 int main(int argc, char** argv) {
-    const auto library = platform::SharedLibrary::load(platform::gatewayLibraryName());
+    const auto library =
+        quorin::platform::SharedLibrary::load(quorin::platform::gatewayLibraryName());
     auto* const mainFunc = library.function<int(int, char**)>("QuorinGatewayHttpMainFunc");
     if (mainFunc == nullptr) {
-        std::fprintf(stderr, "test host: %s\n", platform::SharedLibrary::lastError());
+        std::fprintf(stderr, "test host: %s\n", quorin::platform::SharedLibrary::lastError());
         return 99;
     }
     return mainFunc(argc, argv);

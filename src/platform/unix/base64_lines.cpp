@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -34,4 +34,4 @@ SecretBytes base64LinesOf(QByteArrayView bytes) {
     return text;
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 QByteArray encode(QByteArrayView bytes) {
@@ -38,4 +38,4 @@ TEST(Base64LinesTest, RoundTripsAllSizes) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -17,7 +17,7 @@
 #include <system_error>
 #include <utility>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -155,4 +155,4 @@ const CertificateSystem& localMachineCertificates() {
     return folders;
 }
 
-} // namespace platform
+} // namespace quorin::platform

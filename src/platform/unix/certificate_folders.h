@@ -4,7 +4,7 @@
 
 #include <QString>
 
-namespace platform {
+namespace quorin::platform {
 
 // Certificate stores in the file system. A store is a folder with the name of the store. A
 // certificate is a file NAME.pem in it, with the private key in the same file or in NAME.key in the
@@ -28,4 +28,4 @@ private:
 // Maximum size of certificate and key files in bytes. Larger files are ignored.
 inline constexpr std::size_t kMaxPemFileSize = std::size_t{1} << 20;
 
-} // namespace platform
+} // namespace quorin::platform

@@ -17,7 +17,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 using quorin::test::CertificateFields;
@@ -285,4 +285,4 @@ TEST_F(CertificateFoldersTest, FindsStoresBelowProductFolder) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -1,9 +1,9 @@
 #include "platform/command_line.h"
 
-namespace platform {
+namespace quorin::platform {
 
 std::vector<std::string> commandLine(int argc, char** argv) {
     return {argv, argv + argc};
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -6,7 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace platform {
+namespace quorin::platform {
 
 void prepareControlPipe(QLocalServer& server, const QString& name) {
     QLocalServer::removeServer(name);
@@ -21,4 +21,4 @@ bool isServedByThisProcess(const QLocalSocket& pipe) {
            peer.pid == getpid();
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace platform {
+namespace quorin::platform {
 
 std::optional<qintptr> descriptorLimit() {
     rlimit limit{};
@@ -46,4 +46,4 @@ void raiseDescriptorLimit() noexcept {
     }
 }
 
-} // namespace platform
+} // namespace quorin::platform

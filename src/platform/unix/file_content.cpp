@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::optional<FileContent> readFile(const std::string& path, std::size_t maxSize
     return content;
 }
 
-} // namespace platform
+} // namespace quorin::platform

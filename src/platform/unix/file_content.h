@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace platform {
+namespace quorin::platform {
 
 struct FileContent {
     SecretBytes bytes;
@@ -17,4 +17,4 @@ struct FileContent {
 // than `maxSize` bytes.
 [[nodiscard]] std::optional<FileContent> readFile(const std::string& path, std::size_t maxSize);
 
-} // namespace platform
+} // namespace quorin::platform

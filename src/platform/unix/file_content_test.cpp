@@ -9,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 class FileContentTest : public testing::Test {
@@ -75,4 +75,4 @@ TEST_F(FileContentTest, DoesNotWaitForPipeWriter) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -40,4 +40,4 @@ bool makeDirectoryPath(const QString& path) {
     return QDir().mkpath(path);
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -2,7 +2,7 @@
 
 #include <QSharedMemory>
 
-namespace platform {
+namespace quorin::platform {
 
 bool takeInstanceGuard(QSharedMemory& guard) {
     constexpr qsizetype size = 1;
@@ -18,4 +18,4 @@ bool takeInstanceGuard(QSharedMemory& guard) {
     return guard.create(size);
 }
 
-} // namespace platform
+} // namespace quorin::platform

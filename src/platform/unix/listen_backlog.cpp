@@ -1,9 +1,9 @@
 #include "platform/listen_backlog.h"
 
-namespace platform {
+namespace quorin::platform {
 
 int longestListenBacklog() noexcept {
     return 65535;
 }
 
-} // namespace platform
+} // namespace quorin::platform

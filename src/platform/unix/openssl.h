@@ -10,7 +10,7 @@
 
 #include <memory>
 
-namespace platform {
+namespace quorin::platform {
 
 template<auto Free>
 struct OpensslDeleter {
@@ -42,4 +42,4 @@ public:
     OpensslErrorScope& operator=(const OpensslErrorScope&) = delete;
 };
 
-} // namespace platform
+} // namespace quorin::platform

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -123,4 +123,4 @@ std::optional<PemKey> firstPrivateKey(QByteArrayView pem) {
     return std::nullopt;
 }
 
-} // namespace platform
+} // namespace quorin::platform

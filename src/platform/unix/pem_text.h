@@ -6,7 +6,7 @@
 
 #include <optional>
 
-namespace platform {
+namespace quorin::platform {
 
 // Returns the first certificate in a PEM text, skipping other blocks and text. Returns null if
 // there is none or it cannot be decoded.
@@ -19,4 +19,4 @@ using PemKey = KeyPointer;
 // Returns nothing if there is none or it cannot be decoded. Never prompts for a pass phrase.
 [[nodiscard]] std::optional<PemKey> firstPrivateKey(QByteArrayView pem);
 
-} // namespace platform
+} // namespace quorin::platform

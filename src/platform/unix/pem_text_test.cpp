@@ -11,7 +11,7 @@
 
 #include <vector>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 using quorin::test::CertificateFields;
@@ -123,4 +123,4 @@ TEST(PemTextTest, FailuresLeaveNoOpensslErrors) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

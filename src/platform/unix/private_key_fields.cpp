@@ -2,7 +2,7 @@
 
 #include "platform/unix/openssl.h"
 
-namespace platform {
+namespace quorin::platform {
 
 bool isKeyOf(const X509& certificate, const EVP_PKEY& key) {
     const OpensslErrorScope errors;
@@ -38,4 +38,4 @@ QString algorithmGroupOf(const EVP_PKEY& key) {
     }
 }
 
-} // namespace platform
+} // namespace quorin::platform

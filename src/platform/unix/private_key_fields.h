@@ -8,7 +8,7 @@
 #include <openssl/x509.h>
 
 // Properties of a private key, in the formats of KeyHandle (platform/certificate_store.h).
-namespace platform {
+namespace quorin::platform {
 
 // Returns true if `key` matches the public key of `certificate`.
 [[nodiscard]] bool isKeyOf(const X509& certificate, const EVP_PKEY& key);
@@ -20,4 +20,4 @@ namespace platform {
 // no such group.
 [[nodiscard]] QString algorithmGroupOf(const EVP_PKEY& key);
 
-} // namespace platform
+} // namespace quorin::platform

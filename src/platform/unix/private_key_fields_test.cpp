@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 using quorin::test::KeyKind;
@@ -44,4 +44,4 @@ TEST(PrivateKeyFieldsTest, MatchesKeyWithItsCertificate) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -44,4 +44,4 @@ bool replaceFile(const QString& from, const QString& to) {
     return true;
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -121,7 +121,7 @@ int rename(const char* from, const char* to) noexcept {
 } // extern "C"
 #pragma GCC visibility pop
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 using Calls = std::vector<std::string>;
@@ -215,4 +215,4 @@ TEST_F(ReplaceFileOrderTest, SucceedsIfFolderCannotBeFlushed) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -2,10 +2,10 @@
 
 #include <string.h> // NOLINT(modernize-deprecated-headers): no C++ header declares explicit_bzero
 
-namespace platform {
+namespace quorin::platform {
 
 void wipe(void* memory, std::size_t size) noexcept {
     explicit_bzero(memory, size);
 }
 
-} // namespace platform
+} // namespace quorin::platform

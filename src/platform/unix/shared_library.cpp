@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-namespace platform {
+namespace quorin::platform {
 
 SharedLibrary SharedLibrary::load(const char* name) {
     SharedLibrary library;
@@ -33,4 +33,4 @@ const char* gatewayLibraryName() {
     return "libQuorinGatewayHttp.so";
 }
 
-} // namespace platform
+} // namespace quorin::platform

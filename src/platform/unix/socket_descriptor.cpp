@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-namespace platform {
+namespace quorin::platform {
 
 void SocketDescriptor::close() noexcept {
     if (descriptor_ != kNone) {
@@ -10,4 +10,4 @@ void SocketDescriptor::close() noexcept {
     }
 }
 
-} // namespace platform
+} // namespace quorin::platform

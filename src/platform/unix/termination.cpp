@@ -8,7 +8,7 @@
 
 #include <pthread.h>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -79,4 +79,4 @@ TerminationWatch::~TerminationWatch() {
     pthread_sigmask(SIG_SETMASK, &state_->maskBefore, nullptr);
 }
 
-} // namespace platform
+} // namespace quorin::platform

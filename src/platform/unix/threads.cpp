@@ -4,7 +4,7 @@
 #include <system_error>
 #include <thread>
 
-namespace platform {
+namespace quorin::platform {
 
 // The system keeps the stack of the thread that has ended for the next one.
 bool canStartThread() {
@@ -18,4 +18,4 @@ bool canStartThread() {
     }
 }
 
-} // namespace platform
+} // namespace quorin::platform

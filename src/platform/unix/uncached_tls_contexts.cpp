@@ -2,7 +2,7 @@
 
 #include <openssl/ssl.h>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -32,4 +32,4 @@ UncachedTlsContexts::Scope::~Scope() {
     isCacheUnwanted = false;
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -8,7 +8,7 @@
 #include <optional>
 #include <thread>
 
-namespace platform::test {
+namespace quorin::platform::test {
 namespace {
 
 // The cache mode of a TLS context that is created now.
@@ -44,4 +44,4 @@ TEST(UncachedTlsContextsTest, EndsWithItsObject) {
 }
 
 } // namespace
-} // namespace platform::test
+} // namespace quorin::platform::test

@@ -6,7 +6,7 @@
 #include <array>
 #include <ctime>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -130,4 +130,4 @@ QByteArray derOf(const X509& certificate) {
     return size < 0 ? QByteArray() : QByteArray(reinterpret_cast<const char*>(encoding), size);
 }
 
-} // namespace platform
+} // namespace quorin::platform

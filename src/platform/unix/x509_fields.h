@@ -10,7 +10,7 @@
 
 // Fields of a certificate, in the formats of Certificate (platform/certificate_store.h). Names are
 // in UTF-8.
-namespace platform {
+namespace quorin::platform {
 
 [[nodiscard]] std::vector<std::string> dnsNamesOf(const X509& certificate);
 [[nodiscard]] std::string displayNameOf(const X509& certificate);
@@ -19,4 +19,4 @@ namespace platform {
 [[nodiscard]] QByteArray serialNumberOf(const X509& certificate);
 [[nodiscard]] QByteArray derOf(const X509& certificate);
 
-} // namespace platform
+} // namespace quorin::platform

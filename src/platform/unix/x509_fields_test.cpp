@@ -7,7 +7,7 @@
 
 #include <chrono>
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 using quorin::test::CertificateFields;
@@ -135,4 +135,4 @@ TEST(X509FieldsTest, DerMatchesFile) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

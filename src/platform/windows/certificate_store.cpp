@@ -10,7 +10,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -245,4 +245,4 @@ const CertificateSystem& localMachineCertificates() {
     return certificates;
 }
 
-} // namespace platform
+} // namespace quorin::platform

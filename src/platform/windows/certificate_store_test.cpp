@@ -13,7 +13,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 // Self-signed, CN=shown.example, DNS names gateway.example and Other.example, serial number
@@ -211,4 +211,4 @@ TEST(CertificateSystemTest, UnknownStoreIsEmpty) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

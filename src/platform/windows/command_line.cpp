@@ -6,7 +6,7 @@
 
 #include <memory>
 
-namespace platform {
+namespace quorin::platform {
 
 // The arguments of main() are limited to the ANSI code page; the command line is in UTF-16.
 std::vector<std::string> commandLine(int /*argc*/, char** /*argv*/) {
@@ -20,4 +20,4 @@ std::vector<std::string> commandLine(int /*argc*/, char** /*argv*/) {
     return texts;
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -5,7 +5,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 
-namespace platform {
+namespace quorin::platform {
 
 // A pipe is removed with its process, so there is no stale pipe. The system's default rights apply:
 // the gateway's own account, administrators and the local system may write to the pipe.
@@ -20,4 +20,4 @@ bool isServedByThisProcess(const QLocalSocket& pipe) {
            server == GetCurrentProcessId();
 }
 
-} // namespace platform
+} // namespace quorin::platform

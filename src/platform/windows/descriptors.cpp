@@ -1,6 +1,6 @@
 #include "platform/descriptors.h"
 
-namespace platform {
+namespace quorin::platform {
 
 // Sockets and files are handles here, whose number is limited by memory alone.
 std::optional<qintptr> descriptorLimit() {
@@ -17,4 +17,4 @@ bool hasFreeDescriptor() {
     return true;
 }
 
-} // namespace platform
+} // namespace quorin::platform

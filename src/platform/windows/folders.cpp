@@ -14,7 +14,7 @@
 #include <optional>
 #include <type_traits>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -92,4 +92,4 @@ bool makeDirectoryPath(const QString& path) {
     return isDirectory(path);
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 TEST(WindowsFoldersTest, CommonDataFolderIsProgramData) {
@@ -28,4 +28,4 @@ TEST(WindowsFoldersTest, CreatesFolderWithMixedSeparators) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

@@ -2,11 +2,11 @@
 
 #include <QSharedMemory>
 
-namespace platform {
+namespace quorin::platform {
 
 // The system frees the segment when its process ends, even if the process is killed.
 bool takeInstanceGuard(QSharedMemory& guard) {
     return guard.create(1);
 }
 
-} // namespace platform
+} // namespace quorin::platform

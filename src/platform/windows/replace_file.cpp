@@ -6,7 +6,7 @@
 
 #include <io.h>
 
-namespace platform {
+namespace quorin::platform {
 
 bool flushToDisk(QFile& file) {
     if (!file.flush()) {
@@ -23,4 +23,4 @@ bool replaceFile(const QString& from, const QString& to) {
            FALSE;
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -2,10 +2,10 @@
 
 #include "platform/windows/system.h"
 
-namespace platform {
+namespace quorin::platform {
 
 void wipe(void* memory, std::size_t size) noexcept {
     SecureZeroMemory(memory, size);
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -59,4 +59,4 @@ const char* gatewayLibraryName() {
     return "libQuorinGatewayHttp.dll";
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -4,7 +4,7 @@
 
 #include <winsock2.h>
 
-namespace platform {
+namespace quorin::platform {
 
 void SocketDescriptor::close() noexcept {
     if (descriptor_ != kNone) {
@@ -12,4 +12,4 @@ void SocketDescriptor::close() noexcept {
     }
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -13,7 +13,7 @@
 
 #include <QString>
 
-namespace platform {
+namespace quorin::platform {
 
 // The wide text of `text`, as long as `text` lives unchanged.
 [[nodiscard]] inline const wchar_t* wide(const QString& text) {
@@ -21,4 +21,4 @@ namespace platform {
     return reinterpret_cast<const wchar_t*>(text.utf16());
 }
 
-} // namespace platform
+} // namespace quorin::platform

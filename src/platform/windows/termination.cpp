@@ -6,7 +6,7 @@
 #include <mutex>
 #include <utility>
 
-namespace platform {
+namespace quorin::platform {
 
 struct TerminationWatch::State {
     std::function<bool()> onTermination;
@@ -56,4 +56,4 @@ TerminationWatch::~TerminationWatch() {
     watched = nullptr;
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace platform {
+namespace quorin::platform {
 namespace {
 
 // A thread's end must leave Qt's memory in order, however Qt was compiled.
@@ -26,4 +26,4 @@ TEST(ThreadEndTest, threadsThatMatchedPatternsEndInOrder) {
 }
 
 } // namespace
-} // namespace platform
+} // namespace quorin::platform

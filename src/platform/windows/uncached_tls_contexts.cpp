@@ -4,7 +4,7 @@
 
 #include <openssl/ssl.h>
 
-namespace platform {
+namespace quorin::platform {
 
 namespace {
 
@@ -58,4 +58,4 @@ UncachedTlsContexts::Scope::~Scope() {
     isCacheUnwanted = false;
 }
 
-} // namespace platform
+} // namespace quorin::platform

@@ -1,0 +1,43 @@
+# A module is a folder below src/: a static library quorin_<name>, and its unit tests as the program
+# <name>_test.
+#
+#   quorin_module(<name> [MOC] SOURCES <file>... [TESTS <file>...] [LINKS <target>...]
+#                 [TEST_LINKS <target>...])
+#
+# LINKS are public: headers of a module may include those of its dependencies. MOC is for modules
+# that declare a Q_OBJECT.
+function(quorin_module name)
+  cmake_parse_arguments(PARSE_ARGV 1 module "MOC" "" "SOURCES;TESTS;LINKS;TEST_LINKS")
+  add_library(quorin_${name} STATIC ${module_SOURCES})
+  target_include_directories(quorin_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+  target_link_libraries(quorin_${name} PUBLIC ${module_LINKS} PRIVATE quorin_compile)
+  set_target_properties(quorin_${name} PROPERTIES AUTOMOC ${module_MOC})
+  if(module_TESTS)
+    quorin_test(${name}_test SOURCES ${module_TESTS} LINKS quorin_${name} ${module_TEST_LINKS})
+  endif()
+endfunction()
+
+# quorin_test(<name> SOURCES <file>... [LINKS <target>...] [FOLDER <name>]
+#             [PROPERTIES <ctest property> <value>...])
+#
+# Adds a GoogleTest program, in FOLDER below the folder of the tests. Each of its tests is one CTest
+# test; on Windows, where starting a process for each test would take too long, the program is one.
+function(quorin_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "FOLDER" "SOURCES;LINKS;PROPERTIES")
+  if(NOT BUILD_TESTING)
+    return()
+  endif()
+  add_executable(${name} ${test_SOURCES})
+  set_target_properties(${name} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/${test_FOLDER}")
+  target_link_libraries(${name} PRIVATE ${test_LINKS} GTest::gmock GTest::gtest_main quorin_compile)
+  if(WIN32)
+    add_test(NAME ${name} COMMAND ${name})
+    if(test_PROPERTIES)
+      set_tests_properties(${name} PROPERTIES ${test_PROPERTIES})
+    endif()
+  else()
+    include(GoogleTest)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${test_PROPERTIES})
+  endif()
+endfunction()

@@ -1,0 +1,199 @@
+#include "handlers/download.h"
+
+#include "handlers/handler_fixture.h"
+#include "support/system.h"
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+class SendFileTest : public HandlerTest {
+protected:
+    static QByteArray header(qsizetype size) {
+        return "HTTP/1.1 200\r\nContent-Length: " + QByteArray::number(size) +
+               "\r\nContent-Type: inode/directory\r\n\r\n";
+    }
+};
+
+TEST_F(SendFileTest, headerAndContentAreSentAndTheLineIsLogged) {
+    context_.requestUrl = QUrl(u"/fwfiles/a.zip"_s);
+    sendFile(context_, QFileInfo(data_.write(u"root/fwfiles/a.zip"_s, "content")));
+    EXPECT_TRUE(context_.responseStarted);
+    EXPECT_FALSE(context_.requestEnd.isNull());
+    EXPECT_EQ(received(), header(7) + "content");
+    EXPECT_EQ(log_.lines(), QStringList(u"2 GET fwfiles/a.zip - -  200 0"_s));
+}
+
+TEST_F(SendFileTest, whateverTheChunkTheContentIsTheSame) {
+    const QByteArray content = "0123456789";
+    const QFileInfo file(data_.write(u"root/a"_s, content));
+    for (const int chunk : {-1, 0, 1, 3, 5, 9, 10, 11}) {
+        GatewaySettings::instance().ThreadReadBufferSize = chunk;
+        connectTo(QHostAddress(QHostAddress::LocalHost));
+        sendFile(context_, file);
+        EXPECT_EQ(received(), header(10) + content) << chunk;
+    }
+}
+
+TEST_F(SendFileTest, aFileThatGrewIsCutAtTheSizeAnnounced) {
+    const QFileInfo file(data_.write(u"root/a"_s, "short"));
+    EXPECT_EQ(file.size(), 5);
+    data_.write(u"root/a"_s, "longer than before");
+    sendFile(context_, file);
+    EXPECT_EQ(received(), header(5) + "longe");
+}
+
+TEST_F(SendFileTest, aFileThatShrankIsFilledUpWithZeros) {
+    const QFileInfo file(data_.write(u"root/a"_s, "longer than before"));
+    EXPECT_EQ(file.size(), 18);
+    data_.write(u"root/a"_s, "short");
+    GatewaySettings::instance().ThreadReadBufferSize = 4;
+    sendFile(context_, file);
+    EXPECT_EQ(received(), header(18) + "short" + QByteArray(13, '\0'));
+}
+
+TEST_F(SendFileTest, anEmptyFileHasAHeaderAloneAndNeverExpires) {
+    GatewaySettings::instance().HTTPRequestTimeout = 0;
+    sendFile(context_, QFileInfo(data_.write(u"root/a"_s, {})));
+    EXPECT_EQ(received(), header(0));
+    EXPECT_EQ(log_.lines().size(), 1);
+}
+
+TEST_F(SendFileTest, withoutTimeItExpiresBehindItsHeader) {
+    for (const int timeout : {0, -1}) {
+        GatewaySettings::instance().HTTPRequestTimeout = timeout;
+        connectTo(QHostAddress(QHostAddress::LocalHost));
+        const QFileInfo file(data_.write(u"root/a"_s, "content"));
+        EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] requet expired"_s);
+        EXPECT_TRUE(context_.responseStarted);
+        EXPECT_EQ(received(), header(7));
+    }
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(SendFileTest, aPeerThatHasGoneIsNoticedBeforeTheTimeIsLookedAt) {
+    GatewaySettings::instance().HTTPRequestTimeout = 0;
+    context_.disconnected = true;
+    const QFileInfo file(data_.write(u"root/a"_s, "content"));
+    EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
+}
+
+TEST_F(SendFileTest, aPeerThatLeavesInMidStreamEndsTheTransfer) {
+    const QFileInfo file(data_.write(u"root/a"_s, QByteArray(32 * 1024 * 1024, 'x')));
+    connection_->client().abort();
+    EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
+    EXPECT_TRUE(context_.responseStarted);
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(SendFileTest, whatCannotBeOpenedIsRefused) {
+    const QString path = data_.path(u"none"_s);
+    EXPECT_EQ(failureOf([&] { sendFile(context_, QFileInfo(path)); }),
+              u"[End] failed to open " + path + u" for read.");
+    EXPECT_FALSE(context_.responseStarted);
+    EXPECT_EQ(received(), kPlain500);
+}
+
+class SendNotificationFileTest : public HandlerTest {
+protected:
+    QString notification(const QByteArray& content) const {
+        return data_.write(u"root/notifications/n.json"_s, content);
+    }
+    bool isLockThere() const { return QFile::exists(data_.stagingPath(u"n.json.lock"_s)); }
+    // The first two lines of the log where the file was read.
+    static QStringList readLines(const QString& path) {
+        return {u"2 notification file " + path, u"2 Close file. (" + path + u')'};
+    }
+};
+
+TEST_F(SendNotificationFileTest, theFileIsSentWholeUnderItsOwnTypeAndTheLockReleased) {
+    const QString path = notification("{\"a\":1}");
+    context_.requestUrl = QUrl(u"/notifications/n.json"_s);
+    sendNotificationFile(context_, QFileInfo(path));
+    EXPECT_TRUE(context_.responseStarted);
+    EXPECT_FALSE(isLockThere());
+    EXPECT_EQ(received(), "HTTP/1.1 200 OK\r\nContent-Length: 7\r\n"
+                          "Content-Type: application/json\r\n\r\n{\"a\":1}");
+    EXPECT_EQ(log_.lines(),
+              readLines(path) + QStringList(u"2 GET notifications/n.json - -  200 0"_s));
+}
+
+TEST_F(SendNotificationFileTest, aFileThatGrewIsSentAsItIsNow) {
+    const QFileInfo file(notification("{}"));
+    EXPECT_EQ(file.size(), 2);
+    notification("{\"longer\":1}");
+    sendNotificationFile(context_, file);
+    EXPECT_EQ(received(), "HTTP/1.1 200 OK\r\nContent-Length: 12\r\n"
+                          "Content-Type: application/json\r\n\r\n{\"longer\":1}");
+}
+
+TEST_F(SendNotificationFileTest, aFileThatShrankIsSentAsItIsNow) {
+    const QFileInfo file(notification("{\"longer\":1}"));
+    EXPECT_EQ(file.size(), 12);
+    notification("{}");
+    sendNotificationFile(context_, file);
+    EXPECT_EQ(received(), "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n"
+                          "Content-Type: application/json\r\n\r\n{}");
+}
+
+TEST_F(SendNotificationFileTest, aFileThatHoldsLessThanItsSizeIsRefused) {
+    // What the system tells of itself comes in files of a page that hold a line.
+    const QString line = u"/sys/kernel/mm/transparent_hugepage/enabled"_s;
+    if (kOnWindows || !QFile::exists(line)) {
+        GTEST_SKIP() << "no file of this system holds less than its size";
+    }
+    ASSERT_TRUE(QDir().mkpath(data_.path(u"root/notifications"_s)));
+    const QString path = data_.path(u"root/notifications/n.json"_s);
+    ASSERT_TRUE(QFile::link(line, path));
+    EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
+              u"[End] failed to read " + path + u" for read.");
+    EXPECT_FALSE(context_.responseStarted);
+    EXPECT_FALSE(isLockThere());
+    EXPECT_EQ(received(), kPlain500);
+    EXPECT_EQ(log_.lines(), readLines(path));
+}
+
+TEST_F(SendNotificationFileTest, aPeerThatHasGoneIsToldNothing) {
+    context_.disconnected = true;
+    GatewaySettings::instance().HTTPRequestTimeout = 0;
+    const QString path = notification("{}");
+    EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
+              u"[End] socket disconnected"_s);
+    EXPECT_EQ(received(), "");
+    EXPECT_EQ(log_.lines(), readLines(path));
+}
+
+TEST_F(SendNotificationFileTest, withoutTimeItExpiresBeforeAReply) {
+    GatewaySettings::instance().HTTPRequestTimeout = 0;
+    const QString path = notification("{}");
+    EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
+              u"[End] request expired"_s);
+    EXPECT_EQ(received(), "");
+    EXPECT_FALSE(isLockThere());
+}
+
+TEST_F(SendNotificationFileTest, whatCannotBeOpenedIsRefusedWithItsLockReleased) {
+    const QString path = data_.path(u"n.json"_s);
+    EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
+              u"[End] failed to open " + path + u" for read.");
+    EXPECT_FALSE(isLockThere());
+    EXPECT_EQ(received(), kPlain500);
+    EXPECT_EQ(log_.lines(), QStringList(u"2 notification file " + path));
+}
+
+TEST_F(SendNotificationFileTest, aLockThatIsNotToBeHadIsTriedFiveTimes) {
+    ASSERT_TRUE(QDir(data_.stagingPath({})).removeRecursively());
+    const QString path = notification("{}");
+    EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
+              u"[End] failed to open " + path + u" for read (lock failed).");
+    EXPECT_EQ(received(), kPlain500);
+    EXPECT_EQ(log_.lines(),
+              (QStringList{u"2 notification file " + path, u"2 Failed to Lock (1/5)"_s,
+                           u"2 Failed to Lock (2/5)"_s, u"2 Failed to Lock (3/5)"_s,
+                           u"2 Failed to Lock (4/5)"_s, u"2 Failed to Lock (5/5)"_s,
+                           u"5 Failed to Lock for \"" + data_.stagingPath(u"n.json"_s) + u'"'}));
+}
+
+} // namespace
+} // namespace quorin::test

@@ -1,0 +1,131 @@
+#include "handlers/reply.h"
+
+#include "handlers/handler_fixture.h"
+#include "http/response.h"
+
+#include <QElapsedTimer>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace quorin::test {
+namespace {
+
+TEST(MakeResponseTest, AddsConnectionCloseToClientErrors) {
+    EXPECT_EQ(makeResponse(http::Status{400}),
+              "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{404}),
+              "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{405}),
+              "HTTP/1.1 405 Method Not Allowed\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{499}), "HTTP/1.1 499 \r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{200}), "HTTP/1.1 200 OK\r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{204}), "HTTP/1.1 204 No Content\r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{399}), "HTTP/1.1 399 \r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{500}), "HTTP/1.1 500 Internal Server Error\r\n\r\n");
+    EXPECT_EQ(makeResponse(http::Status{503}), "HTTP/1.1 503 Service Unavailable\r\n\r\n");
+}
+
+TEST(MakeResponseTest, AppendsBodyUnchanged) {
+    EXPECT_EQ(makeResponse(http::Status{200}, QByteArray("a\0b", 3)),
+              QByteArray("HTTP/1.1 200 OK\r\n\r\na\0b", 22));
+    EXPECT_EQ(makeResponse(http::Status{404}, "\u00fc"),
+              "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n\u00fc");
+}
+
+TEST(SerializedTest, ReturnsBytesOfResponse) {
+    http::Response response(http::Status::Ok);
+    response.headers.set("B", "2");
+    response.headers.set("A", "1");
+    response.appendBody("body");
+    EXPECT_EQ(serialized(response), "HTTP/1.1 200 OK\r\nA: 1\r\nB: 2\r\n\r\nbody");
+}
+
+class ReplyTest : public HandlerTest {
+protected:
+    QSslSocket& socket() { return *context_.socket; }
+
+    // More than the system takes in for a client that does not read.
+    static constexpr qsizetype kTooMuch = 32 * 1024 * 1024;
+};
+
+TEST_F(ReplyTest, whatIsWrittenHasLeftAfterwards) {
+    writeSocket(socket(), "bytes");
+    EXPECT_EQ(unsentBytes(socket()), 0);
+    replyStatus(socket(), http::Status::MethodNotAllowed);
+    EXPECT_EQ(received(), "bytesHTTP/1.1 405 Method Not Allowed\r\nConnection: close\r\n\r\n");
+}
+
+TEST_F(ReplyTest, aPeerThatDoesNotReadFailsTheWriteWhenItsTimeIsOver) {
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_EQ(failureOf([this] { writeSocket(socket(), QByteArray(kTooMuch, 'x'), 300ms); }),
+              u"[End] Failed to write socket data."_s);
+    EXPECT_GE(timer.elapsed(), 300);
+    EXPECT_LT(timer.elapsed(), 20'000);
+    EXPECT_GT(unsentBytes(socket()), 0);
+    socket().abort();
+}
+
+TEST_F(ReplyTest, aPeerThatReadsInTheEndGetsEverything) {
+    const QByteArray bytes(kTooMuch, 'x');
+    socket().write(bytes);
+    waitUntilSent(socket(), 100ms);
+    EXPECT_GT(unsentBytes(socket()), 0);
+    // The client takes in on its own while the socket waits: both live on this thread, so by turns.
+    QByteArray taken;
+    while (unsentBytes(socket()) > 0) {
+        taken += connection_->client().read(1);
+        taken += connection_->client().socket().readAll();
+        waitUntilSent(socket(), 50ms);
+    }
+    taken += received();
+    EXPECT_TRUE(taken == bytes) << taken.size();
+}
+
+TEST_F(ReplyTest, waitingEndsWhenItsTimeIsOver) {
+    socket().write(QByteArray(kTooMuch, 'x'));
+    QElapsedTimer timer;
+    timer.start();
+    waitUntilSent(socket(), 300ms);
+    EXPECT_GE(timer.elapsed(), 290); // a poll's time-out may end within a timer's grain
+    EXPECT_LT(timer.elapsed(), 20'000);
+    EXPECT_FALSE(context_.disconnected);
+    socket().abort();
+}
+
+TEST_F(ReplyTest, waitingEndsWhenThePeerHasGone) {
+    socket().write(QByteArray(kTooMuch, 'x'));
+    connection_->client().abort();
+    QElapsedTimer timer;
+    timer.start();
+    waitUntilSent(socket());
+    EXPECT_LT(timer.elapsed(), 20'000);
+    EXPECT_TRUE(context_.disconnected);
+}
+
+TEST_F(ReplyTest, nothingToSendIsNotWaitedFor) {
+    QElapsedTimer timer;
+    timer.start();
+    waitUntilSent(socket());
+    EXPECT_LT(timer.elapsed(), 10'000);
+}
+
+// With the peer its bytes have gone too: nothing is left that could fail.
+TEST_F(ReplyTest, aPeerThatHasGoneEndsTheWriteBeforeItsTime) {
+    connection_->client().abort();
+    QElapsedTimer timer;
+    timer.start();
+    writeSocket(socket(), QByteArray(kTooMuch, 'x'));
+    EXPECT_LT(timer.elapsed(), 20'000);
+    EXPECT_TRUE(context_.disconnected);
+}
+
+TEST_F(ReplyTest, aSocketThatWasNeverConnectedFailsAtOnce) {
+    QSslSocket unconnected;
+    EXPECT_EQ(failureOf([&] { writeSocket(unconnected, "x"); }),
+              u"[End] Failed to write socket data."_s);
+}
+
+} // namespace
+} // namespace quorin::test
