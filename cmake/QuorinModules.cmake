@@ -20,6 +20,19 @@ endfunction()
 # quorin_test(<name> SOURCES <file>... [LINKS <target>...] [FOLDER <name>]
 #             [PROPERTIES <ctest property> <value>...])
 #
+# Precompiled for all test programs, which take half the time to compile with it. The product is
+# compiled without, so that a header that lacks an include does not go unnoticed.
+if(BUILD_TESTING)
+  file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/quorin_test_headers.cpp" CONTENT "" @ONLY)
+  add_library(quorin_test_headers OBJECT "${CMAKE_BINARY_DIR}/quorin_test_headers.cpp")
+  target_link_libraries(quorin_test_headers PRIVATE Qt6::Network GTest::gmock quorin_compile)
+  target_precompile_headers(quorin_test_headers PRIVATE
+    <gmock/gmock.h> <gtest/gtest.h>
+    <QCoreApplication> <QDateTime> <QDir> <QFile> <QFileInfo> <QProcess> <QSslSocket> <QString>
+    <QStringList> <QTcpServer> <QTemporaryDir> <QThreadPool>
+    <chrono> <functional> <memory> <optional> <string> <thread> <vector>)
+endif()
+
 # Adds a GoogleTest program, in FOLDER below the folder of the tests. Each of its tests is one CTest
 # test; on Windows, where starting a process for each test would take too long, the program is one.
 function(quorin_test name)
@@ -31,6 +44,9 @@ function(quorin_test name)
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/${test_FOLDER}")
   target_link_libraries(${name} PRIVATE ${test_LINKS} GTest::gmock GTest::gtest_main quorin_compile)
+  if(NOT test_SOURCES MATCHES "\\.c(;|$)") # the headers are precompiled for C++ only
+    target_precompile_headers(${name} REUSE_FROM quorin_test_headers)
+  endif()
   if(WIN32)
     add_test(NAME ${name} COMMAND ${name})
     if(test_PROPERTIES)
