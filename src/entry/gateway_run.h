@@ -4,17 +4,17 @@ class QCoreApplication;
 
 namespace quorin {
 
-// How a run of the gateway ended; the caller decides what becomes of the process.
+// How a run of the gateway ended. The caller selects the exit code from it.
 enum class Outcome {
-    Stopped,           // by the control channel, or by an error that is not fatal here
+    Stopped,           // by the stop command, or by an exception of another kind than those below
     Failed,            // fatal error
     DuplicateInstance, // another gateway runs
 };
 
-// Runs one gateway from start-up until it is stopped, on the calling thread, which is the
-// application object's and becomes the gateway's main thread. `argc` and `argv` are those of the
-// exported entry function. When it returns, all else is released: threads, pipe, instance guard,
-// log.
+// Runs one gateway from start-up until it is stopped. Call on the thread of `application`; it
+// becomes the gateway's main thread. `argc` and `argv` are those of the exported function. Releases
+// the watcher threads, the control pipe, the instance guard and the log before it returns. Does not
+// throw GatewayException.
 [[nodiscard]] Outcome runGateway(QCoreApplication& application, int argc, char** argv);
 
 } // namespace quorin
