@@ -12,9 +12,9 @@ enum class Outcome {
 };
 
 // Runs one gateway from start-up until it is stopped. Call on the thread of `application`; it
-// becomes the gateway's main thread. `argc` and `argv` are those of the exported function. Releases
-// the watcher threads, the control pipe, the instance guard and the log before it returns. Does not
-// throw GatewayException.
+// becomes the gateway's main thread. `argc` and `argv` are those of the exported function. Before
+// it returns, it ends the watcher threads, closes the control pipe, releases the instance guard and
+// shuts down the log if it was set up. Does not throw GatewayException.
 [[nodiscard]] Outcome runGateway(QCoreApplication& application, int argc, char** argv);
 
 } // namespace quorin
