@@ -1,10 +1,10 @@
 // quorin-gateway: starts and stops the gateway.
 
-#include "control.h"
 #include "platform/command_line.h"
 #include "platform/descriptors.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
+#include "stop_command.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -55,7 +55,7 @@ int reportUsageError(const std::string& message) {
 bool stopOnTermination() {
     bool isStopping = false;
     const std::unique_ptr<QThread> thread(QThread::create([&isStopping] {
-        isStopping = quorin::sendStopCommand(quorin::Gateway::OfThisProcess) ==
+        isStopping = quorin::sendStopCommand(quorin::StopTarget::GatewayOfThisProcess) ==
                      quorin::StopResult::Delivered;
     }));
     thread->start();
@@ -82,7 +82,7 @@ int run(std::string program, std::string settings, std::string group) {
 
 int stop(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    switch (quorin::sendStopCommand(quorin::Gateway::Any)) {
+    switch (quorin::sendStopCommand(quorin::StopTarget::AnyGateway)) {
     case quorin::StopResult::Delivered:
         return kOk;
     case quorin::StopResult::AccessDenied:

@@ -5,7 +5,7 @@ class QCoreApplication;
 namespace quorin {
 
 // How a run of the gateway ended. The caller selects the exit code from it.
-enum class Outcome {
+enum class RunOutcome {
     Stopped,           // by the stop command, or by an exception of another kind than those below
     Failed,            // fatal error
     DuplicateInstance, // another gateway runs
@@ -15,6 +15,6 @@ enum class Outcome {
 // becomes the gateway's main thread. `argc` and `argv` are those of the exported function. Before
 // it returns, it ends the watcher threads, closes the control pipe, releases the instance guard and
 // shuts down the log if it was set up. Does not throw GatewayException.
-[[nodiscard]] Outcome runGateway(QCoreApplication& application, int argc, char** argv);
+[[nodiscard]] RunOutcome runGateway(QCoreApplication& application, int argc, char** argv);
 
 } // namespace quorin

@@ -3,7 +3,7 @@
 namespace quorin {
 
 // The gateway to which a stop command is sent: any on this machine, or only one in this process.
-enum class Gateway { Any, OfThisProcess };
+enum class StopTarget { AnyGateway, GatewayOfThisProcess };
 
 enum class StopResult {
     Delivered,   // the gateway has read the command, or has ended
@@ -15,6 +15,6 @@ enum class StopResult {
 // when the gateway has closed the pipe. The gateway serves one controller at a time; waits for
 // earlier ones without a time limit. Does not need an event loop. Call on the main thread or a
 // QThread.
-[[nodiscard]] StopResult sendStopCommand(Gateway gateway);
+[[nodiscard]] StopResult sendStopCommand(StopTarget target);
 
 } // namespace quorin

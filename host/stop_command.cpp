@@ -1,4 +1,4 @@
-#include "control.h"
+#include "stop_command.h"
 
 #include "platform/control_pipe.h"
 
@@ -42,13 +42,13 @@ std::unique_ptr<QLocalSocket> openControlPipe() {
 
 } // namespace
 
-StopResult sendStopCommand(Gateway gateway) {
+StopResult sendStopCommand(StopTarget target) {
     const std::unique_ptr<QLocalSocket> pipe = openControlPipe();
     if (pipe->state() != QLocalSocket::ConnectedState) {
         return pipe->error() == QLocalSocket::SocketAccessError ? StopResult::AccessDenied
                                                                 : StopResult::NoGateway;
     }
-    if (gateway == Gateway::OfThisProcess && !platform::isServedByThisProcess(*pipe)) {
+    if (target == StopTarget::GatewayOfThisProcess && !platform::isServedByThisProcess(*pipe)) {
         return StopResult::NoGateway;
     }
     pipe->write(platform::kQuitCommand.data(), platform::kQuitCommand.size());
