@@ -131,7 +131,7 @@ void TcpServer::pauseAdmission() {
 
 void TcpServer::resumeAdmission() {
     if (!isListening()) {
-        admissionTimer_.stop(); // quitting was requested meanwhile
+        admissionTimer_.stop(); // a quit has been requested since the pause
         return;
     }
     if (hasDescriptorsForAnother()) {
