@@ -1,5 +1,4 @@
-# How everything here is compiled and linked: one place for language, warnings, hardening and
-# sanitizers.
+# Compiler and linker options of all targets: language standard, warnings, hardening, sanitizers.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -9,20 +8,20 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
-set(CMAKE_AUTOMOC OFF) # each room that holds a QObject asks for it
+set(CMAKE_AUTOMOC OFF) # enabled only for modules that declare a Q_OBJECT
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
 endif()
 
-# The programs and libraries of one build stand side by side.
+# All programs and libraries of a build are in one folder.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 
 include(CheckPIESupported)
 check_pie_supported()
 
-# Linked to by every target of ours.
+# Every target links to this interface library.
 add_library(quorin_compile INTERFACE)
 target_compile_definitions(quorin_compile INTERFACE
   QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
@@ -39,7 +38,7 @@ else()
     $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     -fstack-protector-strong)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # This compiler, when it optimises, sees overlaps in std::string that cannot be.
+    # These versions report false overlaps in std::string when they optimize.
     target_compile_options(quorin_compile INTERFACE -Wno-restrict)
   endif()
   if(NOT QUORIN_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
@@ -48,17 +47,18 @@ else()
   if(WIN32)
     target_link_options(quorin_compile INTERFACE
       -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
-    # What the stack protector calls is in no library of this system: linked in, not one more DLL.
+    # Windows has no library with the functions of the stack protector. Linked statically to avoid
+    # another DLL.
     target_link_libraries(quorin_compile INTERFACE -l:libssp.a)
   else()
     target_link_options(quorin_compile INTERFACE -Wl,-z,relro -Wl,-z,now)
-    if(NOT QUORIN_SANITIZE) # clang keeps the sanitizer runtime in the program alone
+    if(NOT QUORIN_SANITIZE) # clang links the sanitizer runtime to programs only
       target_link_options(quorin_compile INTERFACE -Wl,--no-undefined)
     endif()
   endif()
 endif()
 
-# For tests of what a sanitizer changes.
+# For tests of behaviour that a sanitizer changes.
 set(quorin_is_sanitized false)
 if(QUORIN_SANITIZE)
   set(quorin_is_sanitized true)
@@ -67,6 +67,6 @@ if(QUORIN_SANITIZE)
   target_link_options(quorin_compile INTERFACE -fsanitize=${QUORIN_SANITIZE})
 endif()
 if(QUORIN_FUZZ)
-  # Coverage feedback for the code under test; the fuzz programs bring libFuzzer's main.
+  # Coverage feedback for the code under test; only the fuzzers themselves link libFuzzer's main().
   target_compile_options(quorin_compile INTERFACE -fsanitize=fuzzer-no-link)
 endif()

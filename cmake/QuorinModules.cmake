@@ -1,5 +1,5 @@
-# A module is a folder below src/: a static library quorin_<name>, and its unit tests as the program
-# <name>_test.
+# A module is a folder below src/. It is built as the static library quorin_<name> and the unit test
+# program <name>_test.
 #
 #   quorin_module(<name> [MOC] SOURCES <file>... [TESTS <file>...] [LINKS <target>...]
 #                 [TEST_LINKS <target>...])
@@ -17,9 +17,6 @@ function(quorin_module name)
   endif()
 endfunction()
 
-# quorin_test(<name> SOURCES <file>... [LINKS <target>...] [FOLDER <name>]
-#             [PROPERTIES <ctest property> <value>...])
-#
 # Precompiled for all test programs, which take half the time to compile with it. The product is
 # compiled without, so that a header that lacks an include does not go unnoticed.
 if(BUILD_TESTING)
@@ -33,8 +30,12 @@ if(BUILD_TESTING)
     <chrono> <functional> <memory> <optional> <string> <thread> <vector>)
 endif()
 
-# Adds a GoogleTest program, in FOLDER below the folder of the tests. Each of its tests is one CTest
-# test; on Windows, where starting a process for each test would take too long, the program is one.
+# quorin_test(<name> SOURCES <file>... [LINKS <target>...] [FOLDER <name>]
+#             [PROPERTIES <ctest property> <value>...])
+#
+# Adds a GoogleTest program, in FOLDER below the folder of the tests. Each of its tests becomes a
+# CTest test. On Windows the program becomes a single CTest test, because starting a process for each
+# test would take too long.
 function(quorin_test name)
   cmake_parse_arguments(PARSE_ARGV 1 test "" "FOLDER" "SOURCES;LINKS;PROPERTIES")
   if(NOT BUILD_TESTING)

@@ -1,7 +1,7 @@
-# What `cmake --install` puts where, and the packages `cpack` makes of it: a zip for Windows, a .deb
-# and a .tar.gz for Linux. Included when all targets are known.
+# Installation rules, and the packages that `cpack` creates from them: a zip for Windows, a .deb and
+# a .tar.gz for Linux. Include this file after all targets are defined.
 
-set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # the tests need not be built to install
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # installs without building the tests
 set(package_programs QuorinGatewayHttp lumetrix quorin-gateway)
 
 if(WIN32)
@@ -12,7 +12,7 @@ if(WIN32)
   install(FILES packaging/settings.xml DESTINATION settings)
   install(DIRECTORY ${QUORIN_LICENCES} DESTINATION licences)
   if(MINGW)
-    # Debian's packages of the compiler's runtime, and the licences that texts above refer to.
+    # Licences of the compiler runtime, and the licence texts that the copyright files refer to.
     foreach(package IN ITEMS gcc-mingw-w64-base mingw-w64-common)
       install(FILES /usr/share/doc/${package}/copyright DESTINATION licences/${package})
     endforeach()
@@ -21,14 +21,14 @@ if(WIN32)
       DESTINATION licences)
   endif()
 else()
-  # In one folder, since each looks for the others beside itself.
+  # All in one folder: each searches its own folder for the others.
   set(package_folder lib/quorin-gateway)
   install(TARGETS ${package_programs}
     RUNTIME DESTINATION ${package_folder}
     LIBRARY DESTINATION ${package_folder})
   install(FILES packaging/settings.xml DESTINATION share/doc/quorin-gateway/examples)
   install(FILES packaging/linux/quorin-gateway.service DESTINATION lib/systemd/system)
-  # What stands outside the prefix, for the .deb alone.
+  # Outside the prefix; only for the .deb.
   install(FILES packaging/settings.xml DESTINATION /etc/quorin-gateway
     COMPONENT debian EXCLUDE_FROM_ALL)
 endif()

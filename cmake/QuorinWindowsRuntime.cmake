@@ -1,9 +1,9 @@
-# Puts what a Windows build needs at run time beside its programs: Qt, its TLS plugins, OpenSSL and
-# the compiler's runtime. An installation takes the same files along.
+# Copies the run-time dependencies of a Windows build to the folders of its programs: Qt, its TLS
+# plugins, OpenSSL and the compiler runtime. QuorinPackage.cmake installs the same files.
 
 set(QUORIN_RUNTIME_FILES "$<TARGET_FILE:Qt6::Core>" "$<TARGET_FILE:Qt6::Network>")
 
-# Qt asks for its TLS implementation at run time, and looks for it in "tls" beside the program.
+# Qt loads its TLS plugin at run time from the subfolder "tls" of the program's folder.
 file(GLOB QUORIN_RUNTIME_TLS_PLUGINS
      "${QT6_INSTALL_PREFIX}/${QT6_INSTALL_PLUGINS}/tls/*${CMAKE_SHARED_LIBRARY_SUFFIX}")
 
@@ -13,7 +13,7 @@ foreach(library IN ITEMS libcrypto-3-x64.dll libssl-3-x64.dll)
   if(QUORIN_RUNTIME_${library})
     list(APPEND QUORIN_RUNTIME_FILES "${QUORIN_RUNTIME_${library}}")
   else()
-    message(WARNING "${library} was not found; HTTPS needs it beside the programs")
+    message(WARNING "${library} was not found; HTTPS needs it in the folder of the programs")
   endif()
 endforeach()
 
@@ -23,9 +23,9 @@ if(MINGW)
                     OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE
                     COMMAND_ERROR_IS_FATAL ANY)
     if(NOT EXISTS "${file}")
-      message(FATAL_ERROR "${library} does not come with ${CMAKE_CXX_COMPILER}")
+      message(FATAL_ERROR "${CMAKE_CXX_COMPILER} does not provide ${library}")
     endif()
-    # Debian's are several times as large for their debug information.
+    # With their debug information, Debian's libraries are several times as large.
     set(stripped "${CMAKE_BINARY_DIR}/runtime/${library}")
     file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
     execute_process(COMMAND "${CMAKE_STRIP}" --strip-unneeded -o "${stripped}" "${file}"
@@ -36,8 +36,8 @@ else()
   include(InstallRequiredSystemLibraries)
 endif()
 
-# What the authors of these libraries ask to be handed on with them; scripts/build-windows keeps it
-# beside each library.
+# The licences that must be distributed with these libraries. scripts/build-windows stores them in
+# the prefix of each library.
 set(QUORIN_LICENCES "")
 foreach(prefix IN LISTS CMAKE_PREFIX_PATH)
   if(IS_DIRECTORY "${prefix}/licences")
@@ -50,7 +50,7 @@ if(BUILD_TESTING)
   list(APPEND runtime_folders "${CMAKE_BINARY_DIR}/tests")
 endif()
 add_custom_target(quorin_windows_runtime ALL
-  COMMENT "Putting the libraries they need beside the programs")
+  COMMENT "Copying run-time libraries to the folders of the programs")
 foreach(folder IN LISTS runtime_folders)
   add_custom_command(TARGET quorin_windows_runtime POST_BUILD
     COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}/tls"

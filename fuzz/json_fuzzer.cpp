@@ -54,7 +54,7 @@ private:
 };
 
 // Equality, except that a double may read back as an integer: the writer adds no fraction to a
-// whole number.
+// double without one.
 bool isSameAfterRoundTrip(const Value& original, const Value& readBack) {
     if (original.kind() == ravenjson::Kind::Double && readBack.isInteger()) {
         return original.floating() == static_cast<double>(readBack.integer());

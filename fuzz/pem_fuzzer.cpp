@@ -18,7 +18,7 @@
 
 namespace {
 
-using namespace platform;
+using namespace quorin::platform;
 
 constexpr std::array<const char*, 7> kLabels{nullptr, // PEM text
                                              "CERTIFICATE",     "PRIVATE KEY",

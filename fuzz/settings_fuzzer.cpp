@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void checkBounds(const GatewaySettings& settings) {
+void checkBounds(const quorin::GatewaySettings& settings) {
     for (const std::int32_t number :
          {settings.Port, settings.MaxUserSession, settings.MaxTCPConnection,
           settings.ConnectionTimeout, settings.HTTPRequestTimeout, settings.ThreadReadBufferSize,
@@ -46,12 +46,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool isPrimary = data[0] % 2 == 0;
     try {
         quorin::loadSettings(folder.path(name), isPrimary);
-        checkBounds(GatewaySettings::instance());
-        require(!isPrimary || !GatewaySettings::instance().GatewayAddress.isEmpty(),
+        checkBounds(quorin::GatewaySettings::instance());
+        require(!isPrimary || !quorin::GatewaySettings::instance().GatewayAddress.isEmpty(),
                 "a primary gateway has an address");
-    } catch (const GatewayException& exception) {
-        require(exception.message().startsWith(u"[End] "),
-                "the error is a fatal one with a description");
+    } catch (const quorin::GatewayException& exception) {
+        require(exception.message().startsWith(u"[End] "), "the error has a description");
     }
     return 0;
 }

@@ -1,6 +1,6 @@
-// Requests an arbitrary target with GET or DELETE, selected by the first byte. The document root is
-// surrounded by files that must not be served.
-//   - Every request gets a reply, and a failed request no 2xx status.
+// Requests an arbitrary target with GET or DELETE, selected by the first byte. Around the document
+// root are files that must not be served.
+//   - Every request gets a reply. A failed request does not get a 2xx status.
 //   - Only files below the root are sent.
 //   - No file changes except a notification document that is reset.
 
@@ -117,8 +117,8 @@ int initialize() {
     static char name[] = "fuzzer";
     static char* arguments[] = {name, nullptr};
     static const QCoreApplication application(argumentCount, arguments);
-    GatewaySettings::instance().ThreadReadBufferSize = 4096;
-    GatewaySettings::instance().HTTPRequestTimeout = 600;
+    quorin::GatewaySettings::instance().ThreadReadBufferSize = 4096;
+    quorin::GatewaySettings::instance().HTTPRequestTimeout = 600;
     return 0;
 }
 
@@ -147,7 +147,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     bool isServed = true;
     try {
         quorin::route(context, request);
-    } catch (const GatewayException&) {
+    } catch (const quorin::GatewayException&) {
         isServed = false;
     }
     checkReply(connection.received(), isServed);

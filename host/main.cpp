@@ -1,10 +1,10 @@
 // quorin-gateway: starts and stops the gateway.
 
-#include "control.h"
 #include "platform/command_line.h"
 #include "platform/descriptors.h"
 #include "platform/shared_library.h"
 #include "platform/termination.h"
+#include "stop_command.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -16,8 +16,8 @@
 
 namespace {
 
-// A gateway that runs may also end the process, with 1 or 2. The last two are EX_USAGE and
-// EX_NOPERM of the BSD convention (sysexits).
+// The gateway itself ends the process with 1 or 2 if its start fails. The last two codes are
+// EX_USAGE and EX_NOPERM of sysexits.h.
 enum ExitCode : int { kOk = 0, kFailed = 1, kUsageError = 64, kPermissionDenied = 77 };
 
 constexpr const char* kUsage = "usage: quorin-gateway run SETTINGS primary|secondary\n"
@@ -55,8 +55,8 @@ int reportUsageError(const std::string& message) {
 bool stopOnTermination() {
     bool isStopping = false;
     const std::unique_ptr<QThread> thread(QThread::create([&isStopping] {
-        isStopping =
-            quorin::tellToStop(quorin::Gateway::OfThisProcess) == quorin::StopResult::Delivered;
+        isStopping = quorin::sendStopCommand(quorin::StopTarget::GatewayOfThisProcess) ==
+                     quorin::StopResult::Delivered;
     }));
     thread->start();
     thread->wait();
@@ -82,7 +82,7 @@ int run(std::string program, std::string settings, std::string group) {
 
 int stop(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    switch (quorin::tellToStop(quorin::Gateway::Any)) {
+    switch (quorin::sendStopCommand(quorin::StopTarget::AnyGateway)) {
     case quorin::StopResult::Delivered:
         return kOk;
     case quorin::StopResult::AccessDenied:

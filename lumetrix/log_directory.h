@@ -27,7 +27,8 @@ public:
     std::vector<std::string> lines() const { return linesIn(path_); }
     static std::vector<std::string> linesIn(const std::filesystem::path& directory);
 
-    // The text after "msg:" of each line. A line that does not match the format is returned whole.
+    // The text after "msg:" of each line. A line that does not match the format is returned
+    // unchanged.
     std::vector<std::string> messages() const { return messagesOf(lines()); }
     static std::vector<std::string> messagesOf(const std::vector<std::string>& lines);
 

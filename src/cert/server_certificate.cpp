@@ -24,8 +24,8 @@ namespace {
 // In search order.
 constexpr std::array<QStringView, 2> kStoreNames{u"WebHosting", u"My"};
 
-// Compares the whole name, ignoring the case of ASCII letters. There are no wildcards: an asterisk
-// matches only an asterisk. Empty names in the certificate match nothing, not even an empty `name`.
+// Compares the complete name, ignoring the case of ASCII letters. An asterisk is not a wildcard
+// (docs/compatibility.md). Empty names in the certificate match nothing, not even an empty `name`.
 bool hasName(const platform::Certificate& certificate, QByteArrayView name) {
     const auto matches = [name](QByteArrayView candidate) {
         return !candidate.empty() && candidate.compare(name, Qt::CaseInsensitive) == 0;

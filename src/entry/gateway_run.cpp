@@ -93,7 +93,7 @@ void serve(QCoreApplication& application, const QString& baseDirectory) {
 
 } // namespace
 
-Outcome runGateway(QCoreApplication& application, int argc, char** argv) {
+RunOutcome runGateway(QCoreApplication& application, int argc, char** argv) {
     QSharedMemory guard;
     try {
         takeGuard(guard);
@@ -101,7 +101,7 @@ Outcome runGateway(QCoreApplication& application, int argc, char** argv) {
             failStart(u"The arguments must be three"_s);
         }
         if (!platform::shellFoldersAvailable()) {
-            return Outcome::Failed; // without a log line: the log is not set up yet
+            return RunOutcome::Failed; // without a log line: the log is not set up yet
         }
         const QString baseDirectory =
             platform::commonApplicationDataFolder() + u'/' + platform::kProductFolder;
@@ -111,19 +111,19 @@ Outcome runGateway(QCoreApplication& application, int argc, char** argv) {
         serve(application, baseDirectory);
         logEnd(argumentText(argc, argv), kSuccess);
         QuorinGatewayApplicationLogger::shutDownLog();
-        return Outcome::Stopped;
+        return RunOutcome::Stopped;
     } catch (const GatewayException& exception) {
         log::error(exception.message());
         switch (exception.kind()) {
         case GatewayException::Fatal:
             logEnd(argumentText(argc, argv), kFailure);
             QuorinGatewayApplicationLogger::shutDownLog();
-            return Outcome::Failed;
+            return RunOutcome::Failed;
         case GatewayException::DuplicateInstance:
             QuorinGatewayApplicationLogger::shutDownLog();
-            return Outcome::DuplicateInstance;
+            return RunOutcome::DuplicateInstance;
         default:
-            return Outcome::Stopped;
+            return RunOutcome::Stopped;
         }
     }
 }

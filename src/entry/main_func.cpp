@@ -12,11 +12,11 @@ int QuorinGatewayHttpMainFunc(int argc, char** argv) {
     // host's own tasks on Qt's global thread pool.
     QCoreApplication application(argc, argv);
     switch (quorin::runGateway(application, argc, argv)) {
-    case quorin::Outcome::Failed:
+    case quorin::RunOutcome::Failed:
         std::exit(EXIT_FAILURE);
-    case quorin::Outcome::DuplicateInstance:
+    case quorin::RunOutcome::DuplicateInstance:
         std::exit(duplicateInstance);
-    case quorin::Outcome::Stopped:
+    case quorin::RunOutcome::Stopped:
         break;
     }
     return 0;

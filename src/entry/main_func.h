@@ -2,13 +2,13 @@
 
 #include <QtGlobal>
 
-// The library's one export: runs a complete gateway on the calling thread and returns 0 after it
-// was stopped through the control channel.
+// The only exported function of the library. Runs a complete gateway on the calling thread and
+// returns 0 after the stop command on the control pipe.
 //
-// `argc` is 3; `argv` holds the program's name, the path of the settings file (UTF-8) and "primary"
-// or "secondary".
+// `argc` must be 3; `argv` contains the program's name, the path of the settings file (UTF-8) and
+// "primary" or "secondary".
 //
-// Fatal errors end the whole process with exit code 1, or 2 if another gateway runs on this
-// machine; tasks of the host on Qt's global thread pool do not delay that. No other thread of the
-// host may use Qt's application object meanwhile.
+// A fatal error ends the process with exit code 1, or 2 if another gateway runs on this machine.
+// Tasks of the host in Qt's global thread pool do not delay that. The host must not have a
+// QCoreApplication: this function creates it, and no other thread may use it during the call.
 extern "C" Q_DECL_EXPORT int QuorinGatewayHttpMainFunc(int argc, char** argv);

@@ -12,7 +12,7 @@ struct RequestContext;
 //     GET fwfiles/a.zip - -  200 0
 //
 // method, target without its first character, " - - ", remote address (always empty), status,
-// duration in milliseconds (always 0).
+// duration in milliseconds (always 0); see docs/compatibility.md.
 [[nodiscard]] QString accessLine(const RequestContext& context, QStringView status);
 
 } // namespace quorin

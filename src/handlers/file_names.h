@@ -2,7 +2,7 @@
 
 #include <QStringView>
 
-// Names of files and folders with a special meaning for the gateway.
+// Names of files and folders that the gateway treats specially.
 namespace quorin {
 
 inline constexpr QStringView kApiFolder = u"api";

@@ -6,14 +6,14 @@ namespace quorin {
 
 struct RequestContext;
 
-// Returns true if `target` names a file of a kind that is served to few clients at a time: the
-// extension is "zip" or "exe" in any letter case. The extension is the text after the last "." of
-// the text after the last back-slash; slashes do not separate components.
+// Returns true if `target` has the extension of a large file, "zip" or "exe" in any letter case
+// (docs/compatibility.md). The extension is the text after the last "." of
+// the text after the last backslash; slashes do not separate components.
 [[nodiscard]] bool isLargeFile(std::string_view target);
 
-// Refuses the request for a large file with status 503 if the request queue is in use and more
-// than MaxLargeFileRequest pool threads are active, including this one. Throws then like refuse(),
-// with a log line at debug level only.
+// If `target` is a large file, connections are queued and more than MaxLargeFileRequest pool
+// threads are active, including this one: sends status 503, logs that at debug level only and
+// throws a silent GatewayException of kind Request. Otherwise does nothing.
 void enforceLargeFileLimit(RequestContext& context, std::string_view target);
 
 } // namespace quorin

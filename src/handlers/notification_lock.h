@@ -15,7 +15,7 @@ namespace quorin {
 
 // The lock file of a notification file: its staging path followed by ".lock". Every process that
 // reads or rewrites a notification file, including the one that writes notifications, holds the
-// lock meanwhile. The destructor releases it.
+// lock while it does so. The destructor releases it.
 class NotificationLock {
 public:
     static constexpr int kAttempts = 5;

@@ -92,8 +92,8 @@ std::optional<ravenjson::Value> readDocument(const QString& path) {
     return document;
 }
 
-// Writes the document and flushes it to the disk, so that no power cut leaves an empty or partial
-// notification after the file is moved. Returns false if any of this fails.
+// Writes the document and flushes it to the disk, so that a power failure after the rename cannot
+// leave an empty or partial notification. Returns false if any of this fails.
 bool writeDocument(const ravenjson::Value& document, const QString& path) {
     std::string text;
     std::string error;

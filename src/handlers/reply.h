@@ -16,8 +16,8 @@ struct Response;
 }
 
 // Sends replies. A reply counts as sent when the system has all its bytes, including those that
-// TLS adds: the system delivers them even after the worker is gone. All functions run on the
-// thread of their socket.
+// TLS adds: it delivers them even after the worker is deleted. Call each function on the thread of
+// its socket.
 namespace quorin {
 
 // The time limit for sending a reply or a chunk of a file.
@@ -31,7 +31,7 @@ inline constexpr std::chrono::seconds kSendTimeout{30};
 [[nodiscard]] QByteArray serialized(const http::Response& response);
 
 // Writes `bytes` to the socket's buffer if it is connected. Writing to a disconnected socket would
-// have Qt print a warning. Over TLS the socket shares `bytes` until they are encrypted.
+// make Qt print a warning. Over TLS the socket shares `bytes` until they are encrypted.
 void writeIfConnected(QAbstractSocket& socket, const QByteArray& bytes);
 
 // Sends `bytes`, checking every 10 ms whether they have been sent. Throws a GatewayException of
@@ -47,11 +47,11 @@ void replyStatus(QSslSocket& socket, http::Status status);
 // invalid or the deadline expires first.
 [[nodiscard]] bool flushUntilSent(QAbstractSocket& socket, const QDeadlineTimer& deadline);
 
-// Returns the number of bytes written to `socket` that the system does not have yet.
+// Returns the number of bytes in the buffers of `socket` that the system has not taken yet.
 [[nodiscard]] qint64 unsentBytes(const QAbstractSocket& socket);
 
-// Waits until everything written to `socket` is sent, the deadline expires or the peer disconnects,
-// which the socket's disconnected() reports.
+// Waits until all bytes written to `socket` are sent, the deadline expires or the peer disconnects.
+// The last is reported by the socket's disconnected().
 void waitUntilSent(QSslSocket& socket, const QDeadlineTimer& deadline = kSendTimeout);
 
 } // namespace quorin

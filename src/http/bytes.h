@@ -9,7 +9,7 @@ namespace quorin::http {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Views of the same memory as bytes and as text. Not owned; valid as long as the memory is.
+// Return a view of the same memory as bytes or as text, valid as long as the memory is.
 inline std::span<const std::uint8_t> asBytes(std::string_view text) noexcept {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }

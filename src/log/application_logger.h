@@ -18,9 +18,9 @@ struct ApplicationLogSettings {
     QString level;               // "debug", "info", "warn" or "error" in any case; else "info"
 };
 
-// The process-wide log; log.h is the short way to write to it. The first use loads the logging
-// library; if it cannot be loaded, nothing is logged. Levels are not filtered here: the library
-// decides which lines it writes. Thread-safe.
+// The log of this process. Use the functions of log/log.h to write to it. The first use loads the
+// logging library; if it cannot be loaded, nothing is logged. Levels are not filtered here: the
+// library decides which lines it writes. Thread-safe.
 class QuorinGatewayApplicationLogger : public lumetrix::Logger {
 public:
     static void logDebug(const QString& message) { write(lumetrix::Level::Debug, message); }

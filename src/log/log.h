@@ -8,7 +8,8 @@
 #include <type_traits>
 #include <utility>
 
-// The short way to write a message to the gateway's log. Thread-safe.
+// Functions that write a message to the gateway's log. Thread-safe; they do not throw except
+// std::bad_alloc.
 namespace quorin::log {
 
 inline void debug(const QString& message) {

@@ -36,8 +36,8 @@ struct Functions {
 };
 
 // A logger of the logging library, which is loaded at run time and unloaded by the destructor. A
-// member function does nothing if the library function that it calls is missing: the gateway runs
-// without a log rather than not at all.
+// member function does nothing if the library function that it calls is missing: the gateway then
+// runs without a log (docs/compatibility.md).
 //
 // Thread-safe if the library functions are; lumetrix_log must be.
 class Logger {

@@ -13,8 +13,9 @@
 #include <vector>
 
 // Access to the system's certificate stores. The classes are interfaces so that tests can simulate
-// each failure of the system; localMachineCertificates() returns the real implementation. Nothing
-// here logs or throws anything but std::bad_alloc: callers interpret the results.
+// each failure of the system. localMachineCertificates() returns the real implementation, which is
+// in windows/certificate_store.cpp and, for certificates in files, unix/certificate_folders.cpp.
+// Functions do not log, and throw only std::bad_alloc; callers interpret the results.
 //
 // The objects are not thread-safe. Each owns its system resources. A certificate may outlive its
 // store; a key handle must not outlive its certificate.

@@ -11,16 +11,18 @@ class QLocalSocket;
 
 namespace quorin::platform {
 
-// The pipe through which a controlling process stops the gateway: it connects, writes "quit" and
-// disconnects. The gateway writes nothing back.
+// The local pipe on which the gateway accepts the stop command. A controller connects, writes
+// "quit" and disconnects. The gateway writes nothing to the pipe.
 inline constexpr QStringView kControlPipeName = u"\\\\.\\pipe\\TO_GATEWAY_HTTP_SERVER";
-// As UTF-8; a byte order mark may precede it, and everything from the first NUL on is ignored.
+// The stop command in UTF-8. A byte order mark before it, and everything from the first NUL on, is
+// ignored.
 inline constexpr QByteArrayView kQuitCommand = "quit";
 // How long the gateway waits for a connected controller to write.
 inline constexpr std::chrono::seconds kCommandTimeout{30};
 
-// Prepares `server` to listen on the pipe `name`: removes a stale pipe file of that name and sets
-// the access rights that are usual on this system. Call before listen().
+// Prepares `server` to listen on the pipe `name`. On Linux removes a stale socket file of that name
+// and restricts access to the user of this process; on Windows the system's default access rights
+// apply. Call before listen().
 void prepareControlPipe(QLocalServer& server, const QString& name);
 
 // Returns true if `pipe` is connected to a server in this process.

@@ -11,22 +11,22 @@ inline constexpr QStringView kProductFolder = u"Vemo/Quorin5";
 
 // Returns false if the system library that provides the shell folders cannot be loaded; the gateway
 // must not start then. Always returns true on systems that do not need such a library.
-bool shellFoldersAvailable();
+[[nodiscard]] bool shellFoldersAvailable();
 
 // Returns the machine-wide folder for application data without a trailing separator, or an empty
 // text if the system has none.
-QString commonApplicationDataFolder();
+[[nodiscard]] QString commonApplicationDataFolder();
 
 // Returns the same folder for the log configuration. On Windows the ANSI function is used: the
 // result is empty if the path is too long for it.
-QString commonApplicationDataFolderForLog();
+[[nodiscard]] QString commonApplicationDataFolderForLog();
 
 // Joins two paths: always appends the system's separator to `left`, and removes one leading
 // separator from `right`.
-QString joinPath(const QString& left, const QString& right);
+[[nodiscard]] QString joinPath(const QString& left, const QString& right);
 
 // Returns true if `path` is an existing directory.
-bool isDirectory(const QString& path);
+[[nodiscard]] bool isDirectory(const QString& path);
 
 // Creates the directory `path` and its parents. Returns false if it does not exist afterwards.
 bool makeDirectoryPath(const QString& path);

@@ -2,8 +2,8 @@
 
 namespace quorin::platform {
 
-// The backlog to listen with so that the system keeps as many connections as it can until they are
-// accepted. The system lowers it to its own maximum.
+// Returns the backlog with which the system queues as many connections as it can until they are
+// accepted. The system reduces it to its own maximum.
 [[nodiscard]] int longestListenBacklog() noexcept;
 
 } // namespace quorin::platform

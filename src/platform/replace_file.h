@@ -6,18 +6,18 @@ class QFile;
 
 namespace quorin::platform {
 
-// Writes the content of `file`, which is open for writing, from its own and the system's buffers
-// to the disk. Returns false if either fails.
+// Flushes `file`, which is open for writing, to the disk: first its own buffer, then the system's.
+// Returns false if either fails.
 [[nodiscard]] bool flushToDisk(QFile& file);
 
-// Moves the file `from` to `to` in one step, over the file `to` if it exists: a process that opens
-// `to` meanwhile finds the old content or the new one, never a part. Both are on one volume.
-// Returns false, with both files unchanged, if the system refuses.
+// Renames the file `from` to `to` atomically and replaces `to` if it exists: a process that opens
+// `to` at the same time reads the complete old or the complete new content. Both paths must be on
+// the same volume. Returns false, with both files unchanged, if the system refuses.
 //
-// The move itself is on the disk when this returns, so that it survives a power cut if the content
-// of `from` was flushed before. Exception: a folder that cannot be flushed, as on some network file
-// systems, is not an error, since the move has been made and cannot be undone. A power cut may then
-// bring back the old content, complete.
+// The rename has been flushed to the disk when this returns. It survives a power failure if the
+// content of `from` was flushed before. A folder that cannot be flushed, as on some network file
+// systems, is not an error, because the rename cannot be undone; a power failure may then restore
+// the complete old content.
 [[nodiscard]] bool replaceFile(const QString& from, const QString& to);
 
 } // namespace quorin::platform

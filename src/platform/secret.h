@@ -13,8 +13,9 @@ namespace quorin::platform {
 // Overwrites `size` bytes at `memory` with zeros. The compiler cannot optimise the writes away.
 void wipe(void* memory, std::size_t size) noexcept;
 
-// A byte buffer for secrets, wiped before it is freed. Cannot be copied or grown, since both could
-// leave copies in memory. Not thread-safe.
+// A byte buffer for private keys. Wiped before it is freed: otherwise the key would remain in freed
+// memory and could appear in a core dump. Cannot be copied or enlarged, since both could leave
+// copies in memory. Not thread-safe.
 class SecretBytes {
 public:
     SecretBytes() = default;
@@ -39,12 +40,12 @@ public:
         for (const QByteArrayView part : parts) {
             size += static_cast<std::size_t>(part.size());
         }
-        SecretBytes whole(size);
-        char* end = whole.data();
+        SecretBytes result(size);
+        char* end = result.data();
         for (const QByteArrayView part : parts) {
             end = std::copy(part.begin(), part.end(), end);
         }
-        return whole;
+        return result;
     }
 
     [[nodiscard]] char* data() noexcept { return bytes_.get(); }

@@ -7,8 +7,8 @@ namespace quorin::platform {
 
 // Passes requests to end the process to a function: SIGTERM and SIGINT, or Ctrl-C, closing the
 // console, logging off and shutdown on Windows. Also ignores SIGUSR2, whose default action would
-// end the process. The destructor restores the previous behavior. Create it before any other thread
-// is started. At most one per process.
+// end the process. The destructor restores the previous behaviour. Create it before any other
+// thread is started. At most one per process.
 class TerminationWatch {
 public:
     // The first request calls `onTermination` once, on a thread of the watch. If it returns true,

@@ -2,9 +2,9 @@
 
 namespace quorin::platform {
 
-// False when the system cannot start another thread now, for want of memory or because the process
-// has as many as it may have. Found out by starting one that does nothing; where that is not
-// needed to know it, the answer is true.
+// Returns false if the system cannot start another thread now because memory or the limit of
+// threads is exhausted. Checks this by starting a thread that does nothing. Always returns true on
+// Windows. Thread-safe.
 [[nodiscard]] bool canStartThread();
 
 } // namespace quorin::platform

@@ -2,12 +2,13 @@
 
 namespace quorin::platform {
 
-// Creates OpenSSL's TLS contexts without a server-side session cache. Without it, every TLS 1.2
-// session of a client that takes no ticket stays in memory for as long as its context lives.
+// Disables the server-side session cache of OpenSSL's TLS contexts. Without this class, each
+// TLS 1.2 session of a client that does not use session tickets remains in memory until its context
+// is destroyed.
 //
-// Qt has no option for this and does not hand out the contexts that it creates. OpenSSL reports
-// each new context to a callback, which the object registers. Construct it after Qt has loaded its
-// TLS backend; does nothing if that is not OpenSSL.
+// Qt has no option for this and no access to the contexts that it creates. OpenSSL reports each new
+// context to a callback, which the constructor registers and the destructor removes. Construct the
+// object after Qt has loaded its TLS backend. Does nothing if that is not OpenSSL.
 class UncachedTlsContexts {
 public:
     UncachedTlsContexts();

@@ -6,21 +6,23 @@ namespace quorin {
 
 namespace {
 
-// What a worker may open besides its connection: its event loop, the file that it sends, that
-// file's lock, and for a moment one more (another process's stale lock, or the table of content
-// types).
+// Descriptors that a worker may open besides its connection: its event loop, the file that it
+// sends, that file's lock, and briefly one more (another process's stale lock, or the table of
+// content types).
 constexpr qintptr kPerQueued = 4;
 
-// Of these an active worker has its event loop, and usually the file.
+// Those of them that an active worker may not have opened yet: it already has its event loop, and
+// usually the file.
 constexpr qintptr kPerActive = 2;
 
-// For the control channel, the log, and what the host opens between two counts.
+// For the control pipe, the log, and descriptors that the host opens between two counts.
 constexpr qintptr kSpare = 8;
 
-// A connection and all that its worker may open.
+// A connection and all descriptors that its worker may open.
 constexpr qintptr kPerConnection = 1 + kPerQueued;
 
-// A count leaves this part of what is free to the host until the next count.
+// Connections may use only 1/kHostShare of the free descriptors until the next count. The rest is
+// left to the host.
 constexpr qintptr kHostShare = 2;
 
 } // namespace

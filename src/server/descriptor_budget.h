@@ -10,23 +10,23 @@
 
 namespace quorin {
 
-// Decides whether the process has enough descriptors for one more connection, where the system
-// limits what a process may have open. Keeps descriptors for the workers of the connections that
-// were admitted: without one for its event loop a worker cannot run, and without one for its file a
-// request fails. Used on the main thread.
+// Decides whether the process has enough descriptors for one more connection, if the system limits
+// their number. Reserves descriptors for the workers of admitted connections. Without this class,
+// waiting connections would use up all descriptors, and workers could open neither their event loop
+// nor their file. Main thread only.
 class DescriptorBudget {
 public:
-    // The functions replace the system's answers in tests.
+    // Tests pass functions that simulate the system.
     explicit DescriptorBudget(
         std::function<std::optional<qintptr>()> limit = platform::descriptorLimit,
         std::function<std::optional<qintptr>()> openDescriptors = platform::openDescriptors);
 
     // Returns true if one more connection may be accepted while `active` workers run and `queued`
-    // connections wait for one. The caller then accepts it. Counts what is open only when the
-    // connections that the last count allowed are used up.
+    // connections wait. The caller then accepts it. Counts the open descriptors only when the
+    // connections that the previous count allowed are used up.
     [[nodiscard]] bool admitsAnother(int active, std::size_t queued);
 
-    // Makes the next call count. To be called when the system had no descriptor left.
+    // Makes the next admitsAnother() count. Call when the system has no free descriptor.
     void countNext() noexcept { uncounted_ = 0; }
 
 private:

@@ -18,7 +18,8 @@ inline void pause(std::chrono::microseconds time) {
 }
 
 // Calls `attempt` until it succeeds, at most 20 times, with a pause of half a second after each
-// failure: about 10 seconds for what another process may hold. Returns false if all calls failed.
+// failure: another process has about 10 seconds to release a resource. Returns false if all calls
+// fail.
 template<std::predicate Attempt>
 [[nodiscard]] bool retry(Attempt&& attempt) {
     constexpr int attempts = 20;

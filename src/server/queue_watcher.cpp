@@ -42,8 +42,6 @@ void QueueWatcher::startQueuedWorkers() {
     }
 }
 
-// Without this check, a pool whose new thread fails to start counts its task as active for ever,
-// and a quit would wait for it.
 bool QueueWatcher::hasThreadFor(int active) {
     if (active > startedThreads_) {
         if (!platform::canStartThread()) {

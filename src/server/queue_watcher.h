@@ -10,31 +10,35 @@ namespace quorin {
 
 class RequestQueue;
 
-// The thread that moves queued workers from the request queue to the pool, in their order of
-// arrival and never more than MaxUserSession at once. It polls every 10 ms while the queue has
-// workers, else every 100 ms. Once quitting is requested it starts no more workers.
+// The thread that starts queued workers on the pool, in their order of arrival, while fewer than
+// MaxUserSession are active. It polls every 10 ms while the queue contains workers, otherwise every
+// 100 ms. It starts no workers after a quit has been requested.
 class QueueWatcher : public QThread {
     Q_OBJECT
 
 public:
-    // All three outlive the watcher. The threads of `pool` do not expire.
+    // All three objects must outlive the watcher. The threads of `pool` must not expire.
     QueueWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool, RequestQueue* queue);
     // Stops the thread and waits for it.
     ~QueueWatcher() override;
 
     void run() override;
 
-    // Asks the thread to end after its current sleep; returns at once. From any thread.
+    // Requests the thread to end after its current sleep; returns at once. Thread-safe. A request
+    // made before run() has started is lost.
     void Stop() { stopRequested_ = true; }
 
 private:
     void startQueuedWorkers();
+    // Returns false if the pool would need a new thread for its `active`th task and the system
+    // cannot start one. Without this check, a pool whose new thread fails to start would count the
+    // task as active forever, and a quit would wait for it.
     [[nodiscard]] bool hasThreadFor(int active);
 
     const std::atomic<bool>* quitFlag_;
     QThreadPool* pool_;
     RequestQueue* queue_;
-    int startedThreads_ = 0; // pool threads known to exist; they do not expire
+    int startedThreads_ = 0; // threads that the pool has started; they do not expire
     std::atomic<bool> stopRequested_ = false;
 };
 

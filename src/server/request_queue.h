@@ -9,8 +9,8 @@ namespace quorin {
 
 class Worker;
 
-// Accepted connections whose worker has not been started yet, first in, first out. Owns the
-// workers. The main thread appends, the queue watcher takes; any thread may call any function.
+// The workers of accepted connections that have not been started yet, first in, first out. Owns the
+// workers. Thread-safe; the main thread appends and the queue watcher takes.
 class RequestQueue {
 public:
     RequestQueue();
@@ -18,7 +18,7 @@ public:
 
     void append(std::unique_ptr<Worker> worker);
 
-    // Removes and returns the worker that has waited longest; null if the queue is empty.
+    // Removes and returns the worker that has waited longest, or null if the queue is empty.
     [[nodiscard]] std::unique_ptr<Worker> takeFirst();
 
     [[nodiscard]] std::size_t size() const;

@@ -6,7 +6,7 @@
 #include <memory>
 #include <utility>
 
-// For tests of the watchers.
+// Test support for the watchers.
 namespace quorin::test {
 
 // Keeps one thread of a pool busy until release() or the destructor.

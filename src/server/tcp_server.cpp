@@ -34,7 +34,7 @@ namespace {
 // Passes of kIdlePoll after which a watcher that is still running is terminated.
 constexpr int kStopPasses = 11;
 
-// None is ever pending, since each goes to the queue; any number above 0 will do.
+// Connections go to the request queue and are never pending. Any number above 0 enables accepting.
 constexpr int kPendingConnections = 1;
 
 } // namespace
@@ -59,7 +59,7 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     queueWatcher_ = std::make_unique<QueueWatcher>(&serverContext_->quitRequested,
                                                    QThreadPool::globalInstance(), &requestQueue_);
     queueWatcher_->start(QThread::InheritPriority);
-    openControlChannel();
+    openControlPipe();
 
     setListenBacklogSize(platform::longestListenBacklog());
     connect(this, &QTcpServer::acceptError, this, &TcpServer::recoverFromAcceptError);
@@ -93,7 +93,7 @@ void TcpServer::loadCertificate() {
     serverContext_->tls.configure(tlsConfiguration(certificate, privateKey));
 }
 
-void TcpServer::openControlChannel() {
+void TcpServer::openControlPipe() {
     const QString pipe = platform::kControlPipeName.toString();
     if (!retry([&] { return localServer_->listen(pipe); })) {
         throw GatewayException(GatewayException::Fatal,
@@ -119,8 +119,7 @@ void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
     }
 }
 
-// New connections wait in the system. pauseAccepting() alone would not end the loop in which
-// QTcpServer may be accepting now.
+// pauseAccepting() alone would not end the loop in which QTcpServer may be accepting now.
 void TcpServer::pauseAdmission() {
     setMaxPendingConnections(0);
     pauseAccepting();
@@ -132,7 +131,7 @@ void TcpServer::pauseAdmission() {
 
 void TcpServer::resumeAdmission() {
     if (!isListening()) {
-        admissionTimer_.stop(); // quitting was requested meanwhile
+        admissionTimer_.stop(); // a quit has been requested since the pause
         return;
     }
     if (hasDescriptorsForAnother()) {
@@ -146,7 +145,7 @@ void TcpServer::incomingConnection(qintptr socketDescriptor) {
     try {
         admit(platform::SocketDescriptor(socketDescriptor));
     } catch (const std::bad_alloc&) {
-        // The connection is closed already; later ones are served once there is memory.
+        // The connection is closed already. Later ones are served when memory is available.
     }
 }
 

@@ -18,27 +18,28 @@ namespace quorin {
 class QueueWatcher;
 class ThreadPoolWatcher;
 
-// The listening socket of the gateway. Owns the request queue, the control channel and the two
-// watcher threads, and shares ownership of the ServerContext with the workers. Main thread only.
+// The listening socket of the gateway. Owns the request queue, the control pipe and the two watcher
+// threads, and shares ownership of the ServerContext with the workers. Main thread only.
 class TcpServer : public QTcpServer {
     Q_OBJECT
 
 public:
-    // Prepares everything except listening: the caller calls listen() next. Throws a fatal
-    // GatewayException if the control channel cannot be opened. `application` outlives the server,
-    // which exits its event loop when a quit is complete.
+    // Opens the control pipe and starts the watchers; the caller calls listen() next. Throws a
+    // fatal GatewayException if the control pipe cannot be opened, or if HTTPS is enabled and Qt
+    // has no usable TLS backend. `application` must outlive the server, which exits its event loop
+    // when a quit is complete.
     TcpServer(QCoreApplication* application, const QString& documentRoot);
     // Does not wait for workers.
     ~TcpServer() override;
 
 public Q_SLOTS:
-    // Reads one command from the control channel.
+    // Reads one command from the control pipe; waits up to kCommandTimeout for it.
     void LocalServerNewConnection();
-    // Ends the event loop: all workers have ended after a quit.
+    // Ends the event loop. Called when all workers have ended after a quit.
     void QuitWatcherSatisfied();
 
 protected:
-    // Queues the connection. In legacy mode refuses it if MaxUserSession is reached or too few
+    // Queues the connection. In legacy mode, refuses it if MaxUserSession is reached or too few
     // descriptors are free.
     void incomingConnection(qintptr socketDescriptor) override;
 
@@ -46,10 +47,13 @@ private:
     void logReplyScheme() const;
     void logListeningMode() const;
     void loadCertificate();
-    void openControlChannel();
+    void openControlPipe();
     void admit(platform::SocketDescriptor descriptor);
     [[nodiscard]] bool hasDescriptorsForAnother();
     void recoverFromAcceptError(QAbstractSocket::SocketError error);
+    // Stops accepting until enough descriptors are free; new connections wait in the system.
+    // Without this, waiting connections would use up the descriptors that workers need for their
+    // files.
     void pauseAdmission();
     void resumeAdmission();
     void stopWatchers();

@@ -14,14 +14,15 @@ class ThreadPoolWatcher : public QThread {
     Q_OBJECT
 
 public:
-    // Both outlive the watcher.
+    // Both objects must outlive the watcher.
     ThreadPoolWatcher(const std::atomic<bool>* quitFlag, QThreadPool* pool);
     // Stops the thread and waits for it.
     ~ThreadPoolWatcher() override;
 
     void run() override;
 
-    // Asks the thread to end after its current sleep; returns at once. From any thread.
+    // Requests the thread to end after its current sleep; returns at once. Thread-safe. A request
+    // made before run() has started is lost.
     void Stop() { stopRequested_ = true; }
 
 Q_SIGNALS:

@@ -1,4 +1,4 @@
-#undef QT_NO_KEYWORDS // Qt's private header uses them
+#undef QT_NO_KEYWORDS // Qt's private header uses the keywords
 
 #include "worker/shared_tls.h"
 

@@ -16,20 +16,22 @@ class QSslSocket;
 namespace quorin {
 
 // The TLS configuration of one server, shared by all its connections: the Qt configuration and the
-// OpenSSL context that Qt creates from it. Creating a context for each connection would take longer
-// than the rest of the handshake.
+// OpenSSL context that Qt creates from it. Without this class, Qt would create a context for each
+// connection, which takes nearly as long as the rest of the handshake (docs/performance.md).
 class SharedTls {
 public:
-    // A context is replaced after this time, and with it the keys that encrypt session tickets:
-    // a stolen key decrypts the sessions of one lifetime only.
+    // A context is replaced after this time, and with it the keys that encrypt session tickets.
+    // Without a lifetime, a stolen key would decrypt all sessions since the start.
     static constexpr std::chrono::milliseconds kLifetime = std::chrono::hours(1);
 
     explicit SharedTls(std::chrono::milliseconds lifetime = kLifetime) : lifetime_(lifetime) {}
 
-    // Sets the configuration. Call it before the first connection.
+    // Sets the configuration. Call before the first connection, after Qt has loaded its TLS
+    // backend.
     void configure(const QSslConfiguration& configuration);
 
-    // Starts the server side of the handshake on `socket`. Thread-safe for different sockets.
+    // Starts the server side of the handshake on `socket`. May be called from several threads, each
+    // with its own socket.
     void startServerEncryption(QSslSocket& socket) const;
 
 private:
@@ -42,8 +44,8 @@ private:
     std::optional<platform::UncachedTlsContexts> uncachedContexts_; // set by configure()
 
     mutable std::mutex mutex_;
-    // Null if the next connection must create one: before the first one, if none can be created (no
-    // certificate), and for TLS backends other than OpenSSL. Used until end_.
+    // Null if the next connection must create one: before the first connection, if none can be
+    // created (no certificate), and with TLS backends other than OpenSSL. Used until end_.
     mutable std::shared_ptr<QSslContext> context_;
     mutable QDeadlineTimer end_;
 };

@@ -6,8 +6,8 @@
 
 namespace quorin {
 
-// Returns what Qt lacks to serve TLS, for the log; nothing if its TLS backend works. Without one,
-// QSslSocket::startServerEncryption() leaves a connection unencrypted.
+// Returns a log message that describes why Qt has no usable TLS backend, or nothing if it has one.
+// Without a backend, QSslSocket::startServerEncryption() leaves a connection unencrypted.
 [[nodiscard]] std::optional<QString> missingTlsBackend();
 
 } // namespace quorin

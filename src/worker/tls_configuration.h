@@ -8,8 +8,8 @@ class QSslKey;
 namespace quorin {
 
 // Returns the TLS configuration of the server: TLS 1.2 or later with the given certificate and key.
-// Both may be null; then every handshake fails. Clients are not asked for certificates, so no
-// system authorities are loaded.
+// Both may be null; then every handshake fails. Does not request client certificates, so the
+// system's certificate authorities are not loaded.
 [[nodiscard]] QSslConfiguration tlsConfiguration(const QSslCertificate& certificate,
                                                  const QSslKey& privateKey);
 

@@ -53,9 +53,9 @@ std::chrono::milliseconds connectionTimeout() {
     return std::min(configured, longest); // QTimer stores its interval in an int
 }
 
-// Discards what the client has sent beyond its request. Closing a connection with unread bytes
-// resets it, and the client may lose the end of its reply. Not over TLS: there waitForReadyRead(0)
-// does not return while records arrive that carry no data, such as key updates.
+// Discards bytes that the client has sent after its request. Without this, closing the connection
+// would reset it, and the client could lose the end of its reply. Not over TLS: there
+// waitForReadyRead(0) does not return while records without data arrive, such as key updates.
 void discardUnread(QSslSocket& socket) {
     if (socket.mode() != QSslSocket::UnencryptedMode) {
         return;
@@ -99,7 +99,7 @@ void Worker::run() {
     try {
         serveConnection();
     } catch (const std::bad_alloc&) {
-        // Even the log line could not be allocated. The connection closes.
+        // Memory does not even suffice for the log line. The connection closes.
     }
 }
 

@@ -33,19 +33,20 @@ public:
     // Returns at once, without a log line, if quitting was requested before.
     void run() override;
 
-    // Passes ownership of the connection of a worker that never runs to the caller.
+    // Transfers ownership of the descriptor to the caller. Only for a worker that never runs.
     [[nodiscard]] qintptr releaseDescriptor() noexcept { return descriptor_.release(); }
 
 public Q_SLOTS:
-    // Serves the request: the bytes that have arrived so far (docs/compatibility.md).
+    // Serves the request, which is the bytes that have arrived so far (docs/compatibility.md).
     void SslSocketReadyRead();
+    // Ends the connection: the client has disconnected.
     void SslSocketDisconnected();
     // Ends a connection that has sent no request in time.
     void ConnectionTimeout();
 
 private:
-    // Runs the body of a slot. An exception must not reach Qt's event loop: it is stored and the
-    // loop ends.
+    // Runs the body of a slot. Stores an exception and ends the event loop. Without this, an
+    // exception would pass through Qt's event loop, which Qt does not support, and end the process.
     template<std::invocable Action>
     void captureException(Action&& action) noexcept;
 

@@ -40,8 +40,7 @@ struct CertificateFields {
     using Attribute = std::pair<std::string, std::string>; // short name and value
 
     std::vector<Attribute> subject = {{"CN", "localhost"}};
-    // In the syntax of OpenSSL configuration files, such as "DNS:localhost,IP:127.0.0.1". May be
-    // empty.
+    // In the syntax of OpenSSL configuration files, such as "DNS:localhost,IP:127.0.0.1", or empty.
     std::string alternativeNames;
     std::string serialNumber = "1"; // in hexadecimal
     std::chrono::sys_seconds notBefore = currentSecond() - std::chrono::hours(1);

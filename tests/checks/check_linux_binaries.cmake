@@ -1,4 +1,4 @@
-# Checks the headers of the binaries of a Linux build.
+# Checks the ELF headers and dynamic sections of the binaries of a Linux build.
 #
 #   cmake -D READELF=... -D GATEWAY=<gateway library> -D PROGRAM=<quorin-gateway>
 #         -D OTHERS=<the other binaries shipped> -P check_linux_binaries.cmake

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Checks rules about the sources that no compiler enforces.
+"""Checks rules for the sources that compilers do not enforce.
 
 usage: check_sources.py TREE
 
  - A module includes only from itself and from the modules that it depends on. Tests are exempt.
  - System headers and system macros appear only in src/platform/unix and src/platform/windows.
  - A source file includes its own header first, so that the header compiles on its own.
- - Everything is in namespace quorin, except the parts that are named here.
+ - All code is in namespace quorin, except in the modules listed in NAMESPACES.
  - Test names are in UpperCamelCase and have at most 45 characters.
  - The sample settings and docs/settings.md name every element of the settings file.
 """
@@ -30,7 +30,7 @@ DEPENDENCIES = {
     "host": {"platform"},
 }
 
-# Namespaces besides quorin.
+# Namespaces that a module may declare besides quorin.
 NAMESPACES = {"json": {"ravenjson"}, "http": {"zmk"}, "log": {"lumetrix"}, "config": {"tinyxml2"}}
 
 SYSTEM_HEADERS = (
@@ -73,7 +73,7 @@ class Checker:
             self.report(file, f'does not include "{name}" first')
 
     def check_namespaces(self, file, module, text):
-        # The first one in the file; others may be nested in it.
+        # Checks the first namespace in the file; others may be nested in it.
         name = re.search(r"^namespace (\w+)", text, re.M)
         if name and name[1] not in {"quorin"} | NAMESPACES.get(module, set()):
             self.report(file, f"declares namespace {name[1]}")

@@ -21,8 +21,8 @@ TREE = {
     "src/platform/unix/folders.cpp":
         '#include "platform/folders.h"\n#include <unistd.h>\n#ifdef __linux__\n#endif\n',
     "src/json/value.h": "namespace ravenjson {}\n",
-    "host/control.h": "",
-    "host/control.cpp": '#include "control.h"\n',
+    "host/stop_command.h": "",
+    "host/stop_command.cpp": '#include "stop_command.h"\n',
     "src/http/a_test.cpp": '#include "support/print.h"\nTEST(ATest, ParsesNumber) {}\n',
     "tests/b_test.cpp": "TEST_F(BTest, ServesFile) {}\n",
 }

@@ -1,9 +1,9 @@
-# Checks the headers of the binaries of a Windows build.
+# Checks the PE headers of the binaries of a Windows build.
 #
 #   cmake -DOBJDUMP=... -DBIN=build/windows/bin -DGATEWAY=<gateway library> -P <this file>
 #
 #  - The gateway library exports QuorinGatewayHttpMainFunc, undecorated, and nothing else.
-#  - Every imported library is in the folder or part of every Windows system.
+#  - Every imported library is in the folder or part of Windows.
 #  - Every binary supports 64-bit address space layout randomization and has no executable data.
 #  - None of our binaries has thread-local objects with destructors: gcc before 16 frees their
 #    memory before it runs the destructors.

@@ -23,12 +23,12 @@ public:
         return socket_.state() == QAbstractSocket::ConnectedState;
     }
 
-    // Returns when the system has taken all bytes.
+    // Sends `bytes` and returns when the system has taken all of them.
     void send(const QByteArray& bytes);
 
-    // All bytes until the gateway closes the connection.
+    // Returns all bytes until the gateway closes the connection.
     [[nodiscard]] QByteArray readToEnd();
-    // Exactly `count` bytes, or fewer if the connection ends first.
+    // Returns exactly `count` bytes, or fewer if the connection ends first.
     [[nodiscard]] QByteArray read(qint64 count);
 
     // Limits what is buffered ahead of read(); 0 removes the limit.
@@ -44,11 +44,11 @@ private:
     QSslSocket socket_;
 };
 
-// The reply to one request on a connection of its own.
+// Sends one request on a connection of its own and returns the reply.
 [[nodiscard]] QByteArray exchange(quint16 port, const QByteArray& request,
                                   Transport transport = Transport::Plain);
 
-// A GET request without headers.
+// Returns a GET request without headers.
 [[nodiscard]] QByteArray get(const QByteArray& target);
 
 } // namespace quorin::test

@@ -4,11 +4,11 @@
 
 namespace quorin::test {
 
-// Sets this process's limit of open files and sockets while the object lives. One object at a time;
-// only where platform::descriptorLimit() reports a limit.
+// Sets this process's limit of open files and sockets; the destructor restores it. Only one object
+// may exist at a time, and only if platform::descriptorLimit() returns a limit.
 class DescriptorLimit {
 public:
-    // `limit` is at most the limit in force.
+    // `limit` must not exceed the current limit.
     explicit DescriptorLimit(qint64 limit);
     ~DescriptorLimit();
 

@@ -2,7 +2,7 @@
 
 namespace quorin::test {
 
-// This system has no such limit.
+// Windows has no such limit.
 DescriptorLimit::DescriptorLimit(qint64 /*limit*/) : previous_(0) {}
 
 DescriptorLimit::~DescriptorLimit() = default;

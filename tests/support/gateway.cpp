@@ -46,7 +46,7 @@ void addLibraryFolders(QProcessEnvironment& environment, const QStringList& fold
     }
 }
 
-// A program's output with the system's line ends converted to line feeds.
+// Returns a program's output with the system's line ends converted to line feeds.
 QByteArray asText(QByteArray output) {
     return kOnWindows ? output.replace("\r\n", "\n") : output;
 }

@@ -10,7 +10,7 @@
 
 namespace quorin::test {
 
-// The logging library that the gateway finds.
+// The logging library that the gateway loads.
 enum class LogLibrary { Stub, StubWithoutLog, StubWithoutSetUp, Bundled, None };
 
 // The gateway library in a process of its own, with the data of a site, which must outlive the
@@ -37,7 +37,7 @@ public:
     // Writes `command` to the control pipe as soon as the gateway listens on it.
     void command(const QByteArray& command);
 
-    // Waits for the process and returns its exit code; nothing if it did not end or crashed.
+    // Waits for the process and returns its exit code, or nothing if it did not end or crashed.
     [[nodiscard]] std::optional<int> waitForExit();
 
     [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
@@ -46,11 +46,11 @@ public:
     // Interrupts the process as Ctrl-C at its console or a system shutdown does.
     void interrupt() { test::interrupt(process_); }
     [[nodiscard]] qint64 processId() const { return process_.processId(); }
-    // What the process has written since the last call, with line feeds as line ends.
+    // Return what the process has written since the last call, with line feeds as line ends.
     [[nodiscard]] QByteArray errorOutput();
     [[nodiscard]] QByteArray output();
 
-    // Sets another environment variable. Call before the start.
+    // Sets an environment variable of the process. Call before the start.
     void setEnvironment(const QString& name, const QString& value);
 
 private:

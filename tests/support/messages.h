@@ -13,17 +13,17 @@ inline const QByteArray kReply405 = "HTTP/1.1 405 Method Not Allowed\r\nConnecti
 inline const QByteArray kReply500 = "HTTP/1.1 500 Internal Server Error\r\n\r\n";
 inline const QByteArray kReply503 = "HTTP/1.1 503 Service Unavailable\r\n\r\n";
 
-// The header of a streamed file of `size` bytes.
+// Returns the header of a streamed file of `size` bytes.
 [[nodiscard]] QByteArray streamHeader(qsizetype size);
 
-// The reply to a download that is streamed.
+// Returns the reply to a download that is streamed.
 [[nodiscard]] QByteArray streamedReply(const QByteArray& content);
 
-// The reply to a download that is sent as a whole: a notification file, or JSON.
+// Returns the reply to a download that is sent as one message: a notification file or JSON.
 [[nodiscard]] QByteArray wholeReply(const QByteArray& content,
                                     const QByteArray& type = "application/json");
 
-// A DELETE request for `target` with a notification reset date.
+// Returns a DELETE request for `target` with a notification reset date.
 [[nodiscard]] QByteArray resetRequestFor(const QByteArray& target, const QByteArray& date);
 
 } // namespace quorin::test

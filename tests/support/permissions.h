@@ -12,8 +12,9 @@ void forbidWriting(const QString& folder);
 // Grants it again.
 void allowWriting(const QString& folder);
 
-// A command prefix that makes file permissions apply to the program it runs: empty if they apply to
-// every program that the tests start, nothing if no such command is available.
+// Returns a command prefix that makes file permissions apply to the program that it runs. Returns
+// an empty list if they apply to every program that the tests start, and nothing if no such command
+// is available.
 [[nodiscard]] std::optional<QStringList> prefixBoundByPermissions();
 
 } // namespace quorin::test

@@ -13,7 +13,7 @@ struct ProcessFigures {
     int threads = 0;
 };
 
-// Nothing if the system does not report usage or the process does not exist.
+// Returns the usage, or nothing if the system does not report it or the process does not exist.
 [[nodiscard]] std::optional<ProcessFigures> processFigures(qint64 processId);
 
 } // namespace quorin::test

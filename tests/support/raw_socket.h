@@ -14,7 +14,7 @@ namespace quorin::test {
 // Requests a receive buffer of `bytes` and returns the size granted.
 [[nodiscard]] qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes);
 
-// The number of bytes received but not yet read.
+// Returns the number of bytes received but not yet read.
 [[nodiscard]] qint64 arrivedBytes(qintptr socketDescriptor);
 
 } // namespace quorin::test

@@ -24,8 +24,8 @@ inline const QString kDisconnectStarts =
 inline const QString kDisconnectEnds =
     QStringLiteral("2 [End] void __cdecl Worker::SslSocketDisconnected(void)");
 
-// Starts a gateway with these settings, extended for TLS by HTTPS and a certificate in the site's
-// store. Clients wait for it to listen.
+// Starts a gateway with these settings. For TLS, also enables HTTPS and adds a certificate to the
+// site's store. Does not wait until the gateway listens; Client does.
 void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings = {});
 
 // For tests of what a gateway replies and logs, which is the same over plain TCP and over TLS.
@@ -36,7 +36,7 @@ protected:
         test::startGateway(gateway_, site_, GetParam(), settings);
     }
 
-    // The reply to one request on a connection of its own.
+    // Sends one request on a connection of its own and returns the reply.
     QByteArray ask(const QByteArray& request) const {
         return exchange(site_.port(), request, GetParam());
     }
@@ -47,7 +47,8 @@ protected:
     // The same without the workers' trace lines.
     QStringList stopAndReadHandlerLog();
 
-    // The log of one request whose connection the gateway closes, with the handler's `lines`.
+    // Returns the log of one request whose connection the gateway closes, with the handler's
+    // `lines`.
     static QStringList logOfRequest(const QStringList& lines);
 
     // `target` appended to the document root, as the gateway does before it checks the path.
@@ -57,7 +58,7 @@ protected:
     Gateway gateway_{site_};
 };
 
-// The transports that can be tested on this system.
+// Returns the transports that can be tested on this system.
 [[nodiscard]] std::vector<Transport> transports();
 
 [[nodiscard]] inline const char* nameOf(Transport transport) {

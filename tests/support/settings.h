@@ -24,7 +24,7 @@ struct Settings {
     QByteArray OrganizationId = "facility-7";
     QByteArray RootUrl = "https://cloud.example/QuorinCloud5";
 
-    // The primary and the secondary group get the same settings.
+    // Returns the settings file. The primary and the secondary group have the same settings.
     [[nodiscard]] QByteArray toXml() const;
 };
 

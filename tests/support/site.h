@@ -24,11 +24,11 @@ public:
     Site(const Site&) = delete;
     Site& operator=(const Site&) = delete;
 
-    // Writes the settings file, with a free port if the port is "0".
+    // Writes the settings file. Replaces port "0" with a free port.
     void writeSettings(Settings settings = {});
 
     [[nodiscard]] QString settingsPath() const { return path(QStringLiteral("settings.xml")); }
-    // The port that writeSettings() chose.
+    // Returns the port that writeSettings() chose.
     [[nodiscard]] quint16 port() const noexcept { return port_; }
 
     // The common application data folder of this site's gateways, and a path below it.
@@ -64,7 +64,7 @@ private:
     quint16 port_ = 0;
 };
 
-// A port that is not in use.
+// Returns a port that is not in use.
 [[nodiscard]] quint16 freePort();
 
 } // namespace quorin::test

@@ -4,7 +4,7 @@
 
 namespace quorin::test {
 
-// True if the tests can add certificates to a site's certificate store on this system.
+// Returns true if the tests can add certificates to a site's certificate store on this system.
 [[nodiscard]] bool canMakeCertificates();
 
 // Adds a new self-signed certificate for the host `name`, with its key, to the site's store

@@ -7,9 +7,9 @@
 
 namespace quorin::test {
 
-// The logging stub's record in the file at `path`: one line per call.
+// Returns the logging stub's record in the file at `path`: one line per call.
 [[nodiscard]] QStringList recordedCalls(const QString& path);
-// The logged lines of the record: the level's number, a space, the message.
+// Returns the logged lines of the record: the level's number, a space, the message.
 [[nodiscard]] QStringList loggedLines(const QString& path);
 
 // Records what this process logs during the object's lifetime. No other thread may log while the

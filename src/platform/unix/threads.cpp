@@ -6,7 +6,7 @@
 
 namespace quorin::platform {
 
-// The system keeps the stack of the thread that has ended for the next one.
+// The C library reuses the stack of the ended thread for the next one.
 bool canStartThread() {
     try {
         std::thread([] {}).join();

@@ -2,7 +2,7 @@
 
 namespace quorin::platform {
 
-// Sockets and files are handles here, whose number is limited by memory alone.
+// On Windows, files and sockets are handles. Only memory limits their number.
 std::optional<qintptr> descriptorLimit() {
     return std::nullopt;
 }

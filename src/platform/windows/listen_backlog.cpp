@@ -2,7 +2,7 @@
 
 namespace quorin::platform {
 
-// Winsock takes a request for a backlog of 200 to 65,535 as a negative number.
+// Winsock expects a backlog from 200 to 65,535 as a negative number.
 int longestListenBacklog() noexcept {
     return -65535;
 }

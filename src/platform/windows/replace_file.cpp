@@ -12,7 +12,7 @@ bool flushToDisk(QFile& file) {
     if (!file.flush()) {
         return false;
     }
-    // A descriptor of the C library that Qt makes for the handle that it uses itself.
+    // Qt opens a C runtime descriptor for the handle that it uses itself.
     const int descriptor = file.handle();
     return descriptor >= 0 &&
            FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor))) != FALSE;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The system's own header, without its rarely used parts and its min and max macros, and the one
-// place where our text becomes the system's.
+// Includes windows.h without its rarely used parts and its min and max macros, and converts strings
+// for its functions.
 
 #ifndef WIN32_LEAN_AND_MEAN
 #define WIN32_LEAN_AND_MEAN
@@ -15,9 +15,9 @@
 
 namespace quorin::platform {
 
-// The wide text of `text`, as long as `text` lives unchanged.
+// Returns `text` as a NUL-terminated wide string, valid until `text` is changed or destroyed.
 [[nodiscard]] inline const wchar_t* wide(const QString& text) {
-    static_assert(sizeof(wchar_t) == sizeof(char16_t), "a wide string is UTF-16 on this system");
+    static_assert(sizeof(wchar_t) == sizeof(char16_t), "wide strings are in UTF-16 on Windows");
     return reinterpret_cast<const wchar_t*>(text.utf16());
 }
 

@@ -2,7 +2,7 @@
 
 namespace quorin::platform {
 
-// No bound is set to threads here, and their memory is taken as they need it.
+// Windows sets no limit for threads and commits their stacks on demand.
 bool canStartThread() {
     return true;
 }

@@ -10,8 +10,8 @@ namespace {
 
 thread_local bool isCacheUnwanted = false;
 
-// Qt's TLS plugin has loaded OpenSSL. Linking to it would have the system load it, or fail to, with
-// the gateway library, also if HTTPS is off.
+// Returns a function of OpenSSL, which Qt's TLS plugin has loaded. The gateway library does not
+// link to OpenSSL: it could then not be loaded without it, even if HTTPS is disabled.
 template<typename Function>
 Function* opensslFunction(const wchar_t* library, const char* name) {
     const HMODULE module = GetModuleHandleW(library);

@@ -1,4 +1,4 @@
-#include "control.h"
+#include "stop_command.h"
 
 #include "platform/control_pipe.h"
 
@@ -15,15 +15,17 @@ namespace {
 constexpr std::chrono::milliseconds kRetryInterval{100};
 constexpr int kNoTimeLimit = -1;
 
-// True if the server exists but has no free connection: Qt then reports a connection attempt in
-// progress, or, for a Windows pipe without a free instance, this error after some seconds.
+// Returns true if the server exists but has no free connection. Qt then reports a connection
+// attempt in progress or, for a Windows pipe without a free instance, this error after some
+// seconds.
 bool isBusy(const QLocalSocket& pipe) {
     return pipe.state() == QLocalSocket::ConnectingState ||
            (pipe.state() == QLocalSocket::UnconnectedState &&
             pipe.error() == QLocalSocket::ConnectionError);
 }
 
-// Waits while the pipe is busy. The result is connected, or has the error that prevents it.
+// Waits while the pipe is busy. Returns a socket that is connected, or whose error() is the reason
+// why it is not.
 std::unique_ptr<QLocalSocket> openControlPipe() {
     for (;;) {
         // Retries here: QLocalSocket::waitForConnected() would poll without pause.
@@ -40,13 +42,13 @@ std::unique_ptr<QLocalSocket> openControlPipe() {
 
 } // namespace
 
-StopResult tellToStop(Gateway gateway) {
+StopResult sendStopCommand(StopTarget target) {
     const std::unique_ptr<QLocalSocket> pipe = openControlPipe();
     if (pipe->state() != QLocalSocket::ConnectedState) {
         return pipe->error() == QLocalSocket::SocketAccessError ? StopResult::AccessDenied
                                                                 : StopResult::NoGateway;
     }
-    if (gateway == Gateway::OfThisProcess && !platform::isServedByThisProcess(*pipe)) {
+    if (target == StopTarget::GatewayOfThisProcess && !platform::isServedByThisProcess(*pipe)) {
         return StopResult::NoGateway;
     }
     pipe->write(platform::kQuitCommand.data(), platform::kQuitCommand.size());
