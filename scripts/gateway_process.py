@@ -1,0 +1,175 @@
+"""A gateway process, the site that it serves, and its use of resources, for scripts/bench and
+scripts/soak."""
+
+import os
+import pathlib
+import re
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+TREE = pathlib.Path(__file__).resolve().parent.parent
+ORGANIZATION = "sample"
+
+SETTINGS = """<QuorinGatewaySetting><PrimaryGatewaySetting>
+<Http><Log><QueueSize>8192</QueueSize>
+<ApplicationLog><LogLevel>info</LogLevel><Generation>1</Generation></ApplicationLog></Log>
+<Port>{port}</Port><MaxUserSession>{sessions}</MaxUserSession>
+<MaxTCPConnection>1000</MaxTCPConnection><ConnectionTimeout>30</ConnectionTimeout>
+<HTTPRequestTimeout>600</HTTPRequestTimeout><ThreadReadBufferSize>{chunk}</ThreadReadBufferSize>
+<HttpsEnabled>{https}</HttpsEnabled></Http>
+<Proxy><IsEnabledHttpInFacility>false</IsEnabledHttpInFacility></Proxy>
+</PrimaryGatewaySetting><General>
+<GatewayConnectSetting><GatewayAddress>localhost</GatewayAddress></GatewayConnectSetting>
+<OrganizationId>{organization}</OrganizationId>
+<QuorinCloud><RootUrl>https://cloud.example/QuorinCloud5</RootUrl></QuorinCloud>
+</General></QuorinGatewaySetting>
+"""
+
+
+def build(preset):
+    """Builds the product with a preset; returns the program."""
+    folder = TREE / "build" / preset
+    if not (folder / "build.ninja").exists():
+        subprocess.run(["cmake", "--preset", preset, "-D", "BUILD_TESTING=OFF"], cwd=TREE,
+                       check=True)
+    jobs = os.environ.get("QUORIN_JOBS", str(os.cpu_count()))
+    subprocess.run(["cmake", "--build", "--preset", preset, "--parallel", jobs, "--target",
+                    "product"], cwd=TREE, check=True)
+    return folder / "bin/quorin-gateway"
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class Site:
+    """A data folder with an empty document root and a certificate for localhost. Removed at the end
+    of a with statement."""
+
+    def __init__(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="gateway-site-", dir="/var/tmp"))
+        product = self.folder / "Vemo/Quorin5"
+        store = product / "certificates/WebHosting"
+        self.root = product / "QuorinGatewayHttp/wwwroot"
+        self.files = self.root / "fwfiles"
+        self.notifications = self.root / "notifications"
+        for folder in (self.files, self.notifications, store, self.folder / "tmp",
+                       product / "QuorinGatewayApp/NotificationTmp"):
+            folder.mkdir(parents=True)
+        self.certificate, self.key = store / "localhost.pem", store / "localhost.key"
+        subprocess.run(
+            ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
+             "-subj", "/CN=localhost", "-addext", "subjectAltName=DNS:localhost",
+             "-keyout", self.key, "-out", self.certificate],
+            check=True, capture_output=True)
+        self.key.chmod(0o640)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        shutil.rmtree(self.folder)
+
+
+class Server:
+    """A process that serves a site on a port of localhost. Stopped at the end of a with
+    statement."""
+
+    def __init__(self, command, port, tls, environment=None):
+        self.port = port
+        self.tls = tls
+        self.process = subprocess.Popen(command, env=environment)
+        try:
+            self._wait_until_listening()
+        except BaseException:
+            self.stop()
+            raise
+
+    def _wait_until_listening(self):
+        deadline = time.monotonic() + 60
+        while time.monotonic() < deadline:
+            if self.process.poll() is not None:
+                sys.exit(f"{self.process.args[0]} ended with {self.process.returncode}")
+            with socket.socket() as probe:
+                if probe.connect_ex(("127.0.0.1", self.port)) == 0:
+                    return
+            time.sleep(0.05)
+        sys.exit(f"{self.process.args[0]} does not listen on port {self.port}")
+
+    def stop(self):
+        """Returns true if the process exits with 0 within a minute of SIGTERM. Kills it after
+        that."""
+        if self.process.poll() is None:
+            self.process.send_signal(signal.SIGTERM)
+        try:
+            return self.process.wait(60) == 0
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
+            return False
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+    def url(self, name):
+        """Of a file in site.files."""
+        return f"{'https' if self.tls else 'http'}://localhost:{self.port}/fwfiles/{name}"
+
+    def family(self):
+        """The process identifiers of the process and its children."""
+        pid = self.process.pid
+        children = pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text().split()
+        return [pid] + [int(child) for child in children]
+
+    def cpu_seconds(self):
+        """Processor time of the process and its children."""
+        ticks = 0
+        for member in self.family():
+            fields = pathlib.Path(f"/proc/{member}/stat").read_text().rpartition(")")[2].split()
+            ticks += int(fields[11]) + int(fields[12])
+        return ticks / os.sysconf("SC_CLK_TCK")
+
+    def status(self, field):
+        """Sum of a numeric field of /proc/PID/status of the process and its children; KiB for
+        memory."""
+        total = 0
+        for member in self.family():
+            status = pathlib.Path(f"/proc/{member}/status").read_text()
+            total += int(re.search(rf"^{field}:\s+(\d+)", status, re.M)[1])
+        return total
+
+    def descriptors(self):
+        return len(list(pathlib.Path(f"/proc/{self.process.pid}/fd").iterdir()))
+
+
+class Gateway(Server):
+    """A gateway that serves a site. A site has at most one gateway at a time."""
+
+    def __init__(self, program, site, *, tls, sessions, chunk=65536):
+        port = free_port()
+        settings = site.folder / "settings.xml"
+        settings.write_text(SETTINGS.format(port=port, sessions=sessions, chunk=chunk,
+                                            https=str(tls).lower(), organization=ORGANIZATION))
+        environment = dict(os.environ, QUORIN_COMMON_APPDATA=str(site.folder),
+                           TMPDIR=str(site.folder / "tmp"),
+                           # A sanitizer finds libraries only here.
+                           LD_LIBRARY_PATH=str(program.parent))
+        for name, value in {
+                # As in the systemd unit; with glibc's default, memory grows for a long time.
+                "MALLOC_ARENA_MAX": "2",
+                "LSAN_OPTIONS": f"suppressions={TREE}/tests/lsan.supp",
+                # Qt is not built for the race detector.
+                "TSAN_OPTIONS": f"suppressions={TREE}/tests/tsan.supp:"
+                                "ignore_noninstrumented_modules=1"}.items():
+            environment.setdefault(name, value)
+        super().__init__([program, "run", settings, "primary"], port, tls, environment)
