@@ -29,11 +29,11 @@ target_compile_definitions(quorin_compile INTERFACE
   QT_USE_QSTRINGBUILDER QUORIN_VERSION="${PROJECT_VERSION}")
 
 if(MSVC)
-  target_compile_options(quorin_compile INTERFACE /W4 /WX /permissive- /utf-8 /guard:cf)
+  target_compile_options(quorin_compile INTERFACE /W4 /permissive- /utf-8 /guard:cf)
   target_link_options(quorin_compile INTERFACE /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
 else()
   target_compile_options(quorin_compile INTERFACE
-    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
     $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     -fstack-protector-strong)

@@ -1,16 +1,17 @@
 # A module is a folder below src/. It is built as the static library quorin_<name> and the unit test
 # program <name>_test.
 #
-#   quorin_module(<name> [MOC] SOURCES <file>... [TESTS <file>...] [LINKS <target>...]
-#                 [TEST_LINKS <target>...])
+#   quorin_module(<name> [MOC] SOURCES <file>... [TESTS <file>...] [PUBLIC_LINKS <target>...]
+#                 [LINKS <target>...] [TEST_LINKS <target>...])
 #
-# LINKS are public: headers of a module may include those of its dependencies. MOC is for modules
+# PUBLIC_LINKS are the libraries whose headers the headers of the module include. MOC is for modules
 # that declare a Q_OBJECT.
 function(quorin_module name)
-  cmake_parse_arguments(PARSE_ARGV 1 module "MOC" "" "SOURCES;TESTS;LINKS;TEST_LINKS")
+  cmake_parse_arguments(PARSE_ARGV 1 module "MOC" "" "SOURCES;TESTS;PUBLIC_LINKS;LINKS;TEST_LINKS")
   add_library(quorin_${name} STATIC ${module_SOURCES})
   target_include_directories(quorin_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
-  target_link_libraries(quorin_${name} PUBLIC ${module_LINKS} PRIVATE quorin_compile)
+  target_link_libraries(quorin_${name}
+    PUBLIC ${module_PUBLIC_LINKS} PRIVATE ${module_LINKS} quorin_compile)
   set_target_properties(quorin_${name} PROPERTIES AUTOMOC ${module_MOC})
   if(module_TESTS)
     quorin_test(${name}_test SOURCES ${module_TESTS} LINKS quorin_${name} ${module_TEST_LINKS})
