@@ -1,9 +1,9 @@
 // HTTPS with the clients openssl and curl, and with misbehaving clients.
 
+#include "support/certificate_store.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/serving_test.h"
-#include "support/store.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -23,7 +23,7 @@ using testing::Not;
 class HttpsTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (!canMakeCertificates()) {
+        if (!canInstallCertificates()) {
             GTEST_SKIP() << "the tests cannot install certificates on this system";
         }
     }

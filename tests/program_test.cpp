@@ -19,7 +19,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <list>
 #include <memory>
 #include <optional>
@@ -32,8 +31,6 @@ namespace {
 
 using testing::Contains;
 using testing::Not;
-
-constexpr int kPatienceMs = int(std::chrono::milliseconds(kPatience).count());
 
 const QString kQuitLine = u"3 quit command recieved"_s;
 
@@ -57,7 +54,7 @@ protected:
     // Connects a controller that sends nothing.
     void connectSilently(QLocalSocket& controller) const {
         controller.connectToServer(pipeName());
-        ASSERT_TRUE(controller.waitForConnected(kPatienceMs))
+        ASSERT_TRUE(controller.waitForConnected(kTestTimeoutMs))
             << controller.errorString().toStdString();
     }
 
@@ -88,9 +85,9 @@ TEST_F(StopCommandTest, WaitsUntilServerClosesPipe) {
     ASSERT_TRUE(server.listen(pipeName())) << server.errorString().toStdString();
     std::unique_ptr<QLocalSocket> connection;
     const auto acceptCommand = [&] {
-        ASSERT_TRUE(server.waitForNewConnection(kPatienceMs));
+        ASSERT_TRUE(server.waitForNewConnection(kTestTimeoutMs));
         connection.reset(server.nextPendingConnection());
-        ASSERT_TRUE(connection->waitForReadyRead(kPatienceMs));
+        ASSERT_TRUE(connection->waitForReadyRead(kTestTimeoutMs));
         EXPECT_EQ(connection->readAll(), "quit");
     };
     Gateway first(site_);
@@ -130,9 +127,9 @@ TEST_F(StopCommandTest, RetriesWhilePipeIsBusy) {
     controllers.clear();
     QByteArray command;
     while (command.isEmpty()) {
-        ASSERT_TRUE(server.hasPendingConnections() || server.waitForNewConnection(kPatienceMs));
+        ASSERT_TRUE(server.hasPendingConnections() || server.waitForNewConnection(kTestTimeoutMs));
         const std::unique_ptr<QLocalSocket> connection(server.nextPendingConnection());
-        connection->waitForReadyRead(kPatienceMs);
+        connection->waitForReadyRead(kTestTimeoutMs);
         command = connection->readAll();
     }
     EXPECT_EQ(command, "quit");

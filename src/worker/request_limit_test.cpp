@@ -42,8 +42,8 @@ protected:
     // The reply to a request that was there in whole, and in one piece.
     QByteArray replyTo(const QByteArray& request) {
         connection_.client().send(request);
-        EXPECT_TRUE(waitUntil([&] { return arrivedBytes(descriptor_.get()) == request.size(); }))
-            << arrivedBytes(descriptor_.get());
+        EXPECT_TRUE(waitUntil([&] { return unreadBytes(descriptor_.get()) == request.size(); }))
+            << unreadBytes(descriptor_.get());
         auto worker = std::make_unique<Worker>(std::move(descriptor_), serverContext_);
         std::thread thread([&worker] {
             worker->run();

@@ -1,6 +1,6 @@
 #include "support/serving_test.h"
 
-#include "support/store.h"
+#include "support/certificate_store.h"
 
 #include <utility>
 
@@ -9,8 +9,8 @@ using namespace Qt::StringLiterals;
 namespace quorin::test {
 
 std::vector<Transport> transports() {
-    return canMakeCertificates() ? std::vector{Transport::Plain, Transport::Tls}
-                                 : std::vector{Transport::Plain};
+    return canInstallCertificates() ? std::vector{Transport::Plain, Transport::Tls}
+                                    : std::vector{Transport::Plain};
 }
 
 void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings) {
@@ -44,7 +44,7 @@ QStringList ServingTest::logOfRequest(const QStringList& lines) {
            QStringList{kReadEnds, kRunEnds, kDisconnectStarts, kDisconnectEnds};
 }
 
-QString ServingTest::rooted(const QString& target) const {
+QString ServingTest::underDocumentRoot(const QString& target) const {
     return site_.appDataPath(u"Vemo/Quorin5/QuorinGatewayHttp/wwwroot"_s) + target;
 }
 

@@ -37,8 +37,8 @@ protected:
     }
 
     // The reply to one request on a connection of its own.
-    QByteArray ask(const QByteArray& request) const {
-        return exchange(site_.port(), request, GetParam());
+    QByteArray request(const QByteArray& bytes) const {
+        return exchange(site_.port(), bytes, GetParam());
     }
 
     // Stops the gateway and returns what it logged from the first worker's start on, without the
@@ -51,7 +51,7 @@ protected:
     static QStringList logOfRequest(const QStringList& lines);
 
     // `target` appended to the document root, as the gateway does before it checks the path.
-    QString rooted(const QString& target) const;
+    QString underDocumentRoot(const QString& target) const;
 
     Site site_;
     Gateway gateway_{site_};
@@ -60,18 +60,18 @@ protected:
 // The transports that can be tested on this system.
 [[nodiscard]] std::vector<Transport> transports();
 
-[[nodiscard]] inline const char* nameOf(Transport transport) {
+[[nodiscard]] inline const char* transportName(Transport transport) {
     return transport == Transport::Plain ? "Plain" : "Tls";
 }
 
 inline void PrintTo(Transport transport, std::ostream* out) {
-    *out << nameOf(transport);
+    *out << transportName(transport);
 }
 
 // Names the instances of a parameterized test.
 struct TransportName {
     std::string operator()(const testing::TestParamInfo<Transport>& info) const {
-        return nameOf(info.param);
+        return transportName(info.param);
     }
 };
 
