@@ -209,7 +209,7 @@ TEST_F(FaultTest, StopsWhileConnectionsAwaitDescriptors) {
     Clients silent(site_.port(), 40);
     ASSERT_TRUE(site_.waitUntilLogged(u"5 [End] connections wait for free descriptors"_s));
     gateway_.command("quit");
-    ASSERT_TRUE(site_.waitUntilLogged(u"3 quit command recieved"_s));
+    ASSERT_TRUE(site_.waitUntilLogged(kQuitLine));
     silent[0].abort(); // frees descriptors while other connections still wait
     EXPECT_EQ(gateway_.waitForExit(), 0);
     EXPECT_EQ(gateway_.errorOutput(), "");

@@ -6,8 +6,6 @@
 
 namespace quorin::test {
 
-namespace {} // namespace
-
 Client::Client(quint16 port, Transport transport, const QHostAddress& address) {
     const bool connected = waitUntil([&] {
         socket_.connectToHost(address, port);

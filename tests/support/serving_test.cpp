@@ -27,8 +27,7 @@ QStringList ServingTest::stopAndReadLog() {
     QStringList logged = site_.logged();
     logged = logged.mid(logged.indexOf(kRunStarts));
     logged.removeIf([](const QString& line) {
-        return line == u"3 quit command recieved"_s ||
-               line.startsWith(u"3 Quorin Gateway Http Server End"_s);
+        return line == kQuitLine || line.startsWith(u"3 Quorin Gateway Http Server End"_s);
     });
     return logged;
 }

@@ -24,6 +24,9 @@ inline const QString kDisconnectStarts =
 inline const QString kDisconnectEnds =
     QStringLiteral("2 [End] void __cdecl Worker::SslSocketDisconnected(void)");
 
+// The line of the command to quit.
+inline const QString kQuitLine = QStringLiteral("3 quit command recieved");
+
 // Starts a gateway with these settings, extended for TLS by HTTPS and a certificate in the site's
 // store. Clients wait for it to listen.
 void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings = {});
