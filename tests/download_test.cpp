@@ -42,7 +42,7 @@ QByteArray patternOf(qsizetype size) {
 TEST_P(DownloadTest, StreamsFileAfterMinimalHeader) {
     site_.writeFile(u"fwfiles/a.zip"_s, "zip content");
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/a.zip")), streamedReply("zip content"));
+    EXPECT_EQ(request(get("/fwfiles/a.zip")), streamedReply("zip content"));
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"2 Target file : a.zip"_s, u"2 GET fwfiles/a.zip - -  200 0"_s}));
 }
@@ -52,16 +52,16 @@ TEST_P(DownloadTest, ServesFilesOfEveryFolder) {
     site_.writeFile(u"plugins/deep/er/d.bin"_s, QByteArray("\0\1\2", 3));
     site_.writeFile(u"top.txt"_s, "top");
     startGateway();
-    EXPECT_EQ(ask(get("/patterns/p.xml")), streamedReply("<p/>"));
-    EXPECT_EQ(ask(get("/plugins/deep/er/d.bin")), streamedReply(QByteArray("\0\1\2", 3)));
-    EXPECT_EQ(ask(get("/top.txt")), streamedReply("top"));
-    EXPECT_EQ(ask("get //patterns//p.xml http/1.0\r\nHost: x\r\n\r\n"), streamedReply("<p/>"));
+    EXPECT_EQ(request(get("/patterns/p.xml")), streamedReply("<p/>"));
+    EXPECT_EQ(request(get("/plugins/deep/er/d.bin")), streamedReply(QByteArray("\0\1\2", 3)));
+    EXPECT_EQ(request(get("/top.txt")), streamedReply("top"));
+    EXPECT_EQ(request("get //patterns//p.xml http/1.0\r\nHost: x\r\n\r\n"), streamedReply("<p/>"));
 }
 
 TEST_P(DownloadTest, SendsHeaderOnlyForEmptyFile) {
     site_.writeFile(u"fwfiles/empty"_s, "");
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/empty")), streamedReply(""));
+    EXPECT_EQ(request(get("/fwfiles/empty")), streamedReply(""));
 }
 
 TEST_P(DownloadTest, StreamsWholeFileForAnyChunkSize) {
@@ -85,7 +85,7 @@ TEST_P(DownloadTest, ExpiresAtFirstChunkIfTimeoutIsZero) {
     Settings settings;
     settings.HTTPRequestTimeout = "0";
     startGateway(settings);
-    EXPECT_EQ(ask(get("/fwfiles/a")), streamHeader(7));
+    EXPECT_EQ(request(get("/fwfiles/a")), streamHeader(7));
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"2 Target file : a"_s, u"5 [End] requet expired"_s}));
 }
@@ -111,7 +111,7 @@ TEST_P(DownloadTest, Sends500TwiceIfFileCannotBeOpened) {
     QLocalServer socket;
     ASSERT_TRUE(socket.listen(path)) << socket.errorString().toStdString();
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/socket")), kReply500 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/socket")), kReply500 + kReply500);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"2 Target file : socket"_s,
                            u"5 [End] failed to open " + path + u" for read."}));
@@ -163,7 +163,7 @@ TEST_P(DownloadTest, KeepsReplyIntactIfClientSendsMore) {
 TEST_P(DownloadTest, SendsNotificationUnderLock) {
     site_.writeFile(u"notifications/n.json"_s, "{\"a\":1}");
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/n.json")), wholeReply("{\"a\":1}"));
+    EXPECT_EQ(request(get("/notifications/n.json")), wholeReply("{\"a\":1}"));
     const QString path = site_.rootPath(u"notifications/n.json"_s);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"2 Target file : n.json"_s, u"2 notification file " + path,
@@ -176,14 +176,14 @@ TEST_P(DownloadTest, MatchesNotificationsFolderCaseSensitively) {
     site_.writeFile(u"fwfiles/notifications/n.txt"_s, "deep");
     site_.writeFile(u"Notifications/n.txt"_s, "capital");
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/notifications/n.txt")), wholeReply("deep", "text/plain"));
-    EXPECT_EQ(ask(get("/Notifications/n.txt")), streamedReply("capital"));
+    EXPECT_EQ(request(get("/fwfiles/notifications/n.txt")), wholeReply("deep", "text/plain"));
+    EXPECT_EQ(request(get("/Notifications/n.txt")), streamedReply("capital"));
 }
 
 TEST_P(DownloadTest, SendsEmptyNotification) {
     site_.writeFile(u"notifications/n.json"_s, "");
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/n.json")), wholeReply(""));
+    EXPECT_EQ(request(get("/notifications/n.json")), wholeReply(""));
 }
 
 TEST_P(DownloadTest, RetriesLockFiveTimes) {
@@ -191,7 +191,7 @@ TEST_P(DownloadTest, RetriesLockFiveTimes) {
     QLockFile lock(site_.stagingPath(u"n.json.lock"_s));
     ASSERT_TRUE(lock.tryLock());
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/n.json")), kReply500 + kReply500);
+    EXPECT_EQ(request(get("/notifications/n.json")), kReply500 + kReply500);
     const QString path = site_.rootPath(u"notifications/n.json"_s);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"2 Target file : n.json"_s, u"2 notification file " + path,
@@ -220,7 +220,7 @@ TEST_P(DownloadTest, FailsLockWithoutStagingFolder) {
     site_.writeFile(u"notifications/n.json"_s, "{}");
     ASSERT_TRUE(QDir(site_.stagingPath(QString())).removeRecursively());
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/n.json")), kReply500 + kReply500);
+    EXPECT_EQ(request(get("/notifications/n.json")), kReply500 + kReply500);
     EXPECT_THAT(stopAndReadHandlerLog(), testing::Contains(u"5 Failed to Lock for \"" +
                                                            site_.stagingPath(u"n.json"_s) + u'"'));
 }
@@ -230,7 +230,7 @@ TEST_P(DownloadTest, Sends500OnceForExpiredNotification) {
     Settings settings;
     settings.HTTPRequestTimeout = "0";
     startGateway(settings);
-    EXPECT_EQ(ask(get("/notifications/n.json")), kReply500);
+    EXPECT_EQ(request(get("/notifications/n.json")), kReply500);
     EXPECT_THAT(stopAndReadHandlerLog(), testing::Contains(u"5 [End] request expired"_s));
 }
 
@@ -238,7 +238,7 @@ TEST_P(DownloadTest, SelectsManifestOfLocalAddress) {
     site_.writeFile(u"update.json"_s, "general");
     site_.writeFile(u"update_127.0.0.2.json"_s, "of 127.0.0.2");
     startGateway();
-    EXPECT_EQ(ask(get("/update.json")), streamedReply("general"));
+    EXPECT_EQ(request(get("/update.json")), streamedReply("general"));
     Client client(site_.port(), GetParam(), QHostAddress(u"127.0.0.2"_s));
     client.send(get("/update.json"));
     EXPECT_EQ(client.readToEnd(), streamedReply("of 127.0.0.2"));
@@ -254,8 +254,8 @@ TEST_P(DownloadTest, SelectsManifestOfLocalAddress) {
 TEST_P(DownloadTest, ServesManifestVariantWithoutGeneralOne) {
     site_.writeFile(u"fwfiles/update_127.0.0.1.json"_s, "variant");
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/update.json")), streamedReply("variant"));
-    EXPECT_EQ(ask(get("/patterns/update.json")), kReply404 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/update.json")), streamedReply("variant"));
+    EXPECT_EQ(request(get("/patterns/update.json")), kReply404 + kReply500);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Hostile and faulty clients. Each file in tests/hostile/ is a case.
 
 #include "hostile/case_file.h"
+#include "support/certificate_store.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/gateway.h"
@@ -8,7 +9,6 @@
 #include "support/raw_socket.h"
 #include "support/serving_test.h"
 #include "support/site.h"
-#include "support/store.h"
 #include "support/system.h"
 
 #include <gmock/gmock.h>
@@ -102,7 +102,7 @@ protected:
     void send(const Step& step) { client().send(step.bytes); }
 
     void halfClose(const Step& step) {
-        EXPECT_TRUE(endSending(client().socket().socketDescriptor())) << "line " << step.line;
+        EXPECT_TRUE(shutdownSending(client().socket().socketDescriptor())) << "line " << step.line;
     }
 
     void reset(const Step& step) {
@@ -174,7 +174,7 @@ protected:
     void startGateway() {
         site_.writeFile(QString::fromUtf8(kProbeTarget), probeContent());
         if (transport() == Transport::Tls) {
-            if (!canMakeCertificates()) {
+            if (!canInstallCertificates()) {
                 GTEST_SKIP() << "the tests cannot install certificates on this system";
             }
             installCertificate(site_, settings_.GatewayAddress);

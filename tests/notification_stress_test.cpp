@@ -249,7 +249,7 @@ TEST_F(SharedNotificationTest, ShowsOnlyWholeDocumentsToAllClients) {
     gateway.start();
     {
         const QDeadlineTimer end(stressTime());
-        const QDeadlineTimer deadline(stressTime() + kPatience);
+        const QDeadlineTimer deadline(stressTime() + kTestTimeout);
         // On a slow machine some event may not have occurred by the end.
         const auto isFinished = [&] {
             return deadline.hasExpired() || (end.hasExpired() && hasSeenAll());

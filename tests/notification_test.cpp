@@ -36,8 +36,8 @@ const QByteArray kDate = "2024-06-01T12:00:00";
 // An item newer than every date in these tests. It keeps its document from being emptied.
 const QByteArray kNewer = "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2030-01-01\"}";
 
-QByteArray deleteWith(const QByteArray& header,
-                      const QByteArray& target = "/notifications/n.json") {
+QByteArray deleteRequest(const QByteArray& header,
+                         const QByteArray& target = "/notifications/n.json") {
     return "DELETE " + target + " HTTP/1.1\r\n" + header + "\r\n";
 }
 
@@ -66,9 +66,9 @@ protected:
     }
 
     // Checks that the request is refused with 500 twice and does not change the file.
-    void expectFailure(const QByteArray& request = resetRequest()) {
+    void expectFailure(const QByteArray& bytes = resetRequest()) {
         const QByteArray before = notification();
-        EXPECT_EQ(ask(request), kRefused);
+        EXPECT_EQ(request(bytes), kRefused);
         EXPECT_TRUE(notification() == before) << notification().left(200).toStdString();
     }
 
@@ -82,7 +82,7 @@ const QString NotificationTest::kFailed = u"5 [End] failed to initialize file (n
 TEST_P(NotificationTest, EmptiesFileAndSends204) {
     writeNotification("{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"" + kDate + "\"}}");
     startGateway();
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{}");
     EXPECT_EQ(staged(), QStringList());
     EXPECT_EQ(stopAndReadLog(),
@@ -102,12 +102,12 @@ TEST_P(NotificationTest, ClearsOlderItemsAndKeepsRest) {
         "\"RemoteExecution\":{\"IsExist\":false,\"LastUpdated\":\"2024-06-01T12:00:00\"},"
         "\"RemoteExecutionCancel\":{\"IsExist\":false,\"LastUpdated\":\"2024-06-01T12:00:00\"},"
         "\"RemoteSetting\":{\"IsExist\":true,\"LastUpdated\":\"2024-06-01T12:00:01\"}}";
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), after);
     // A repeated reset changes nothing and succeeds.
-    EXPECT_EQ(ask(resetRequest("2024-06-01T12:00:00")), kReset);
+    EXPECT_EQ(request(resetRequest("2024-06-01T12:00:00")), kReset);
     EXPECT_EQ(notification(), after);
-    EXPECT_EQ(ask(get("/notifications/n.json")), wholeReply(after));
+    EXPECT_EQ(request(get("/notifications/n.json")), wholeReply(after));
 }
 
 TEST_P(NotificationTest, EmptiesEveryKindOfDocument) {
@@ -118,7 +118,7 @@ TEST_P(NotificationTest, EmptiesEveryKindOfDocument) {
     };
     for (const auto& [before, after] : cases) {
         writeNotification(before);
-        EXPECT_EQ(ask(resetRequest()), kReset) << before;
+        EXPECT_EQ(request(resetRequest()), kReset) << before;
         EXPECT_EQ(notification(), after);
     }
 }
@@ -128,9 +128,9 @@ TEST_P(NotificationTest, KeepsPendingItemsIfDateIsInvalid) {
         "{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"1971-01-01\"}}";
     writeNotification(document);
     startGateway();
-    EXPECT_EQ(ask(resetRequest("%1 is %2 no date")), kReset);
+    EXPECT_EQ(request(resetRequest("%1 is %2 no date")), kReset);
     EXPECT_EQ(notification(), document);
-    EXPECT_EQ(ask(resetRequest("")), kReset);
+    EXPECT_EQ(request(resetRequest("")), kReset);
     EXPECT_EQ(notification(), document);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{resetLine(u"%1 is %2 no date"_s),
@@ -141,7 +141,7 @@ TEST_P(NotificationTest, KeepsPendingItemsIfDateIsInvalid) {
 TEST_P(NotificationTest, LogsPlaceholdersVerbatim) {
     site_.writeFile(u"notifications/%251%252.json"_s, "nothing");
     startGateway();
-    EXPECT_EQ(ask(resetRequest("%2%1", "/notifications/%1%2.json")), kRefused);
+    EXPECT_EQ(request(resetRequest("%2%1", "/notifications/%1%2.json")), kRefused);
     const QString path = site_.rootPath(u"notifications/%251%252.json"_s);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"3 Reset " + path + u" [date - %2%1].",
@@ -156,10 +156,10 @@ TEST_P(NotificationTest, ReadsDateWithoutOffsetAsLocalTime) {
     gateway_.setEnvironment(u"TZ"_s, u"JST-9"_s);
     startGateway();
     writeNotification(pending("2024-06-01T03:00:00Z"));
-    EXPECT_EQ(ask(resetRequest("2024-06-01T12:00:00")), kReset);
+    EXPECT_EQ(request(resetRequest("2024-06-01T12:00:00")), kReset);
     EXPECT_EQ(notification(), "{}");
     writeNotification(pending("2024-06-01T03:00:01Z"));
-    EXPECT_EQ(ask(resetRequest("2024-06-01T12:00:00")), kReset);
+    EXPECT_EQ(request(resetRequest("2024-06-01T12:00:00")), kReset);
     EXPECT_EQ(notification(), pending("2024-06-01T03:00:01Z"));
 }
 
@@ -168,7 +168,7 @@ TEST_P(NotificationTest, IgnoresRequestTimeout) {
     Settings settings;
     settings.HTTPRequestTimeout = "0";
     startGateway(settings);
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{}");
 }
 
@@ -184,7 +184,7 @@ TEST_P(NotificationTest, RefusesDeleteWithoutResetHeader) {
         "X-Other: X-Quorin-Notification-Reset-Date: " + kDate + "\r\n",
     };
     for (const QByteArray& header : headers) {
-        EXPECT_EQ(ask(deleteWith(header)), kRefused) << header.toStdString();
+        EXPECT_EQ(request(deleteRequest(header)), kRefused) << header.toStdString();
     }
     EXPECT_EQ(notification(), "{\"a\":1}");
     const QStringList logged = stopAndReadHandlerLog();
@@ -197,12 +197,12 @@ TEST_P(NotificationTest, TrimsDateAndUsesLastHeader) {
         "{\"RemoteExecution\":{\"IsExist\":true,\"LastUpdated\":\"2024-01-01\"}}";
     writeNotification(document);
     startGateway();
-    EXPECT_EQ(ask(deleteWith("X-Quorin-Notification-Reset-Date: 2025-01-01\r\n"
-                             "X-Quorin-Notification-Reset-Date: \t2023-01-01 \t\r\n")),
+    EXPECT_EQ(request(deleteRequest("X-Quorin-Notification-Reset-Date: 2025-01-01\r\n"
+                                    "X-Quorin-Notification-Reset-Date: \t2023-01-01 \t\r\n")),
               kReset);
     EXPECT_EQ(notification(), document);
-    EXPECT_EQ(ask("delete /notifications/n.json HTTP/1.1\r\n"
-                  "\tX-Quorin-Notification-Reset-Date :2025-01-01\r\n\r\n"),
+    EXPECT_EQ(request("delete /notifications/n.json HTTP/1.1\r\n"
+                      "\tX-Quorin-Notification-Reset-Date :2025-01-01\r\n\r\n"),
               kReset);
     EXPECT_EQ(notification(), "{}");
     EXPECT_EQ(
@@ -214,10 +214,10 @@ TEST_P(NotificationTest, TrimsDateAndUsesLastHeader) {
 TEST_P(NotificationTest, Sends404IfTargetIsNoFile) {
     writeNotification("{}");
     startGateway();
-    EXPECT_EQ(ask(resetRequest(kDate, "/notifications/none.json")), kMissing);
-    EXPECT_EQ(ask(resetRequest(kDate, "/notifications")), kMissing);
-    EXPECT_EQ(ask(resetRequest(kDate, "notifications/n.json")), kMissing);
-    EXPECT_EQ(ask(resetRequest(kDate, "/notifications/../notifications/n.json")),
+    EXPECT_EQ(request(resetRequest(kDate, "/notifications/none.json")), kMissing);
+    EXPECT_EQ(request(resetRequest(kDate, "/notifications")), kMissing);
+    EXPECT_EQ(request(resetRequest(kDate, "notifications/n.json")), kMissing);
+    EXPECT_EQ(request(resetRequest(kDate, "/notifications/../notifications/n.json")),
               kReply400 + kReply500);
     EXPECT_EQ(staged(), QStringList());
 }
@@ -226,9 +226,9 @@ TEST_P(NotificationTest, ResetsOnlyOnDelete) {
     writeNotification("{\"a\":1}");
     startGateway();
     for (const char* const method : {"PUT", "POST"}) {
-        EXPECT_EQ(ask(resetRequest().replace("DELETE", method)), kReply405 + kReply500);
+        EXPECT_EQ(request(resetRequest().replace("DELETE", method)), kReply405 + kReply500);
     }
-    EXPECT_THAT(ask(resetRequest().replace("DELETE", "GET")).toStdString(),
+    EXPECT_THAT(request(resetRequest().replace("DELETE", "GET")).toStdString(),
                 testing::EndsWith("\r\n\r\n{\"a\":1}"));
     EXPECT_EQ(notification(), "{\"a\":1}");
 }
@@ -238,9 +238,9 @@ TEST_P(NotificationTest, ResetsFilesOfEveryFolder) {
     site_.writeFile(u"top.txt"_s, "[1]");
     site_.writeFile(u"patterns/p.xml"_s, "<p/>");
     startGateway();
-    EXPECT_EQ(ask(resetRequest(kDate, "/fwfiles/deep/n.json")), kReset);
-    EXPECT_EQ(ask(resetRequest(kDate, "/top.txt")), kReset);
-    EXPECT_EQ(ask(resetRequest(kDate, "/patterns/p.xml")), kRefused);
+    EXPECT_EQ(request(resetRequest(kDate, "/fwfiles/deep/n.json")), kReset);
+    EXPECT_EQ(request(resetRequest(kDate, "/top.txt")), kReset);
+    EXPECT_EQ(request(resetRequest(kDate, "/patterns/p.xml")), kRefused);
     EXPECT_EQ(site_.readFile(u"fwfiles/deep/n.json"_s), "{}");
     EXPECT_EQ(site_.readFile(u"top.txt"_s), "[]");
     EXPECT_EQ(site_.readFile(u"patterns/p.xml"_s), "<p/>");
@@ -290,10 +290,10 @@ TEST_P(NotificationTest, ResetsDocumentOf5MiB) {
     };
     writeNotification(document("{\"IsExist\":true,\"LastUpdated\":\"2024-01-01\"}"));
     startGateway();
-    EXPECT_EQ(ask(resetRequest("2024-01-02")), kReset);
+    EXPECT_EQ(request(resetRequest("2024-01-02")), kReset);
     const QByteArray after = document("{\"IsExist\":false,\"LastUpdated\":\"2024-01-02\"}");
     EXPECT_TRUE(notification() == after);
-    EXPECT_TRUE(ask(get("/notifications/n.json")) == wholeReply(after));
+    EXPECT_TRUE(request(get("/notifications/n.json")) == wholeReply(after));
 }
 
 TEST_P(NotificationTest, WritesDecimalPointInEveryLocale) {
@@ -310,7 +310,7 @@ TEST_P(NotificationTest, WritesDecimalPointInEveryLocale) {
     writeNotification("{" + kNewer + ",\"a\":0.5,\"b\":1234567.891,\"c\":-1.5e-7,\"d\":1e300}");
     gateway_.setEnvironment(u"LC_ALL"_s, QString::fromLatin1(name));
     startGateway();
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{" + kNewer +
                                   ",\"a\":0.5,\"b\":1234567.8910000001,"
                                   "\"c\":-1.4999999999999999e-07,\"d\":1.0000000000000001e+300}");
@@ -352,7 +352,7 @@ TEST_P(NotificationTest, LocksEachFileSeparately) {
     QLockFile holder(site_.stagingPath(u"m.json.lock"_s));
     ASSERT_TRUE(holder.tryLock());
     startGateway();
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
 }
 
 TEST_P(NotificationTest, BreaksLockOfDeadProcess) {
@@ -362,7 +362,7 @@ TEST_P(NotificationTest, BreaksLockOfDeadProcess) {
     lock.write("2000000000\nwriter\n\n\n\n"); // beyond the largest process id
     lock.close();
     startGateway();
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{}");
     EXPECT_EQ(staged(), QStringList());
 }
@@ -376,7 +376,7 @@ TEST_P(NotificationTest, BreaksOldLockWithoutHolder) {
     ASSERT_TRUE(lock.setFileTime(QDateTime::currentDateTime().addSecs(-60),
                                  QFileDevice::FileModificationTime));
     lock.close();
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(staged(), QStringList());
 }
 
@@ -406,7 +406,7 @@ protected:
     }
 
     void expectSuccess() {
-        EXPECT_EQ(ask(resetRequest()), kReset);
+        EXPECT_EQ(request(resetRequest()), kReset);
         EXPECT_EQ(notification(), "{\"RemoteExecution\":{\"IsExist\":false,\"LastUpdated\":\"" +
                                       kDate + "\"}," + kNewer + "}");
         EXPECT_EQ(staged(), QStringList());
@@ -500,7 +500,7 @@ TEST_P(NotificationFaultTest, FailsAfterPartialWrite) {
     EXPECT_LT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), size);
     // A smaller document fits, although the part remains.
     writeNotification("{\"Filler\":\"" + QByteArray(size, 'x') + "\"}");
-    EXPECT_EQ(ask(resetRequest()), kReset);
+    EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{}");
     EXPECT_EQ(staged(), QStringList());
     EXPECT_EQ(stopAndReadHandlerLog(),
@@ -540,7 +540,7 @@ TEST_P(NotificationFaultTest, DoesNotCopyToOtherVolume) {
     startGateway();
     expectFailure();
     EXPECT_FALSE(staged().contains(u"n.json.lock"_s));
-    EXPECT_THAT(ask(get("/notifications/n.json")).toStdString(),
+    EXPECT_THAT(request(get("/notifications/n.json")).toStdString(),
                 testing::EndsWith("\r\n\r\n" + document.toStdString()));
     ASSERT_TRUE(QFile::remove(notificationsFolder()));
     writeNotification(document);
@@ -553,9 +553,9 @@ INSTANTIATE_TEST_SUITE_P(Transports, NotificationFaultTest, testing::Values(Tran
 // The manifest depends on the local address of the connection.
 class ManifestTest : public NotificationTest {
 protected:
-    QByteArray askAt(const QString& address, const QByteArray& request) {
+    QByteArray requestFrom(const QString& address, const QByteArray& bytes) {
         Client client(site_.port(), GetParam(), QHostAddress(address));
-        client.send(request);
+        client.send(bytes);
         return client.readToEnd();
     }
 };
@@ -565,23 +565,24 @@ TEST_P(ManifestTest, SelectsManifestOfLocalAddress) {
     site_.writeFile(u"update_127.0.0.1.json"_s, "first");
     site_.writeFile(u"update_127.0.0.2.json"_s, "second");
     startGateway();
-    EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update.json")), streamedReply("first"));
-    EXPECT_EQ(askAt(u"127.0.0.2"_s, get("/update.json")), streamedReply("second"));
-    EXPECT_EQ(askAt(u"127.0.0.3"_s, get("/update.json")), streamedReply("general"));
+    EXPECT_EQ(requestFrom(u"127.0.0.1"_s, get("/update.json")), streamedReply("first"));
+    EXPECT_EQ(requestFrom(u"127.0.0.2"_s, get("/update.json")), streamedReply("second"));
+    EXPECT_EQ(requestFrom(u"127.0.0.3"_s, get("/update.json")), streamedReply("general"));
 }
 
 TEST_P(ManifestTest, IgnoresManifestOfOtherAddress) {
     site_.writeFile(u"update_127.0.0.2.json"_s, "second");
     startGateway();
-    EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update.json")), kMissing);
+    EXPECT_EQ(requestFrom(u"127.0.0.1"_s, get("/update.json")), kMissing);
     // Under its own name it is an ordinary file.
-    EXPECT_EQ(askAt(u"127.0.0.1"_s, get("/update_127.0.0.2.json")), streamedReply("second"));
-    EXPECT_EQ(stopAndReadHandlerLog(), (QStringList{u"2 Received requesting update.json from "_s,
-                                                    u"2 Response update.json : update.json"_s,
-                                                    u"5 [End] " + rooted(u"/update.json"_s) +
-                                                        u" does not exist or directory",
-                                                    u"2 Target file : update_127.0.0.2.json"_s,
-                                                    u"2 GET update_127.0.0.2.json - -  200 0"_s}));
+    EXPECT_EQ(requestFrom(u"127.0.0.1"_s, get("/update_127.0.0.2.json")), streamedReply("second"));
+    EXPECT_EQ(
+        stopAndReadHandlerLog(),
+        (QStringList{
+            u"2 Received requesting update.json from "_s, u"2 Response update.json : update.json"_s,
+            u"5 [End] " + underDocumentRoot(u"/update.json"_s) + u" does not exist or directory",
+            u"2 Target file : update_127.0.0.2.json"_s,
+            u"2 GET update_127.0.0.2.json - -  200 0"_s}));
 }
 
 TEST_P(ManifestTest, MatchesManifestNameCaseSensitively) {
@@ -589,8 +590,8 @@ TEST_P(ManifestTest, MatchesManifestNameCaseSensitively) {
     site_.writeFile(u"Update.json"_s, "capital");
     site_.writeFile(u"update.json.bak"_s, "backup");
     startGateway();
-    EXPECT_EQ(ask(get("/Update.json")), streamedReply("capital"));
-    EXPECT_EQ(ask(get("/update.json.bak")), streamedReply("backup"));
+    EXPECT_EQ(request(get("/Update.json")), streamedReply("capital"));
+    EXPECT_EQ(request(get("/update.json.bak")), streamedReply("backup"));
     EXPECT_THAT(stopAndReadHandlerLog(),
                 testing::Not(testing::Contains(u"2 Received requesting update.json from "_s)));
 }
@@ -599,20 +600,20 @@ TEST_P(ManifestTest, Sends404IfVariantIsFolder) {
     site_.writeFile(u"update.json"_s, "general");
     site_.writeFile(u"update_127.0.0.1.json/a"_s, "inside");
     startGateway();
-    EXPECT_EQ(ask(get("/update.json")), kMissing);
+    EXPECT_EQ(request(get("/update.json")), kMissing);
 }
 
 TEST_P(ManifestTest, SendsManifestVariantAsNotification) {
     site_.writeFile(u"notifications/update_127.0.0.1.json"_s, "{}");
     startGateway();
-    EXPECT_EQ(ask(get("/notifications/update.json")), wholeReply("{}"));
+    EXPECT_EQ(request(get("/notifications/update.json")), wholeReply("{}"));
 }
 
 TEST_P(ManifestTest, ResetsManifestVariant) {
     site_.writeFile(u"update.json"_s, "{\"general\":1}");
     site_.writeFile(u"update_127.0.0.1.json"_s, "{\"variant\":1}");
     startGateway();
-    EXPECT_EQ(ask(resetRequest(kDate, "/update.json")), kReset);
+    EXPECT_EQ(request(resetRequest(kDate, "/update.json")), kReset);
     EXPECT_EQ(site_.readFile(u"update.json"_s), "{\"general\":1}");
     EXPECT_EQ(site_.readFile(u"update_127.0.0.1.json"_s), "{}");
     EXPECT_EQ(stopAndReadHandlerLog(),

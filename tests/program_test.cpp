@@ -1,10 +1,10 @@
-// The program quorin-gateway as a process: control pipe, signals, limits.
+// The program quorin-gateway as a process: commands, control pipe, signals, limits.
 
 #include "platform/control_pipe.h"
 #include "support/client.h"
 #include "support/deadline.h"
-#include "support/gateway.h"
-#include "support/site.h"
+#include "support/lifecycle_fixture.h"
+#include "support/paused_download.h"
 #include "support/system.h"
 
 #include <QCoreApplication>
@@ -19,7 +19,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <list>
 #include <memory>
 #include <optional>
@@ -33,13 +32,25 @@ namespace {
 using testing::Contains;
 using testing::Not;
 
-constexpr int kPatienceMs = int(std::chrono::milliseconds(kPatience).count());
-
-const QString kQuitLine = u"3 quit command recieved"_s;
-
-class ProgramProcessTest : public testing::Test {
+class ProgramTest : public LifecycleTest {
 protected:
-    ProgramProcessTest() { site_.writeSettings(); }
+    // Runs quorin-gateway to its end and returns its exit code.
+    std::optional<int> run(const QStringList& arguments) {
+        Gateway program(site_);
+        program.startProgram(arguments);
+        const std::optional<int> code = program.waitForExit();
+        output_ = program.output();
+        errors_ = program.errorOutput();
+        return code;
+    }
+
+    // Returns true if the interruption ended the process before the gateway stopped.
+    bool wasKilledByInterrupt(Gateway& process) const {
+        const std::optional<int> code = process.waitForExit();
+        // Windows returns an exit code after Ctrl-C, which is 0 under Wine.
+        return (!code || (kOnWindows && *code == 0)) &&
+               !site_.logged().contains(endLine(arguments(), u"Success"_s));
+    }
 
     QStringList runArguments() const { return {u"run"_s, site_.settingsPath(), u"primary"_s}; }
 
@@ -57,7 +68,7 @@ protected:
     // Connects a controller that sends nothing.
     void connectSilently(QLocalSocket& controller) const {
         controller.connectToServer(pipeName());
-        ASSERT_TRUE(controller.waitForConnected(kPatienceMs))
+        ASSERT_TRUE(controller.waitForConnected(kTestTimeoutMs))
             << controller.errorString().toStdString();
     }
 
@@ -66,7 +77,8 @@ protected:
         return waitUntil([&] { return connections() == count; });
     }
 
-    Site site_;
+    QByteArray output_; // of run()
+    QByteArray errors_;
 
 private:
     // The system lists the listening socket and the server's end of each connection. Their names
@@ -81,16 +93,98 @@ private:
     }
 };
 
-class StopCommandTest : public ProgramProcessTest {};
+TEST_F(ProgramTest, ReturnsExitCodeOfGateway) {
+    ASSERT_TRUE(QFile::remove(site_.settingsPath()));
+    EXPECT_EQ(run(runArguments()), 1);
+}
+
+TEST_F(ProgramTest, WrongUsagePrintsOneLineAndExitsWith64) {
+    const QString settings = site_.settingsPath();
+    for (const QStringList& arguments :
+         {QStringList{}, QStringList{u"serve"_s}, QStringList{u"run"_s},
+          QStringList{u"run"_s, settings}, QStringList{u"run"_s, settings, u"Primary"_s},
+          QStringList{u"run"_s, settings, u"primary"_s, u"x"_s},
+          QStringList{u"stop"_s, u"now"_s}}) {
+        EXPECT_EQ(run(arguments), 64);
+        EXPECT_EQ(errors_.count('\n'), 1) << errors_.toStdString();
+        EXPECT_TRUE(errors_.startsWith("quorin-gateway: ")) << errors_.toStdString();
+        EXPECT_EQ(output_, "");
+    }
+}
+
+TEST_F(ProgramTest, PrintsHelpAndVersionToStandardOutput) {
+    EXPECT_EQ(run({u"--help"_s}), 0);
+    EXPECT_TRUE(output_.startsWith("usage: quorin-gateway run SETTINGS primary|secondary\n"));
+    EXPECT_EQ(run({u"--version"_s}), 0);
+    EXPECT_EQ(output_, "quorin-gateway " QUORIN_VERSION "\n");
+}
+
+TEST_F(ProgramTest, RunsUntilStopped) {
+    gateway_.startProgram({u"run"_s, site_.settingsPath(), u"secondary"_s});
+    EXPECT_TRUE(isListening());
+    EXPECT_EQ(run({u"stop"_s}), 0);
+    EXPECT_EQ(errors_, "");
+    EXPECT_EQ(gateway_.waitForExit(), 0);
+    EXPECT_EQ(site_.logged().last(), endLine(arguments(u"secondary"_s), u"Success"_s));
+}
+
+TEST_F(ProgramTest, ReadsSettingsFileWithUnicodeName) {
+    const QString path = QFileInfo(site_.settingsPath()).path() + u"/\u00fcber \u8a2d\u5b9a.xml";
+    ASSERT_TRUE(QFile::copy(site_.settingsPath(), path));
+    gateway_.startProgram({u"run"_s, path, u"primary"_s});
+    EXPECT_TRUE(isListening());
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(site_.logged().last(), endLine(path + u" primary", u"Success"_s));
+}
+
+TEST_F(ProgramTest, FinishesDownloadAfterInterrupt) {
+    const QByteArray content(kLargeSize, 'x');
+    site_.writeFile(u"fwfiles/large.bin"_s, content);
+    gateway_.startProgram(runArguments());
+    const auto client = startDownload(site_.port(), "/fwfiles/large.bin", kLargeSize);
+    gateway_.interrupt();
+    ASSERT_TRUE(site_.waitUntilLogged(kQuitLine));
+    EXPECT_TRUE(client->readToEnd() == content);
+    EXPECT_EQ(gateway_.waitForExit(), 0);
+    EXPECT_EQ(site_.logged().last(), endLine(arguments(), u"Success"_s));
+}
+
+TEST_F(ProgramTest, SecondInterruptEndsDownload) {
+    site_.writeFile(u"fwfiles/large.bin"_s, QByteArray(kLargeSize, 'x'));
+    gateway_.startProgram(runArguments());
+    const auto client = startDownload(site_.port(), "/fwfiles/large.bin", kLargeSize);
+    gateway_.interrupt();
+    ASSERT_TRUE(site_.waitUntilLogged(kQuitLine));
+    gateway_.interrupt();
+    EXPECT_TRUE(wasKilledByInterrupt(gateway_));
+}
+
+TEST_F(ProgramTest, InterruptedSecondInstanceKeepsFirstRunning) {
+    gateway_.start();
+    EXPECT_TRUE(isListening());
+    Gateway second(site_);
+    second.startProgram(runArguments());
+    second.interrupt();
+    EXPECT_TRUE(wasKilledByInterrupt(second));
+    EXPECT_EQ(exchange(site_.port(), get("/api/x")), kReply500);
+    EXPECT_EQ(gateway_.stop(), 0);
+}
+
+class StopCommandTest : public ProgramTest {};
+
+TEST_F(StopCommandTest, ReportsMissingGateway) {
+    EXPECT_EQ(run({u"stop"_s}), 1);
+    EXPECT_EQ(errors_, "quorin-gateway: no gateway listens for commands on this machine\n");
+}
 
 TEST_F(StopCommandTest, WaitsUntilServerClosesPipe) {
     QLocalServer server;
     ASSERT_TRUE(server.listen(pipeName())) << server.errorString().toStdString();
     std::unique_ptr<QLocalSocket> connection;
     const auto acceptCommand = [&] {
-        ASSERT_TRUE(server.waitForNewConnection(kPatienceMs));
+        ASSERT_TRUE(server.waitForNewConnection(kTestTimeoutMs));
         connection.reset(server.nextPendingConnection());
-        ASSERT_TRUE(connection->waitForReadyRead(kPatienceMs));
+        ASSERT_TRUE(connection->waitForReadyRead(kTestTimeoutMs));
         EXPECT_EQ(connection->readAll(), "quit");
     };
     Gateway first(site_);
@@ -130,9 +224,9 @@ TEST_F(StopCommandTest, RetriesWhilePipeIsBusy) {
     controllers.clear();
     QByteArray command;
     while (command.isEmpty()) {
-        ASSERT_TRUE(server.hasPendingConnections() || server.waitForNewConnection(kPatienceMs));
+        ASSERT_TRUE(server.hasPendingConnections() || server.waitForNewConnection(kTestTimeoutMs));
         const std::unique_ptr<QLocalSocket> connection(server.nextPendingConnection());
-        connection->waitForReadyRead(kPatienceMs);
+        connection->waitForReadyRead(kTestTimeoutMs);
         command = connection->readAll();
     }
     EXPECT_EQ(command, "quit");
@@ -144,9 +238,8 @@ TEST_F(StopCommandTest, WaitsForEarlierControllers) {
     if (kOnWindows) {
         GTEST_SKIP() << "this system does not list the connections of a pipe";
     }
-    Gateway gateway(site_);
-    gateway.start();
-    ASSERT_TRUE(Client(site_.port()).isConnected());
+    gateway_.start();
+    ASSERT_TRUE(isListening());
     QLocalSocket first;
     connectSilently(first);
     QLocalSocket second;
@@ -162,7 +255,7 @@ TEST_F(StopCommandTest, WaitsForEarlierControllers) {
     second.abort();
     EXPECT_EQ(stop.waitForExit(), 0);
     EXPECT_EQ(stop.errorOutput(), "");
-    EXPECT_EQ(gateway.waitForExit(), 0);
+    EXPECT_EQ(gateway_.waitForExit(), 0);
     EXPECT_THAT(site_.logged(), Contains(kQuitLine));
 }
 
@@ -176,9 +269,8 @@ TEST_F(StopCommandTest, ReportsDeniedAccess) {
         executeAsOtherUser({u"true"_s}) != 0) {
         GTEST_SKIP() << "this account cannot start a process as another user";
     }
-    Gateway gateway(site_);
-    gateway.start();
-    ASSERT_TRUE(Client(site_.port()).isConnected());
+    gateway_.start();
+    ASSERT_TRUE(isListening());
 
     // The other user can reach the pipe's file and the program: only the file's mode is left to
     // deny access.
@@ -198,10 +290,10 @@ TEST_F(StopCommandTest, ReportsDeniedAccess) {
     EXPECT_EQ(stop.errorOutput(),
               "quorin-gateway: permission denied: cannot open the gateway's control pipe\n");
     EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
-    EXPECT_EQ(gateway.stop(), 0);
+    EXPECT_EQ(gateway_.stop(), 0);
 }
 
-class RunCommandTest : public ProgramProcessTest {
+class RunCommandTest : public ProgramTest {
 protected:
     void SetUp() override {
         if (kOnWindows) {
@@ -211,27 +303,25 @@ protected:
 };
 
 TEST_F(RunCommandTest, SecondInterruptDoesNotWaitForPipe) {
-    Gateway gateway(site_);
-    gateway.startProgram(runArguments());
-    ASSERT_TRUE(Client(site_.port()).isConnected());
+    gateway_.startProgram(runArguments());
+    ASSERT_TRUE(isListening());
     QLocalSocket silent;
     connectSilently(silent);
-    gateway.interrupt();
+    gateway_.interrupt();
     ASSERT_TRUE(waitUntilConnected(2)) << "the gateway sends the command to itself";
-    gateway.interrupt();
-    EXPECT_EQ(gateway.waitForExit(), std::nullopt);
-    EXPECT_FALSE(isRunning(gateway));
+    gateway_.interrupt();
+    EXPECT_EQ(gateway_.waitForExit(), std::nullopt);
+    EXPECT_FALSE(isRunning(gateway_));
     EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
 }
 
 TEST_F(RunCommandTest, StopsOnSigtermAfterSigusr2) {
-    Gateway gateway(site_);
-    gateway.startProgram(runArguments());
-    ASSERT_TRUE(Client(site_.port()).isConnected());
-    const QString sigusr2 = u"kill -s USR2 %1"_s.arg(gateway.processId());
+    gateway_.startProgram(runArguments());
+    ASSERT_TRUE(isListening());
+    const QString sigusr2 = u"kill -s USR2 %1"_s.arg(gateway_.processId());
     ASSERT_EQ(QProcess::execute(u"sh"_s, {u"-c"_s, sigusr2}), 0);
-    gateway.interrupt();
-    EXPECT_EQ(gateway.waitForExit(), 0);
+    gateway_.interrupt();
+    EXPECT_EQ(gateway_.waitForExit(), 0);
     EXPECT_THAT(site_.logged(), Contains(kQuitLine));
 }
 
@@ -239,16 +329,15 @@ TEST_F(RunCommandTest, RaisesSoftDescriptorLimitToHardOne) {
     if (QStandardPaths::findExecutable(u"prlimit"_s).isEmpty()) {
         GTEST_SKIP() << "this system has no prlimit";
     }
-    Gateway gateway(site_);
-    gateway.startProcess(u"prlimit"_s,
-                         QStringList{u"--nofile=256:1000"_s, QStringLiteral(QUORIN_PROGRAM)} +
-                             runArguments());
-    ASSERT_TRUE(Client(site_.port()).isConnected());
-    QFile limits(u"/proc/%1/limits"_s.arg(gateway.processId()));
+    gateway_.startProcess(u"prlimit"_s,
+                          QStringList{u"--nofile=256:1000"_s, QStringLiteral(QUORIN_PROGRAM)} +
+                              runArguments());
+    ASSERT_TRUE(isListening());
+    QFile limits(u"/proc/%1/limits"_s.arg(gateway_.processId()));
     ASSERT_TRUE(limits.open(QIODevice::ReadOnly));
     EXPECT_THAT(limits.readAll().simplified().toStdString(),
                 testing::HasSubstr("Max open files 1000 1000 files"));
-    EXPECT_EQ(gateway.stop(), 0);
+    EXPECT_EQ(gateway_.stop(), 0);
 }
 
 } // namespace

@@ -22,7 +22,7 @@ INSTANTIATE_TEST_SUITE_P(Transports, RequestTest, testing::ValuesIn(transports()
 
 TEST_P(RequestTest, RefusesPutWith405And500) {
     startGateway();
-    EXPECT_EQ(ask("PUT /fwfiles/x HTTP/1.1\r\n\r\n"), kReply405 + kReply500);
+    EXPECT_EQ(request("PUT /fwfiles/x HTTP/1.1\r\n\r\n"), kReply405 + kReply500);
     EXPECT_EQ(stopAndReadLog(),
               logOfRequest({u"5 [End] unsupported http method was requested: PUT"_s}));
 }
@@ -31,7 +31,8 @@ TEST_P(RequestTest, LogsNameOfRefusedMethod) {
     site_.writeFile(u"fwfiles/a"_s, "a");
     startGateway();
     for (const char* const method : {"HEAD", "POST", "CONNECT", "OPTIONS", "trace", "BREW"}) {
-        EXPECT_EQ(ask(QByteArray(method) + " /fwfiles/a HTTP/1.1\r\n\r\n"), kReply405 + kReply500)
+        EXPECT_EQ(request(QByteArray(method) + " /fwfiles/a HTTP/1.1\r\n\r\n"),
+                  kReply405 + kReply500)
             << method;
     }
     QStringList refused = stopAndReadLog();
@@ -43,7 +44,7 @@ TEST_P(RequestTest, LogsNameOfRefusedMethod) {
 
 TEST_P(RequestTest, Sends500TwiceForMalformedRequest) {
     startGateway();
-    EXPECT_EQ(ask("nonsense\r\n\r\n"), kReply500 + kReply500);
+    EXPECT_EQ(request("nonsense\r\n\r\n"), kReply500 + kReply500);
     EXPECT_EQ(stopAndReadLog(),
               logOfRequest({u"5 [End] Failed to parse http request. (127.0.0.1)"_s}));
 }
@@ -90,28 +91,28 @@ TEST_P(RequestTest, EndsWorkerWhenSilentClientDisconnects) {
 
 TEST_P(RequestTest, Sends404And500ForMissingFile) {
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/none")), kReply404 + kReply500);
-    EXPECT_EQ(stopAndReadLog(), logOfRequest({u"5 [End] " + rooted(u"/fwfiles/none"_s) +
+    EXPECT_EQ(request(get("/fwfiles/none")), kReply404 + kReply500);
+    EXPECT_EQ(stopAndReadLog(), logOfRequest({u"5 [End] " + underDocumentRoot(u"/fwfiles/none"_s) +
                                               u" does not exist or directory"}));
 }
 
 TEST_P(RequestTest, DoesNotLogMissingUpgradeSetting) {
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/QuorinUpgradeSetting.json")), kReply404 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/QuorinUpgradeSetting.json")), kReply404 + kReply500);
     EXPECT_EQ(stopAndReadLog(), logOfRequest({}));
 }
 
 TEST_P(RequestTest, DoesNotServeFolders) {
     startGateway();
     for (const char* const target : {"/fwfiles", "/fwfiles/", "/", "/fwfiles/..", "/.."}) {
-        EXPECT_EQ(ask(get(target)), kReply404 + kReply500) << target;
+        EXPECT_EQ(request(get(target)), kReply404 + kReply500) << target;
     }
 }
 
 TEST_P(RequestTest, RefusesParentFolderInTarget) {
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/../secret")), kReply400 + kReply500);
-    EXPECT_EQ(ask(get("/api/WebApiCommScheme/x/../y")), kReply400 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/../secret")), kReply400 + kReply500);
+    EXPECT_EQ(request(get("/api/WebApiCommScheme/x/../y")), kReply400 + kReply500);
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{u"5 [End] /fwfiles/../secret is invalid url"_s,
                            u"5 [End] /api/WebApiCommScheme/x/../y is invalid url"_s}));
@@ -120,7 +121,7 @@ TEST_P(RequestTest, RefusesParentFolderInTarget) {
 TEST_P(RequestTest, RefusesDotFolderInTarget) {
     site_.writeFile(u"fwfiles/a"_s, "a");
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/./a")), kReply400 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/./a")), kReply400 + kReply500);
 }
 
 TEST_P(RequestTest, Sends404ForTargetWithoutLeadingSlash) {
@@ -131,10 +132,11 @@ TEST_P(RequestTest, Sends404ForTargetWithoutLeadingSlash) {
     startGateway();
     for (const char* const target : {"-secret/file", "file", "-secret/update.json", "",
                                      "api/WebApiCommScheme", "*", "http://localhost/fwfiles/a"}) {
-        EXPECT_EQ(ask(get(target)), kReply404 + kReply500) << target;
+        EXPECT_EQ(request(get(target)), kReply404 + kReply500) << target;
     }
-    EXPECT_THAT(stopAndReadLog(), testing::Contains(u"5 [End] " + rooted(u"-secret/file"_s) +
-                                                    u" does not exist or directory"));
+    EXPECT_THAT(stopAndReadLog(),
+                testing::Contains(u"5 [End] " + underDocumentRoot(u"-secret/file"_s) +
+                                  u" does not exist or directory"));
 }
 
 TEST_P(RequestTest, EncodesTargetAgainAndNeverDecodesIt) {
@@ -142,17 +144,18 @@ TEST_P(RequestTest, EncodesTargetAgainAndNeverDecodesIt) {
     site_.writeFile(u"fwfiles/a b.zip"_s, "plain space");
     site_.writeFile(u"fwfiles/%C3%BC"_s, "umlaut");
     startGateway();
-    EXPECT_THAT(ask(get("/fwfiles/a%20b.zip")).toStdString(),
+    EXPECT_THAT(request(get("/fwfiles/a%20b.zip")).toStdString(),
                 testing::EndsWith("\r\n\r\nencoded twice"));
-    EXPECT_THAT(ask(get("/fwfiles/\u00fc")).toStdString(), testing::EndsWith("\r\n\r\numlaut"));
-    EXPECT_EQ(ask(get("/fwfiles/x?y=1")), kReply404 + kReply500);
+    EXPECT_THAT(request(get("/fwfiles/\u00fc")).toStdString(), testing::EndsWith("\r\n\r\numlaut"));
+    EXPECT_EQ(request(get("/fwfiles/x?y=1")), kReply404 + kReply500);
 }
 
 TEST_P(RequestTest, LogsPlaceholdersOfTargetVerbatim) {
     startGateway();
-    EXPECT_EQ(ask(get("/fwfiles/%1%2%20")), kReply404 + kReply500);
-    EXPECT_EQ(stopAndReadLog(), logOfRequest({u"5 [End] " + rooted(u"/fwfiles/%251%252%2520"_s) +
-                                              u" does not exist or directory"}));
+    EXPECT_EQ(request(get("/fwfiles/%1%2%20")), kReply404 + kReply500);
+    EXPECT_EQ(stopAndReadLog(),
+              logOfRequest({u"5 [End] " + underDocumentRoot(u"/fwfiles/%251%252%2520"_s) +
+                            u" does not exist or directory"}));
 }
 
 TEST_P(RequestTest, ReturnsCommunicationSchemeAsJson) {
@@ -164,14 +167,14 @@ TEST_P(RequestTest, ReturnsCommunicationSchemeAsJson) {
          {"/api/WebApiCommScheme", "/api/WEBAPICOMMSCHEME", "/API/webApiCommScheme",
           "/fwfiles/../api/WebApiCommScheme", "/x/Api/WebApiCommScheme",
           "/api/WebApiCommScheme?a=b", "/api/%57ebApiCommScheme"}) {
-        EXPECT_EQ(ask(get(target)), reply) << target;
+        EXPECT_EQ(request(get(target)), reply) << target;
     }
-    EXPECT_EQ(ask("DELETE /api/WebApiCommScheme HTTP/1.1\r\n\r\n"), reply);
+    EXPECT_EQ(request("DELETE /api/WebApiCommScheme HTTP/1.1\r\n\r\n"), reply);
 }
 
 TEST_P(RequestTest, DoesNotLogApiQuery) {
     startGateway();
-    EXPECT_THAT(ask(get("/api/WebApiCommScheme")).toStdString(),
+    EXPECT_THAT(request(get("/api/WebApiCommScheme")).toStdString(),
                 testing::StartsWith("HTTP/1.1 200"));
     EXPECT_EQ(stopAndReadLog(), logOfRequest({}));
 }
@@ -180,7 +183,7 @@ TEST_P(RequestTest, ReturnsEmptySchemeForOtherRootUrl) {
     Settings settings;
     settings.RootUrl = "ftp://cloud";
     startGateway(settings);
-    EXPECT_EQ(ask(get("/api/WebApiCommScheme")),
+    EXPECT_EQ(request(get("/api/WebApiCommScheme")),
               "HTTP/1.1 200 OK\r\nContent-Length: 26\r\nContent-Type: application/json\r\n\r\n"
               "{\"CommunicationScheme\":\"\"}");
 }
@@ -189,7 +192,7 @@ TEST_P(RequestTest, ReturnsOrganizationIdFromSettings) {
     Settings settings;
     settings.OrganizationId = "\"M\u00fcller\" \\ 7";
     startGateway(settings);
-    EXPECT_EQ(ask(get("/api/WebApiOrganizationId")),
+    EXPECT_EQ(request(get("/api/WebApiOrganizationId")),
               "HTTP/1.1 200 OK\r\nContent-Length: 37\r\nContent-Type: application/json\r\n\r\n"
               "{\"OrganizationId\":\"\\\"M\u00fcller\\\" \\\\ 7\"}");
 }
@@ -197,7 +200,7 @@ TEST_P(RequestTest, ReturnsOrganizationIdFromSettings) {
 TEST_P(RequestTest, Sends500OnceForUnknownApiQuery) {
     startGateway();
     for (const char* const target : {"/api/x", "/api/"}) {
-        EXPECT_EQ(ask(get(target)), kReply500) << target;
+        EXPECT_EQ(request(get(target)), kReply500) << target;
     }
     EXPECT_EQ(stopAndReadHandlerLog(), QStringList());
 }
@@ -218,7 +221,7 @@ TEST_P(RequestTest, ServesOneRequestPerConnection) {
 TEST_P(RequestTest, TreatsPipelinedRequestAsBody) {
     site_.writeFile(u"fwfiles/a"_s, "a");
     startGateway();
-    const QByteArray reply = ask(get("/fwfiles/a") + get("/fwfiles/a"));
+    const QByteArray reply = request(get("/fwfiles/a") + get("/fwfiles/a"));
     EXPECT_EQ(reply.count("HTTP/1.1"), 1);
     EXPECT_THAT(reply.toStdString(), testing::EndsWith("\r\n\r\na"));
 }
@@ -229,13 +232,13 @@ TEST_P(RequestTest, RefusesOversizedHeaderAsMalformed) {
     Client client(site_.port(), GetParam());
     client.send("GET /fwfiles/a HTTP/1.1\r\nX: " + QByteArray(8 * 1024 * 1024, 'x') + "\r\n\r\n");
     ASSERT_TRUE(site_.waitUntilLogged(u"5 [End] Failed to parse http request. (127.0.0.1)"_s));
-    EXPECT_EQ(ask(get("/fwfiles/a")), kReply404 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/a")), kReply404 + kReply500);
 }
 
 TEST_P(RequestTest, TreatsNulInApiTargetAsUnknownQuery) {
     startGateway();
     for (const QByteArray& target : {QByteArray("/api/WebApi\0x", 13), QByteArray("/api/\0", 6)}) {
-        EXPECT_EQ(ask(get(target)), kReply500) << target.toHex().toStdString();
+        EXPECT_EQ(request(get(target)), kReply500) << target.toHex().toStdString();
     }
     EXPECT_EQ(stopAndReadHandlerLog(), QStringList());
     EXPECT_EQ(gateway_.errorOutput(), "");
@@ -245,9 +248,10 @@ TEST_P(RequestTest, RefusesOverlongPath) {
     startGateway();
     // Each of these bytes is nine characters of the path.
     const QByteArray folders = "//" + QByteArray(3'650, '\xff');
-    EXPECT_EQ(ask(get(folders + "/update.json")), kReply404 + kReply500);
-    EXPECT_EQ(ask(get(folders + "/a")), kReply404 + kReply500);
-    const QString prefix = u"5 [End] " + rooted(u"//"_s) + u"%EF%BF%BD"_s.repeated(3'650);
+    EXPECT_EQ(request(get(folders + "/update.json")), kReply404 + kReply500);
+    EXPECT_EQ(request(get(folders + "/a")), kReply404 + kReply500);
+    const QString prefix =
+        u"5 [End] " + underDocumentRoot(u"//"_s) + u"%EF%BF%BD"_s.repeated(3'650);
     EXPECT_TRUE(stopAndReadHandlerLog() ==
                 (QStringList{prefix + u"/update.json does not exist or directory",
                              prefix + u"/a does not exist or directory"}));
@@ -270,11 +274,11 @@ TEST_P(RequestTest, LimitsLargeFilesWhileWorkersAreBusy) {
     startGateway(settings);
     Clients idle = occupyWorkers(site_, 2, GetParam());
     const QByteArray refused = kReply503 + kReply500;
-    EXPECT_EQ(ask(get("/fwfiles/a.zip")), refused);
-    EXPECT_EQ(ask(get("/fwfiles/a.ZIP")), refused);
-    EXPECT_EQ(ask(get("/fwfiles/a.exe")), refused);
-    EXPECT_EQ(ask(get("/fwfiles/none.exe")), refused);
-    EXPECT_THAT(ask(get("/fwfiles/a.zip.bak")).toStdString(), testing::EndsWith("bak"));
+    EXPECT_EQ(request(get("/fwfiles/a.zip")), refused);
+    EXPECT_EQ(request(get("/fwfiles/a.ZIP")), refused);
+    EXPECT_EQ(request(get("/fwfiles/a.exe")), refused);
+    EXPECT_EQ(request(get("/fwfiles/none.exe")), refused);
+    EXPECT_THAT(request(get("/fwfiles/a.zip.bak")).toStdString(), testing::EndsWith("bak"));
     EXPECT_THAT(site_.logged(),
                 testing::Contains(
                     u"2 Large file limitation. Requested [/fwfiles/a.zip] from [127.0.0.1]"_s));
@@ -283,7 +287,7 @@ TEST_P(RequestTest, LimitsLargeFilesWhileWorkersAreBusy) {
     idle.close();
     ASSERT_TRUE(site_.waitUntilLogged(kRunEnds, 7));
     // The pool counts a thread as active until shortly after its connection was closed.
-    ASSERT_TRUE(waitUntil([&] { return ask(get("/fwfiles/a.zip")).endsWith("\r\n\r\nzip"); }));
+    ASSERT_TRUE(waitUntil([&] { return request(get("/fwfiles/a.zip")).endsWith("\r\n\r\nzip"); }));
 }
 
 TEST_P(RequestTest, DoesNotLimitLargeFilesInLegacyMode) {
@@ -293,7 +297,7 @@ TEST_P(RequestTest, DoesNotLimitLargeFilesInLegacyMode) {
     settings.MaxLargeFileRequest = "1";
     startGateway(settings);
     Clients idle = occupyWorkers(site_, 4, GetParam());
-    EXPECT_THAT(ask(get("/fwfiles/a.zip")).toStdString(), testing::EndsWith("\r\n\r\nzip"));
+    EXPECT_THAT(request(get("/fwfiles/a.zip")).toStdString(), testing::EndsWith("\r\n\r\nzip"));
 }
 
 // Requests that arrive in one piece only over plain TCP.
@@ -306,8 +310,8 @@ TEST_P(LongRequestTest, RefusesOverlongApiTarget) {
     startGateway();
     const QByteArray query = "/api/WebApiCommScheme";
     const QByteArray folder = '/' + QByteArray(32'000 - query.size(), 'a');
-    EXPECT_EQ(ask(get(folder + query)), kReply404 + kReply500);
-    EXPECT_THAT(ask(get(folder.chopped(1) + query)).toStdString(),
+    EXPECT_EQ(request(get(folder + query)), kReply404 + kReply500);
+    EXPECT_THAT(request(get(folder.chopped(1) + query)).toStdString(),
                 testing::StartsWith("HTTP/1.1 200 OK\r\n"));
 }
 
@@ -323,7 +327,7 @@ TEST_P(AdmissionTest, RefusesConnectionBeyondLimitInLegacyMode) {
     settings.MaxUserSession = "4";
     startGateway(settings);
     Clients idle = occupyWorkers(site_, 4);
-    EXPECT_EQ(ask(get("/fwfiles/a")), kReply503);
+    EXPECT_EQ(request(get("/fwfiles/a")), kReply503);
     ASSERT_TRUE(
         site_.waitUntilLogged(u"5 [End] too many tcp connection arrived MaxUserSession:4"_s));
     idle[0].send(get("/api/x"));
@@ -363,8 +367,8 @@ TEST_P(AdmissionTest, ServesQueuedConnectionsInOrder) {
     QStringList missing = stopAndReadLog();
     missing.removeIf([](const QString& line) { return !line.startsWith(u'5'); });
     for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(missing.value(i), u"5 [End] " + rooted(u"/fwfiles/"_s) + QString::number(i) +
-                                        u" does not exist or directory");
+        EXPECT_EQ(missing.value(i), u"5 [End] " + underDocumentRoot(u"/fwfiles/"_s) +
+                                        QString::number(i) + u" does not exist or directory");
     }
 }
 
@@ -386,7 +390,7 @@ TEST_P(AdmissionTest, SendsPlainRefusalIfHttpsIsEnabled) {
     settings.HttpsEnabled = "true";
     startGateway(settings);
     Clients idle = occupyWorkers(site_, 1);
-    EXPECT_EQ(ask("anything"), kReply503);
+    EXPECT_EQ(request("anything"), kReply503);
 }
 
 TEST_P(AdmissionTest, FailsHandshakesWithoutCertificate) {

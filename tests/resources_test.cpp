@@ -1,11 +1,11 @@
-// What serving costs the process, and that it gives everything back.
+// Memory, descriptors and threads of a gateway that serves many, slow or disconnecting clients.
 
 #include "support/client.h"
+#include "support/clients.h"
 #include "support/deadline.h"
-#include "support/gateway.h"
+#include "support/paused_download.h"
 #include "support/process_figures.h"
 #include "support/serving_test.h"
-#include "support/site.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -25,9 +25,8 @@ namespace quorin::test {
 namespace {
 
 constexpr qint64 kKiB = 1024;
-constexpr qint64 kMiB = 1024 * kKiB;
 
-// How long the clients of the memory test read. The file ends after about nine minutes.
+// How long the slow readers read. Their file lasts for about nine minutes.
 std::chrono::seconds readingTime() {
     const int configured = qEnvironmentVariableIntValue("QUORIN_TEST_READING_SECONDS");
     return std::chrono::seconds(configured > 0 ? configured : 10);
@@ -37,17 +36,18 @@ class ResourcesTest : public testing::Test {
 protected:
     void SetUp() override {
         if (!processFigures(QCoreApplication::applicationPid())) {
-            GTEST_SKIP() << "this system does not tell what a process uses";
+            GTEST_SKIP() << "this system does not report resource usage";
         }
     }
 
-    // Sanitizers keep freed memory back, so that growth says nothing.
-    static constexpr bool isMemoryTelling() { return !QUORIN_IS_SANITIZED; }
+    // Sanitizers delay freeing memory, so growth means nothing.
+    static constexpr bool isMemoryMeasurable() { return !QUORIN_IS_SANITIZED; }
+
+    static constexpr int kWarmUpRequests = 2;
 
     void startGateway(const Settings& settings = {}) {
-        site_.writeSettings(settings);
-        gateway_.start();
-        // The first request of each kind loads what stays loaded.
+        test::startGateway(gateway_, site_, Transport::Plain, settings);
+        // The first request of each kind allocates what the gateway keeps.
         EXPECT_FALSE(exchange(site_.port(), get("/api/WebApiCommScheme")).isEmpty());
         EXPECT_FALSE(exchange(site_.port(), get("/fwfiles/a")).isEmpty());
     }
@@ -60,22 +60,14 @@ protected:
 
     ProcessFigures figures() const { return processFigures(gateway_.processId()).value(); }
 
-    // Waits until all workers have ended, as many as have begun.
-    void waitForWorkers() const {
-        ASSERT_TRUE(waitUntil([&] {
-            const QStringList logged = site_.logged();
-            return logged.count(kRunStarts) == logged.count(kRunEnds);
-        }));
-    }
-
     Site site_;
     Gateway gateway_{site_};
 };
 
-TEST_F(ResourcesTest, sixteenSlowReadersCostAChunkAndALittleEach) {
-    constexpr int clients = 16;
+TEST_F(ResourcesTest, LimitsMemoryOfSlowReaders) {
+    constexpr int count = 16;
     constexpr qint64 chunk = 64 * kKiB;
-    constexpr qint64 rate = kMiB; // bytes a second of each client
+    constexpr qint64 rate = kMiB; // bytes per second and client
     writeSparseFile(u"fwfiles/large"_s, 512 * kMiB);
     Settings settings;
     settings.MaxUserSession = "32";
@@ -83,12 +75,11 @@ TEST_F(ResourcesTest, sixteenSlowReadersCostAChunkAndALittleEach) {
     startGateway(settings);
     const qint64 before = figures().residentBytes;
 
-    std::vector<std::unique_ptr<Client>> readers;
-    for (int i = 0; i < clients; ++i) {
-        readers.push_back(std::make_unique<Client>(site_.port()));
-        readers.back()->limitReadAhead(64 * kKiB);
-        readers.back()->send(get("/fwfiles/large"));
+    Clients readers(site_.port(), count);
+    for (const auto& reader : readers) {
+        reader->limitReadAhead(64 * kKiB);
     }
+    readers.send(get("/fwfiles/large"));
     qint64 most = 0;
     qint64 readByEach = 0;
     QElapsedTimer timer;
@@ -107,24 +98,23 @@ TEST_F(ResourcesTest, sixteenSlowReadersCostAChunkAndALittleEach) {
         readByEach += piece;
         most = std::max(most, figures().residentBytes);
     }
-    std::cout << "each of " << clients << " clients read " << readByEach / kMiB
+    std::cout << "each of " << count << " clients read " << readByEach / kMiB
               << " MiB; growth at most " << (most - before) / kKiB << " KiB of "
-              << clients * (chunk + 512 * kKiB) / kKiB << " KiB allowed\n";
-    if (!isMemoryTelling()) {
-        GTEST_SKIP() << "memory says nothing under a sanitizer; the transfer passed";
+              << count * (chunk + 512 * kKiB) / kKiB << " KiB allowed\n";
+    if (!isMemoryMeasurable()) {
+        GTEST_SKIP() << "memory cannot be measured with a sanitizer; the transfer passed";
     }
-    EXPECT_LE(most - before, clients * (chunk + 512 * kKiB));
+    EXPECT_LE(most - before, count * (chunk + 512 * kKiB));
 }
 
-// When the time of its chunk is over, the rest of the chunk is not read into memory.
-TEST_F(ResourcesTest, aClientThatReadsNothingCostsAPiece) {
+// When the time limit of a chunk expires, the rest of the chunk is not read into memory.
+TEST_F(ResourcesTest, LimitsMemoryOfStalledReader) {
     writeSparseFile(u"fwfiles/large"_s, 512 * kMiB);
     Settings settings;
-    settings.ThreadReadBufferSize = "0"; // a chunk is the file
+    settings.ThreadReadBufferSize = "0"; // one chunk for the whole file
     startGateway(settings);
-    waitForWorkers();
+    ASSERT_TRUE(site_.waitUntilLogged(kRunEnds, kWarmUpRequests));
     const qint64 before = figures().residentBytes;
-    const qsizetype ended = site_.logged().count(kRunEnds);
     Client client(site_.port());
     client.limitReadAhead(4096);
     client.send(get("/fwfiles/large"));
@@ -132,18 +122,18 @@ TEST_F(ResourcesTest, aClientThatReadsNothingCostsAPiece) {
     qint64 most = 0;
     EXPECT_TRUE(waitUntil([&] {
         most = std::max(most, figures().residentBytes);
-        return site_.logged().count(kRunEnds) > ended;
+        return site_.logged().count(kRunEnds) > kWarmUpRequests;
     }));
     client.limitReadAhead(0);
-    EXPECT_LT(client.readToEnd().size(), 64 * kMiB) << "what the system held";
+    EXPECT_LT(client.readToEnd().size(), 64 * kMiB) << "more than the system buffers";
     std::cout << "growth at most " << (most - before) / kKiB << " KiB\n";
-    if (!isMemoryTelling()) {
-        GTEST_SKIP() << "memory says nothing under a sanitizer; the transfer ended";
+    if (!isMemoryMeasurable()) {
+        GTEST_SKIP() << "memory cannot be measured with a sanitizer; the transfer ended";
     }
     EXPECT_LE(most - before, 4 * kMiB);
 }
 
-TEST_F(ResourcesTest, aFloodWhileServingGrowsNothing) {
+TEST_F(ResourcesTest, DoesNotReceiveDataWhileSending) {
     writeSparseFile(u"fwfiles/large"_s, 64 * kMiB);
     startGateway();
     const qint64 before = figures().residentBytes;
@@ -151,45 +141,47 @@ TEST_F(ResourcesTest, aFloodWhileServingGrowsNothing) {
     client.limitReadAhead(4096);
     client.send(get("/fwfiles/large"));
     EXPECT_EQ(client.read(4096).size(), 4096);
-    // The system takes in some; the rest waits here, or the gateway would hold it.
-    client.socket().write(QByteArray(64 * kMiB, 'f'));
+    // The system buffers some of it. The rest stays in this client unless the gateway receives it.
+    client.socket().write(QByteArray(64 * kMiB, 'x'));
     qint64 unsent = client.socket().bytesToWrite();
     while (client.socket().waitForBytesWritten(1000)) {
         unsent = client.socket().bytesToWrite();
     }
     EXPECT_GT(unsent, 32 * kMiB);
-    if (!isMemoryTelling()) {
-        GTEST_SKIP() << "memory says nothing under a sanitizer; the flood was held back";
+    if (!isMemoryMeasurable()) {
+        GTEST_SKIP() << "memory cannot be measured with a sanitizer; the data was not received";
     }
     EXPECT_LE(figures().residentBytes - before, 4 * kMiB);
 }
 
-// Connections that are dropped in every state leave nothing behind.
-TEST_F(ResourcesTest, twoThousandDroppedConnectionsLeaveNothingBehind) {
+// Clients disconnect in every state of a connection.
+TEST_F(ResourcesTest, ReleasesDroppedConnections) {
     writeSparseFile(u"fwfiles/large"_s, 64 * kMiB);
     Settings settings;
-    settings.MaxUserSession = "8";
+    constexpr int threads = 8;
+    settings.MaxUserSession = QByteArray::number(threads);
     startGateway(settings);
     constexpr int connections = 2000;
-    constexpr int atOnce = 40; // so some are dropped while they wait in the queue
-    // All threads of the pool once, so that their number is known.
+    constexpr int atOnce = 40; // more than threads, so some wait in the queue
+    constexpr int otherConnections = kWarmUpRequests + threads;
+    ProcessFigures before;
     {
-        std::vector<std::unique_ptr<Client>> all;
-        for (int i = 0; i < 8; ++i) {
-            all.push_back(std::make_unique<Client>(site_.port()));
+        // Downloads occupy all threads of the pool: no earlier connection is open, and each of
+        // these has a socket and a file.
+        std::vector<std::unique_ptr<Client>> downloads;
+        for (int i = 0; i < threads; ++i) {
+            downloads.push_back(startDownload(site_.port(), "/fwfiles/large", 64 * kMiB));
         }
-        ASSERT_TRUE(site_.waitUntilLogged(kRunStarts, 10));
+        before = figures();
+        before.descriptors -= 2 * threads;
     }
-    waitForWorkers();
-    const ProcessFigures before = figures();
 
-    for (int begun = 0; begun < connections; begun += atOnce) {
-        std::vector<std::unique_ptr<Client>> clients;
+    for (int opened = 0; opened < connections; opened += atOnce) {
+        Clients clients(site_.port(), atOnce);
         for (int i = 0; i < atOnce; ++i) {
-            clients.push_back(std::make_unique<Client>(site_.port()));
-            Client& client = *clients.back();
+            Client& client = clients[i];
             switch (i % 4) {
-            case 0: // before anything is sent
+            case 0: // before it sends anything
                 break;
             case 1: // in the middle of a request
                 client.send("GET /fwfiles/large HT");
@@ -198,18 +190,17 @@ TEST_F(ResourcesTest, twoThousandDroppedConnectionsLeaveNothingBehind) {
                 client.limitReadAhead(1024);
                 client.send(get("/fwfiles/large"));
                 break;
-            case 3: // behind a whole request
+            case 3: // after a complete request
                 client.send(get("/api/WebApiCommScheme"));
                 break;
             }
         }
-        EXPECT_FALSE(clients[2]->read(1).isEmpty());
+        EXPECT_FALSE(clients[2].read(1).isEmpty());
         for (const auto& client : clients) {
             client->abort();
         }
     }
-    ASSERT_TRUE(waitUntil([&] { return site_.logged().count(kRunStarts) >= connections + 10; }));
-    waitForWorkers();
+    ASSERT_TRUE(site_.waitUntilLogged(kRunStarts, connections + otherConnections));
     ASSERT_TRUE(waitUntil([&] { return figures().descriptors <= before.descriptors; }))
         << figures().descriptors << " descriptors after " << before.descriptors;
     EXPECT_LE(figures().threads, before.threads);
@@ -219,22 +210,20 @@ TEST_F(ResourcesTest, twoThousandDroppedConnectionsLeaveNothingBehind) {
     EXPECT_EQ(gateway_.stop(), 0);
 }
 
-TEST_F(ResourcesTest, connectionsDroppedWhileQueuedOrAtQuitEndTheRunCleanly) {
+TEST_F(ResourcesTest, StopsWhileQueuedConnectionsAreDropped) {
     Settings settings;
     settings.MaxUserSession = "1";
     settings.ConnectionTimeout = "2";
     startGateway(settings);
-    std::vector<std::unique_ptr<Client>> clients;
-    for (int i = 0; i < 50; ++i) {
-        clients.push_back(std::make_unique<Client>(site_.port()));
-    }
+    constexpr int count = 50;
+    Clients clients(site_.port(), count);
     gateway_.command("quit");
-    for (std::size_t i = 0; i < clients.size(); i += 2) {
-        clients[i]->abort();
+    for (int i = 0; i < count; i += 2) {
+        clients[i].abort();
     }
     EXPECT_EQ(gateway_.waitForExit(), 0);
-    for (std::size_t i = 1; i < clients.size(); i += 2) {
-        EXPECT_EQ(clients[i]->readToEnd(), "");
+    for (int i = 1; i < count; i += 2) {
+        EXPECT_EQ(clients[i].readToEnd(), "");
     }
 }
 

@@ -196,7 +196,7 @@ TEST_F(SettingsFileTest, DoesNotOpenNamedPipe) {
     ASSERT_EQ(QProcess::execute(program, {pipe}), 0);
     std::future<QString> failure =
         std::async(std::launch::async, [&pipe] { return failureOfPath(pipe); });
-    const bool hasReturned = failure.wait_for(test::kPatience) == std::future_status::ready;
+    const bool hasReturned = failure.wait_for(test::kTestTimeout) == std::future_status::ready;
     if (!hasReturned) {
         QFile(pipe).open(QIODevice::WriteOnly); // ends the wait
     }

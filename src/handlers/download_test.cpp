@@ -16,7 +16,7 @@ protected:
     }
 };
 
-TEST_F(SendFileTest, headerAndContentAreSentAndTheLineIsLogged) {
+TEST_F(SendFileTest, SendsHeaderAndContentAndLogsLine) {
     context_.requestUrl = QUrl(u"/fwfiles/a.zip"_s);
     sendFile(context_, QFileInfo(data_.write(u"root/fwfiles/a.zip"_s, "content")));
     EXPECT_TRUE(context_.responseStarted);
@@ -25,7 +25,7 @@ TEST_F(SendFileTest, headerAndContentAreSentAndTheLineIsLogged) {
     EXPECT_EQ(log_.lines(), QStringList(u"2 GET fwfiles/a.zip - -  200 0"_s));
 }
 
-TEST_F(SendFileTest, whateverTheChunkTheContentIsTheSame) {
+TEST_F(SendFileTest, SendsSameContentWithAnyChunkSize) {
     const QByteArray content = "0123456789";
     const QFileInfo file(data_.write(u"root/a"_s, content));
     for (const int chunk : {-1, 0, 1, 3, 5, 9, 10, 11}) {
@@ -36,7 +36,7 @@ TEST_F(SendFileTest, whateverTheChunkTheContentIsTheSame) {
     }
 }
 
-TEST_F(SendFileTest, aFileThatGrewIsCutAtTheSizeAnnounced) {
+TEST_F(SendFileTest, CutsGrownFileAtAnnouncedSize) {
     const QFileInfo file(data_.write(u"root/a"_s, "short"));
     EXPECT_EQ(file.size(), 5);
     data_.write(u"root/a"_s, "longer than before");
@@ -44,7 +44,7 @@ TEST_F(SendFileTest, aFileThatGrewIsCutAtTheSizeAnnounced) {
     EXPECT_EQ(received(), header(5) + "longe");
 }
 
-TEST_F(SendFileTest, aFileThatShrankIsFilledUpWithZeros) {
+TEST_F(SendFileTest, PadsShrunkFileWithZeros) {
     const QFileInfo file(data_.write(u"root/a"_s, "longer than before"));
     EXPECT_EQ(file.size(), 18);
     data_.write(u"root/a"_s, "short");
@@ -53,14 +53,14 @@ TEST_F(SendFileTest, aFileThatShrankIsFilledUpWithZeros) {
     EXPECT_EQ(received(), header(18) + "short" + QByteArray(13, '\0'));
 }
 
-TEST_F(SendFileTest, anEmptyFileHasAHeaderAloneAndNeverExpires) {
+TEST_F(SendFileTest, SendsEmptyFileDespiteZeroTimeout) {
     GatewaySettings::instance().HTTPRequestTimeout = 0;
     sendFile(context_, QFileInfo(data_.write(u"root/a"_s, {})));
     EXPECT_EQ(received(), header(0));
     EXPECT_EQ(log_.lines().size(), 1);
 }
 
-TEST_F(SendFileTest, withoutTimeItExpiresBehindItsHeader) {
+TEST_F(SendFileTest, ExpiresAfterHeaderWithZeroTimeout) {
     for (const int timeout : {0, -1}) {
         GatewaySettings::instance().HTTPRequestTimeout = timeout;
         connectTo(QHostAddress(QHostAddress::LocalHost));
@@ -72,14 +72,14 @@ TEST_F(SendFileTest, withoutTimeItExpiresBehindItsHeader) {
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
-TEST_F(SendFileTest, aPeerThatHasGoneIsNoticedBeforeTheTimeIsLookedAt) {
+TEST_F(SendFileTest, ReportsDisconnectBeforeExpiry) {
     GatewaySettings::instance().HTTPRequestTimeout = 0;
     context_.disconnected = true;
     const QFileInfo file(data_.write(u"root/a"_s, "content"));
     EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
 }
 
-TEST_F(SendFileTest, aPeerThatLeavesInMidStreamEndsTheTransfer) {
+TEST_F(SendFileTest, StopsWhenPeerDisconnects) {
     const QFileInfo file(data_.write(u"root/a"_s, QByteArray(32 * 1024 * 1024, 'x')));
     connection_->client().abort();
     EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
@@ -87,7 +87,7 @@ TEST_F(SendFileTest, aPeerThatLeavesInMidStreamEndsTheTransfer) {
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
-TEST_F(SendFileTest, whatCannotBeOpenedIsRefused) {
+TEST_F(SendFileTest, RefusesFileThatCannotBeOpened) {
     const QString path = data_.path(u"none"_s);
     EXPECT_EQ(failureOf([&] { sendFile(context_, QFileInfo(path)); }),
               u"[End] failed to open " + path + u" for read.");
@@ -100,26 +100,26 @@ protected:
     QString notification(const QByteArray& content) const {
         return data_.write(u"root/notifications/n.json"_s, content);
     }
-    bool isLockThere() const { return QFile::exists(data_.stagingPath(u"n.json.lock"_s)); }
-    // The first two lines of the log where the file was read.
-    static QStringList readLines(const QString& path) {
+    bool isLocked() const { return QFile::exists(data_.stagingPath(u"n.json.lock"_s)); }
+    // The lines that reading the file logs.
+    static QStringList linesOfReading(const QString& path) {
         return {u"2 notification file " + path, u"2 Close file. (" + path + u')'};
     }
 };
 
-TEST_F(SendNotificationFileTest, theFileIsSentWholeUnderItsOwnTypeAndTheLockReleased) {
+TEST_F(SendNotificationFileTest, SendsWholeFileAndReleasesLock) {
     const QString path = notification("{\"a\":1}");
     context_.requestUrl = QUrl(u"/notifications/n.json"_s);
     sendNotificationFile(context_, QFileInfo(path));
     EXPECT_TRUE(context_.responseStarted);
-    EXPECT_FALSE(isLockThere());
+    EXPECT_FALSE(isLocked());
     EXPECT_EQ(received(), "HTTP/1.1 200 OK\r\nContent-Length: 7\r\n"
                           "Content-Type: application/json\r\n\r\n{\"a\":1}");
     EXPECT_EQ(log_.lines(),
-              readLines(path) + QStringList(u"2 GET notifications/n.json - -  200 0"_s));
+              linesOfReading(path) + QStringList(u"2 GET notifications/n.json - -  200 0"_s));
 }
 
-TEST_F(SendNotificationFileTest, aFileThatGrewIsSentAsItIsNow) {
+TEST_F(SendNotificationFileTest, SendsCurrentContentOfGrownFile) {
     const QFileInfo file(notification("{}"));
     EXPECT_EQ(file.size(), 2);
     notification("{\"longer\":1}");
@@ -128,7 +128,7 @@ TEST_F(SendNotificationFileTest, aFileThatGrewIsSentAsItIsNow) {
                           "Content-Type: application/json\r\n\r\n{\"longer\":1}");
 }
 
-TEST_F(SendNotificationFileTest, aFileThatShrankIsSentAsItIsNow) {
+TEST_F(SendNotificationFileTest, SendsCurrentContentOfShrunkFile) {
     const QFileInfo file(notification("{\"longer\":1}"));
     EXPECT_EQ(file.size(), 12);
     notification("{}");
@@ -137,52 +137,52 @@ TEST_F(SendNotificationFileTest, aFileThatShrankIsSentAsItIsNow) {
                           "Content-Type: application/json\r\n\r\n{}");
 }
 
-TEST_F(SendNotificationFileTest, aFileThatHoldsLessThanItsSizeIsRefused) {
-    // What the system tells of itself comes in files of a page that hold a line.
-    const QString line = u"/sys/kernel/mm/transparent_hugepage/enabled"_s;
-    if (kOnWindows || !QFile::exists(line)) {
-        GTEST_SKIP() << "no file of this system holds less than its size";
+TEST_F(SendNotificationFileTest, RefusesFileShorterThanItsSize) {
+    // The kernel reports the size of a page for this file, which contains one line.
+    const QString shortFile = u"/sys/kernel/mm/transparent_hugepage/enabled"_s;
+    if (kOnWindows || !QFile::exists(shortFile)) {
+        GTEST_SKIP() << "this system has no file that is shorter than its size";
     }
     ASSERT_TRUE(QDir().mkpath(data_.path(u"root/notifications"_s)));
     const QString path = data_.path(u"root/notifications/n.json"_s);
-    ASSERT_TRUE(QFile::link(line, path));
+    ASSERT_TRUE(QFile::link(shortFile, path));
     EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
               u"[End] failed to read " + path + u" for read.");
     EXPECT_FALSE(context_.responseStarted);
-    EXPECT_FALSE(isLockThere());
+    EXPECT_FALSE(isLocked());
     EXPECT_EQ(received(), kPlain500);
-    EXPECT_EQ(log_.lines(), readLines(path));
+    EXPECT_EQ(log_.lines(), linesOfReading(path));
 }
 
-TEST_F(SendNotificationFileTest, aPeerThatHasGoneIsToldNothing) {
+TEST_F(SendNotificationFileTest, SendsNothingAfterDisconnect) {
     context_.disconnected = true;
     GatewaySettings::instance().HTTPRequestTimeout = 0;
     const QString path = notification("{}");
     EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
               u"[End] socket disconnected"_s);
     EXPECT_EQ(received(), "");
-    EXPECT_EQ(log_.lines(), readLines(path));
+    EXPECT_EQ(log_.lines(), linesOfReading(path));
 }
 
-TEST_F(SendNotificationFileTest, withoutTimeItExpiresBeforeAReply) {
+TEST_F(SendNotificationFileTest, ExpiresBeforeReplyWithZeroTimeout) {
     GatewaySettings::instance().HTTPRequestTimeout = 0;
     const QString path = notification("{}");
     EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
               u"[End] request expired"_s);
     EXPECT_EQ(received(), "");
-    EXPECT_FALSE(isLockThere());
+    EXPECT_FALSE(isLocked());
 }
 
-TEST_F(SendNotificationFileTest, whatCannotBeOpenedIsRefusedWithItsLockReleased) {
+TEST_F(SendNotificationFileTest, ReleasesLockOfFileThatCannotBeOpened) {
     const QString path = data_.path(u"n.json"_s);
     EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),
               u"[End] failed to open " + path + u" for read.");
-    EXPECT_FALSE(isLockThere());
+    EXPECT_FALSE(isLocked());
     EXPECT_EQ(received(), kPlain500);
     EXPECT_EQ(log_.lines(), QStringList(u"2 notification file " + path));
 }
 
-TEST_F(SendNotificationFileTest, aLockThatIsNotToBeHadIsTriedFiveTimes) {
+TEST_F(SendNotificationFileTest, RetriesLockFiveTimes) {
     ASSERT_TRUE(QDir(data_.stagingPath({})).removeRecursively());
     const QString path = notification("{}");
     EXPECT_EQ(failureOf([&] { sendNotificationFile(context_, QFileInfo(path)); }),

@@ -16,13 +16,13 @@
 
 #include <memory>
 
-// For tests of what runs in a worker, without a worker and without a pool.
+// For tests of handlers without a worker and without a thread pool.
 namespace quorin::test {
 
 inline const QByteArray kPlain500 = "HTTP/1.1 500 Internal Server Error\r\n\r\n";
 
-// A folder for a test's files, beside the machine's application data with the staging folder in
-// it, while the object lives.
+// A temporary folder for a test's files, and a site whose common application data folder, with the
+// staging folder, this process uses during the object's lifetime.
 class DataFolder {
 public:
     DataFolder() { qputenv(kDataVariable, site_.appDataFolder().toUtf8()); }
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
     [[nodiscard]] QString stagingPath(const QString& name) const { return site_.stagingPath(name); }
 
-    // Makes the file with the folders on the way; its path.
+    // Writes a file, with the folders of its path, and returns its path.
     QString write(const QString& name, const QByteArray& content) const {
         const QFileInfo info(path(name));
         EXPECT_TRUE(QDir().mkpath(info.path()));
@@ -52,7 +52,7 @@ private:
     QTemporaryDir folder_;
 };
 
-// A handler's serverContext: a worker's context whose socket has a client at its other end.
+// Provides a handler with the context of a request, whose socket is connected to a client.
 class HandlerTest : public testing::Test {
 protected:
     HandlerTest() {
@@ -66,7 +66,7 @@ protected:
     }
     ~HandlerTest() override { GatewaySettings::instance() = {}; }
 
-    // A new connection, to the address that the gateway is asked on.
+    // Replaces the connection by a new one whose local address is `address`.
     void connectTo(const QHostAddress& address) {
         connection_ = std::make_unique<Loopback>(address);
         context_.socket = std::make_unique<QSslSocket>();
@@ -79,13 +79,14 @@ protected:
                          [this] { context_.disconnected = true; });
     }
 
-    // Closes the connection; all that the client got of it.
+    // Closes the connection and returns all bytes that the client received.
     QByteArray received() {
         context_.socket->close();
         return connection_->client().readToEnd();
     }
 
-    // The exception that the call ends in must be one that a worker settles; its text.
+    // Returns the message of the exception that `call` throws, which must be of kind Request and
+    // not silent.
     template<typename Call>
     static QString failureOf(Call&& call) {
         try {

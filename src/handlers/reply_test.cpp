@@ -45,18 +45,18 @@ class ReplyTest : public HandlerTest {
 protected:
     QSslSocket& socket() { return *context_.socket; }
 
-    // More than the system takes in for a client that does not read.
+    // More than the system buffers for a client that does not read.
     static constexpr qsizetype kTooMuch = 32 * 1024 * 1024;
 };
 
-TEST_F(ReplyTest, whatIsWrittenHasLeftAfterwards) {
+TEST_F(ReplyTest, ReturnsWhenAllBytesAreSent) {
     writeSocket(socket(), "bytes");
     EXPECT_EQ(unsentBytes(socket()), 0);
     replyStatus(socket(), http::Status::MethodNotAllowed);
     EXPECT_EQ(received(), "bytesHTTP/1.1 405 Method Not Allowed\r\nConnection: close\r\n\r\n");
 }
 
-TEST_F(ReplyTest, aPeerThatDoesNotReadFailsTheWriteWhenItsTimeIsOver) {
+TEST_F(ReplyTest, WriteFailsIfPeerDoesNotRead) {
     QElapsedTimer timer;
     timer.start();
     EXPECT_EQ(failureOf([this] { writeSocket(socket(), QByteArray(kTooMuch, 'x'), 300ms); }),
@@ -67,34 +67,34 @@ TEST_F(ReplyTest, aPeerThatDoesNotReadFailsTheWriteWhenItsTimeIsOver) {
     socket().abort();
 }
 
-TEST_F(ReplyTest, aPeerThatReadsInTheEndGetsEverything) {
+TEST_F(ReplyTest, DeliversAllBytesToSlowPeer) {
     const QByteArray bytes(kTooMuch, 'x');
     socket().write(bytes);
     waitUntilSent(socket(), 100ms);
     EXPECT_GT(unsentBytes(socket()), 0);
-    // The client takes in on its own while the socket waits: both live on this thread, so by turns.
-    QByteArray taken;
+    // Client and socket belong to this thread, so they take turns.
+    QByteArray bytesRead;
     while (unsentBytes(socket()) > 0) {
-        taken += connection_->client().read(1);
-        taken += connection_->client().socket().readAll();
+        bytesRead += connection_->client().read(1);
+        bytesRead += connection_->client().socket().readAll();
         waitUntilSent(socket(), 50ms);
     }
-    taken += received();
-    EXPECT_TRUE(taken == bytes) << taken.size();
+    bytesRead += received();
+    EXPECT_TRUE(bytesRead == bytes) << bytesRead.size();
 }
 
-TEST_F(ReplyTest, waitingEndsWhenItsTimeIsOver) {
+TEST_F(ReplyTest, WaitEndsAtDeadline) {
     socket().write(QByteArray(kTooMuch, 'x'));
     QElapsedTimer timer;
     timer.start();
     waitUntilSent(socket(), 300ms);
-    EXPECT_GE(timer.elapsed(), 290); // a poll's time-out may end within a timer's grain
+    EXPECT_GE(timer.elapsed(), 290); // poll() may time out a timer tick early
     EXPECT_LT(timer.elapsed(), 20'000);
     EXPECT_FALSE(context_.disconnected);
     socket().abort();
 }
 
-TEST_F(ReplyTest, waitingEndsWhenThePeerHasGone) {
+TEST_F(ReplyTest, WaitEndsWhenPeerDisconnects) {
     socket().write(QByteArray(kTooMuch, 'x'));
     connection_->client().abort();
     QElapsedTimer timer;
@@ -104,15 +104,15 @@ TEST_F(ReplyTest, waitingEndsWhenThePeerHasGone) {
     EXPECT_TRUE(context_.disconnected);
 }
 
-TEST_F(ReplyTest, nothingToSendIsNotWaitedFor) {
+TEST_F(ReplyTest, WaitReturnsIfNothingIsUnsent) {
     QElapsedTimer timer;
     timer.start();
     waitUntilSent(socket());
     EXPECT_LT(timer.elapsed(), 10'000);
 }
 
-// With the peer its bytes have gone too: nothing is left that could fail.
-TEST_F(ReplyTest, aPeerThatHasGoneEndsTheWriteBeforeItsTime) {
+// After a disconnect no bytes are left to send, so the write does not fail.
+TEST_F(ReplyTest, WriteEndsWhenPeerDisconnects) {
     connection_->client().abort();
     QElapsedTimer timer;
     timer.start();
@@ -121,7 +121,7 @@ TEST_F(ReplyTest, aPeerThatHasGoneEndsTheWriteBeforeItsTime) {
     EXPECT_TRUE(context_.disconnected);
 }
 
-TEST_F(ReplyTest, aSocketThatWasNeverConnectedFailsAtOnce) {
+TEST_F(ReplyTest, WriteFailsOnUnconnectedSocket) {
     QSslSocket unconnected;
     EXPECT_EQ(failureOf([&] { writeSocket(unconnected, "x"); }),
               u"[End] Failed to write socket data."_s);

@@ -49,19 +49,19 @@ TEST(PathBelowRootTest, KeepsRootUnchanged) {
 // What route() records of a request, and which handler it calls.
 class RoutingTest : public HandlerTest {
 protected:
-    void ask(http::Method method, std::string target, http::HeaderMap headers = {}) {
-        http::Request request;
-        request.line.method = method;
-        request.line.target = std::move(target);
-        request.headers = std::move(headers);
-        route(context_, request);
+    void request(http::Method method, std::string target, http::HeaderMap headers = {}) {
+        http::Request parsed;
+        parsed.line.method = method;
+        parsed.line.target = std::move(target);
+        parsed.headers = std::move(headers);
+        route(context_, parsed);
     }
 
     // Expects `target` to be refused with 404 and the usual message.
     void expectNotFound(const std::string& target) {
         connectTo(QHostAddress(QHostAddress::LocalHost));
         const QString path = pathBelowRoot(context_.documentRoot, QString::fromStdString(target));
-        EXPECT_TRUE(failureOf([&] { ask(http::Method::Get, target); }) ==
+        EXPECT_TRUE(failureOf([&] { request(http::Method::Get, target); }) ==
                     u"[End] " + path + u" does not exist or directory");
         EXPECT_EQ(received(), "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n");
     }
@@ -69,7 +69,7 @@ protected:
     // The reply to a GET of `target`, which must not throw.
     QByteArray replyTo(const std::string& target) {
         connectTo(QHostAddress(QHostAddress::LocalHost));
-        EXPECT_EQ(failureOf([&] { ask(http::Method::Get, target); }), kNoFailure);
+        EXPECT_EQ(failureOf([&] { request(http::Method::Get, target); }), kNoFailure);
         return received();
     }
 
@@ -86,7 +86,7 @@ std::string targetOfSize(std::size_t size, const std::string& ending) {
 }
 
 TEST_F(RoutingTest, RecordsMethodAndTargetOfRefusedRequest) {
-    EXPECT_EQ(failureOf([this] { ask(http::Method::Put, "/fwfiles/a%20b?c"); }),
+    EXPECT_EQ(failureOf([this] { request(http::Method::Put, "/fwfiles/a%20b?c"); }),
               u"[End] unsupported http method was requested: PUT"_s);
     EXPECT_EQ(context_.methodText, u"PUT"_s);
     EXPECT_EQ(context_.requestUrl.toString(QUrl::FullyEncoded), u"/fwfiles/a%20b?c"_s);
@@ -96,7 +96,7 @@ TEST_F(RoutingTest, RecordsMethodAndTargetOfRefusedRequest) {
 
 TEST_F(RoutingTest, SendsFileForGet) {
     data_.write(u"root/fwfiles/a"_s, "content");
-    ask(http::Method::Get, "/fwfiles/a");
+    request(http::Method::Get, "/fwfiles/a");
     EXPECT_TRUE(context_.responseStarted);
     EXPECT_EQ(received(), "HTTP/1.1 200\r\nContent-Length: 7\r\n"
                           "Content-Type: inode/directory\r\n\r\ncontent");
@@ -105,14 +105,14 @@ TEST_F(RoutingTest, SendsFileForGet) {
 
 TEST_F(RoutingTest, PassesDeleteToItsHandler) {
     data_.write(u"root/fwfiles/a"_s, "content");
-    EXPECT_EQ(failureOf([this] { ask(http::Method::Delete, "/fwfiles/a"); }),
+    EXPECT_EQ(failureOf([this] { request(http::Method::Delete, "/fwfiles/a"); }),
               u"[End] invalid delete request."_s);
     EXPECT_EQ(received(), kPlain500);
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
 TEST_F(RoutingTest, RefusesInvalidUtf8) {
-    EXPECT_EQ(failureOf([this] { ask(http::Method::Get, "/fwfiles/\xff"); }),
+    EXPECT_EQ(failureOf([this] { request(http::Method::Get, "/fwfiles/\xff"); }),
               u"[End] " + context_.documentRoot +
                   u"/fwfiles/%EF%BF%BD does not exist or directory");
     EXPECT_EQ(received(), "HTTP/1.1 404 Not Found\r\nConnection: close\r\n\r\n");
@@ -120,7 +120,7 @@ TEST_F(RoutingTest, RefusesInvalidUtf8) {
 
 TEST_F(RoutingTest, SuppressesLogOfMissingUpgradeSetting) {
     try {
-        ask(http::Method::Get, "/any/QuorinUpgradeSetting.json");
+        request(http::Method::Get, "/any/QuorinUpgradeSetting.json");
         FAIL() << "no failure";
     } catch (const GatewayException& exception) {
         EXPECT_TRUE(exception.isSilent());
@@ -129,8 +129,9 @@ TEST_F(RoutingTest, SuppressesLogOfMissingUpgradeSetting) {
                                            u"/any/QuorinUpgradeSetting.json does not exist or "
                                            u"directory");
     }
-    EXPECT_FALSE(
-        failureOf([this] { ask(http::Method::Get, "/any/quorinupgradesetting.json"); }).isEmpty());
+    EXPECT_FALSE(failureOf([this] {
+                     request(http::Method::Get, "/any/quorinupgradesetting.json");
+                 }).isEmpty());
 }
 
 TEST_F(RoutingTest, RefusesOverlongApiTarget) {
@@ -170,7 +171,7 @@ TEST_F(RoutingTest, RefusesOverlongManifestPath) {
 
 TEST_F(RoutingTest, SuppressesLogOfOverlongUpgradeSetting) {
     try {
-        ask(http::Method::Get, '/' + std::string(32'770, 'a') + "/QuorinUpgradeSetting.json");
+        request(http::Method::Get, '/' + std::string(32'770, 'a') + "/QuorinUpgradeSetting.json");
         FAIL() << "no exception";
     } catch (const GatewayException& exception) {
         EXPECT_TRUE(exception.isSilent());
@@ -179,7 +180,7 @@ TEST_F(RoutingTest, SuppressesLogOfOverlongUpgradeSetting) {
 
 TEST_F(RoutingTest, Sends400BeforeLengthIsChecked) {
     const std::string target = '/' + std::string(32'770, 'a') + "/../x";
-    EXPECT_TRUE(failureOf([&] { ask(http::Method::Get, target); }) ==
+    EXPECT_TRUE(failureOf([&] { request(http::Method::Get, target); }) ==
                 u"[End] " + QString::fromStdString(target) + u" is invalid url");
     EXPECT_EQ(received(), "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n");
 }

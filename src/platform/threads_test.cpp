@@ -5,7 +5,7 @@
 namespace quorin::platform {
 namespace {
 
-TEST(ThreadsTest, thisSystemCanStartOne) {
+TEST(ThreadsTest, CanStartThread) {
     EXPECT_TRUE(canStartThread());
 }
 

@@ -150,7 +150,7 @@ TEST_F(QueueWatcherTest, StopsAfterItsSleep) {
     timer.start();
     watcher_.Stop();
     EXPECT_LT(timer.elapsed(), 1'000) << "Stop() does not wait";
-    EXPECT_TRUE(watcher_.wait(QDeadlineTimer(kPatience)));
+    EXPECT_TRUE(watcher_.wait(QDeadlineTimer(kTestTimeout)));
     EXPECT_LT(timer.elapsed(), 5'000) << "100 ms, with a margin for a busy machine";
 }
 

@@ -22,7 +22,7 @@ protected:
             Qt::DirectConnection);
     }
 
-    bool waitForEnd() { return watcher_.wait(QDeadlineTimer(kPatience)); }
+    bool waitForEnd() { return watcher_.wait(QDeadlineTimer(kTestTimeout)); }
 
     std::atomic<bool> quit_ = false;
     std::atomic<int> satisfied_ = 0;

@@ -1,5 +1,6 @@
-// How much of a request a worker takes in. What arrives is judged in one piece only when it is all
-// there before the worker begins, so the accepted end gets a receive buffer for more than that.
+// The greatest size of a request. A worker reads a request as a whole only if all of it has arrived
+// before the worker starts, so the accepted end gets a receive buffer that is larger than the
+// limit.
 
 #include "handlers/handler_fixture.h"
 #include "support/deadline.h"
@@ -39,11 +40,11 @@ protected:
         }
     }
 
-    // The reply to a request that was there in whole, and in one piece.
+    // The reply to a request that has arrived completely before the worker starts.
     QByteArray replyTo(const QByteArray& request) {
         connection_.client().send(request);
-        EXPECT_TRUE(waitUntil([&] { return arrivedBytes(descriptor_.get()) == request.size(); }))
-            << arrivedBytes(descriptor_.get());
+        EXPECT_TRUE(waitUntil([&] { return unreadBytes(descriptor_.get()) == request.size(); }))
+            << unreadBytes(descriptor_.get());
         auto worker = std::make_unique<Worker>(std::move(descriptor_), serverContext_);
         std::thread thread([&worker] {
             worker->run();
@@ -54,7 +55,7 @@ protected:
         return reply;
     }
 
-    // A request of that many bytes, most of them in one header.
+    // A request of `size` bytes, most of them in one header.
     static QByteArray requestOf(qsizetype size) {
         const QByteArray begin = "GET /a HTTP/1.1\r\nX: ";
         const QByteArray end = "\r\n\r\n";
@@ -68,20 +69,20 @@ protected:
     platform::SocketDescriptor descriptor_ = connection_.takeDescriptor();
 };
 
-TEST_F(RequestLimitTest, oneByteLessThanTheLimitIsServed) {
+TEST_F(RequestLimitTest, ServesRequestBelowLimit) {
     EXPECT_EQ(replyTo(requestOf(kLimit - 1)), kServed);
 }
 
-TEST_F(RequestLimitTest, whatFillsTheLimitIsRefusedLikeAMalformedRequest) {
+TEST_F(RequestLimitTest, RefusesRequestThatReachesLimit) {
     EXPECT_EQ(replyTo(requestOf(kLimit)), kRefusal);
     EXPECT_TRUE(log_.lines().contains(u"5 [End] Failed to parse http request. (127.0.0.1)"_s));
 }
 
-TEST_F(RequestLimitTest, whatIsBeyondTheLimitIsRefusedAndTheReplyArrives) {
+TEST_F(RequestLimitTest, DeliversRefusalOfLargerRequest) {
     EXPECT_EQ(replyTo(requestOf(kLimit + kLimit / 2)), kRefusal);
 }
 
-TEST_F(RequestLimitTest, aHundredThousandHeadersAreServed) {
+TEST_F(RequestLimitTest, ServesHundredThousandHeaders) {
     QByteArray request = "GET /a HTTP/1.1\r\n";
     for (int i = 0; i < 100'000; ++i) {
         request += QByteArray::number(i, 36) + ":b\r\n";

@@ -1,5 +1,3 @@
-#undef QT_NO_KEYWORDS // Qt's private header uses them
-
 #include "worker/shared_tls.h"
 
 #include "support/deadline.h"
@@ -10,7 +8,9 @@
 #include <QEventLoop>
 #include <QSslSocket>
 
+#define emit // a keyword of Qt that its private header uses
 #include <private/qsslsocket_p.h>
+#undef emit
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@
 namespace quorin::test {
 namespace {
 
-// The gateway's end of a connection on which TLS has begun.
+// A connection whose server end has started TLS.
 class Connection {
 public:
     explicit Connection(const SharedTls& tls) {
@@ -32,8 +32,8 @@ public:
         return QSslSocketPrivate::sslContext(&socket_);
     }
 
-    // Lets both ends agree on their keys; false when they do not.
-    [[nodiscard]] bool isEncrypted() {
+    // Completes the handshake. Returns false if it fails.
+    [[nodiscard]] bool completeHandshake() {
         QSslSocket& client = loopback_.client().socket();
         client.setPeerVerifyMode(QSslSocket::VerifyNone);
         client.startClientEncryption();
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    QEventLoop loop_; // before the sockets, which ask for one
+    QEventLoop loop_; // must exist before the sockets
     Loopback loopback_;
     QSslSocket socket_;
 };
@@ -57,38 +57,38 @@ protected:
     }
 };
 
-TEST_F(SharedTlsTest, connectionsShareOneContext) {
+TEST_F(SharedTlsTest, ConnectionsShareOneContext) {
     SharedTls tls;
     tls.configure(configuration());
     Connection first(tls);
     Connection second(tls);
     ASSERT_NE(first.context(), nullptr);
     EXPECT_EQ(first.context(), second.context());
-    EXPECT_TRUE(first.isEncrypted());
-    EXPECT_TRUE(second.isEncrypted());
+    EXPECT_TRUE(first.completeHandshake());
+    EXPECT_TRUE(second.completeHandshake());
 }
 
-TEST_F(SharedTlsTest, aContextIsReplacedWhenItsTimeIsOver) {
+TEST_F(SharedTlsTest, ReplacesExpiredContext) {
     SharedTls tls(std::chrono::milliseconds(0));
     tls.configure(configuration());
     Connection first(tls);
     Connection second(tls);
     ASSERT_NE(first.context(), nullptr);
     EXPECT_NE(first.context(), second.context());
-    EXPECT_TRUE(first.isEncrypted());
-    EXPECT_TRUE(second.isEncrypted());
+    EXPECT_TRUE(first.completeHandshake());
+    EXPECT_TRUE(second.completeHandshake());
 }
 
-TEST_F(SharedTlsTest, withoutACertificateThereIsNoneAndHandshakesFail) {
+TEST_F(SharedTlsTest, HandshakeFailsWithoutCertificate) {
     SharedTls tls;
     tls.configure(tlsConfiguration(QSslCertificate(), QSslKey()));
     Connection first(tls);
     Connection second(tls);
-    EXPECT_FALSE(first.isEncrypted());
-    EXPECT_FALSE(second.isEncrypted());
+    EXPECT_FALSE(first.completeHandshake());
+    EXPECT_FALSE(second.completeHandshake());
 }
 
-TEST_F(SharedTlsTest, threadsMayBeginAtTheSameTime) {
+TEST_F(SharedTlsTest, ThreadsStartTlsConcurrently) {
     SharedTls tls;
     tls.configure(configuration());
     std::array<bool, 4> isEncrypted{};
@@ -96,7 +96,7 @@ TEST_F(SharedTlsTest, threadsMayBeginAtTheSameTime) {
     for (std::size_t i = 0; i < threads.size(); ++i) {
         threads[i] = std::thread([&tls, &isEncrypted, i] {
             for (int round = 0; round < 5; ++round) {
-                isEncrypted[i] = Connection(tls).isEncrypted();
+                isEncrypted[i] = Connection(tls).completeHandshake();
             }
         });
     }

@@ -9,19 +9,19 @@
 namespace quorin {
 namespace {
 
-TEST(TlsConfigurationTest, speaksOneDotTwoAndLaterAndAsksPeersForNothing) {
+TEST(TlsConfigurationTest, RequiresTls12AndNoClientCertificate) {
     const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
     EXPECT_EQ(tls.protocol(), QSsl::TlsV1_2OrLater);
     EXPECT_EQ(tls.peerVerifyMode(), QSslSocket::VerifyNone);
     EXPECT_TRUE(tls.caCertificates().isEmpty());
 }
 
-TEST(TlsConfigurationTest, keepsNoSessionOfAConnectionForTheOthers) {
+TEST(TlsConfigurationTest, DisablesSessionSharing) {
     const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
     EXPECT_TRUE(tls.testSslOption(QSsl::SslOptionDisableSessionSharing));
 }
 
-TEST(TlsConfigurationTest, takesNullForCertificateAndKey) {
+TEST(TlsConfigurationTest, AcceptsNullCertificateAndKey) {
     const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
     EXPECT_TRUE(tls.localCertificate().isNull());
     EXPECT_TRUE(tls.privateKey().isNull());

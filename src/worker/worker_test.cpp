@@ -30,7 +30,7 @@ protected:
     Loopback connection_;
 };
 
-TEST_F(WorkerTest, oneThatNeverRunsClosesItsConnectionInSilence) {
+TEST_F(WorkerTest, ClosesConnectionWithoutLogIfNeverRun) {
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     EXPECT_TRUE(worker->autoDelete());
     worker.reset();
@@ -38,20 +38,20 @@ TEST_F(WorkerTest, oneThatNeverRunsClosesItsConnectionInSilence) {
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
-TEST_F(WorkerTest, oneWhoseConnectionWasTakenLeavesItOpen) {
+TEST_F(WorkerTest, KeepsReleasedConnectionOpen) {
     qintptr descriptor = -1;
     {
         Worker worker(connection_.takeDescriptor(), serverContext_);
         descriptor = worker.releaseDescriptor();
     }
-    QTcpSocket taker;
-    ASSERT_TRUE(taker.setSocketDescriptor(descriptor));
-    taker.write("still here");
-    ASSERT_TRUE(taker.waitForBytesWritten(5000));
-    EXPECT_EQ(connection_.client().read(10), "still here");
+    QTcpSocket owner;
+    ASSERT_TRUE(owner.setSocketDescriptor(descriptor));
+    owner.write("still open");
+    ASSERT_TRUE(owner.waitForBytesWritten(5000));
+    EXPECT_EQ(connection_.client().read(10), "still open");
 }
 
-TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
+TEST_F(WorkerTest, ServesRequestOnAnyThread) {
     connection_.client().send(get("/api/WebApiCommScheme"));
     serverContext_->communicationScheme = CommunicationScheme::Http;
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
@@ -72,7 +72,7 @@ TEST_F(WorkerTest, aRequestIsServedOnWhateverThreadRunsTheWorker) {
                            u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s}));
 }
 
-TEST_F(WorkerTest, aRequestIsServedOverTlsWhenHttpsIsEnabled) {
+TEST_F(WorkerTest, ServesRequestOverTls) {
     GatewaySettings::instance().HttpsEnabled = true;
     serverContext_->communicationScheme = CommunicationScheme::Https;
     serverContext_->tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate()));
@@ -144,10 +144,10 @@ TEST_F(WorkerTest, ServesAfterServerIsGone) {
     thread.join();
 }
 
-// Qt ends the process when there is no descriptor for an event loop.
+// Qt aborts the process if it cannot open a descriptor for an event loop.
 TEST_F(WorkerTest, EndsWithoutDescriptorForEventLoop) {
     if (!platform::descriptorLimit()) {
-        GTEST_SKIP() << "this system sets no limit";
+        GTEST_SKIP() << "this system has no descriptor limit";
     }
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
     {

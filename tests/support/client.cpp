@@ -6,29 +6,24 @@
 
 namespace quorin::test {
 
-namespace {
-
-constexpr int kPatienceMs = int(std::chrono::milliseconds(kPatience).count());
-
-} // namespace
-
 Client::Client(quint16 port, Transport transport, const QHostAddress& address) {
     const bool connected = waitUntil([&] {
         socket_.connectToHost(address, port);
-        return socket_.waitForConnected(kPatienceMs);
+        return socket_.waitForConnected(kTestTimeoutMs);
     });
     EXPECT_TRUE(connected) << socket_.errorString().toStdString();
     if (transport == Transport::Tls) {
         socket_.setPeerVerifyMode(QSslSocket::VerifyNone);
         socket_.startClientEncryption();
-        EXPECT_TRUE(socket_.waitForEncrypted(kPatienceMs)) << socket_.errorString().toStdString();
+        EXPECT_TRUE(socket_.waitForEncrypted(kTestTimeoutMs))
+            << socket_.errorString().toStdString();
     }
 }
 
 void Client::send(const QByteArray& bytes) {
     socket_.write(bytes);
     while (socket_.bytesToWrite() > 0 || socket_.encryptedBytesToWrite() > 0) {
-        if (!socket_.waitForBytesWritten(kPatienceMs)) {
+        if (!socket_.waitForBytesWritten(kTestTimeoutMs)) {
             break;
         }
     }
@@ -37,7 +32,7 @@ void Client::send(const QByteArray& bytes) {
 QByteArray Client::readToEnd() {
     QByteArray received = socket_.readAll();
     while (socket_.state() == QAbstractSocket::ConnectedState || socket_.bytesAvailable() > 0) {
-        if (socket_.bytesAvailable() == 0 && !socket_.waitForReadyRead(kPatienceMs) &&
+        if (socket_.bytesAvailable() == 0 && !socket_.waitForReadyRead(kTestTimeoutMs) &&
             socket_.bytesAvailable() == 0) {
             break;
         }
@@ -51,7 +46,7 @@ QByteArray Client::readToEnd() {
 QByteArray Client::read(qint64 count) {
     QByteArray received;
     while (received.size() < count) {
-        if (socket_.bytesAvailable() == 0 && !socket_.waitForReadyRead(kPatienceMs) &&
+        if (socket_.bytesAvailable() == 0 && !socket_.waitForReadyRead(kTestTimeoutMs) &&
             socket_.bytesAvailable() == 0) {
             break;
         }
@@ -62,7 +57,7 @@ QByteArray Client::read(qint64 count) {
 
 bool Client::waitForDisconnected() {
     return socket_.state() == QAbstractSocket::UnconnectedState ||
-           socket_.waitForDisconnected(kPatienceMs);
+           socket_.waitForDisconnected(kTestTimeoutMs);
 }
 
 QByteArray exchange(quint16 port, const QByteArray& request, Transport transport) {

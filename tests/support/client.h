@@ -11,7 +11,7 @@ namespace quorin::test {
 enum class Transport { Plain, Tls };
 
 // A client that exchanges raw bytes with a gateway over one connection. All calls block, for
-// kPatience at most; a call that times out ends with what has arrived so far.
+// kTestTimeout at most; a call that times out ends with what has arrived so far.
 class Client {
 public:
     // Retries until the port accepts the connection, then completes the TLS handshake if TLS is

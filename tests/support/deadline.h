@@ -9,11 +9,13 @@
 // Tests wait for the event they expect, up to a deadline that only a failure reaches.
 namespace quorin::test {
 
-inline constexpr std::chrono::seconds kPatience{60};
+inline constexpr std::chrono::seconds kTestTimeout{60};
+inline constexpr int kTestTimeoutMs = int(std::chrono::milliseconds(kTestTimeout).count());
 
 // Checks `condition` every 5 ms. Returns false if it is not met within `timeout`.
 template<std::predicate Condition>
-[[nodiscard]] bool waitUntil(Condition&& condition, std::chrono::milliseconds timeout = kPatience) {
+[[nodiscard]] bool waitUntil(Condition&& condition,
+                             std::chrono::milliseconds timeout = kTestTimeout) {
     const QDeadlineTimer deadline(timeout);
     while (!condition()) {
         if (deadline.hasExpired()) {

@@ -15,8 +15,6 @@ namespace quorin::test {
 
 namespace {
 
-constexpr int kPatienceMs = int(std::chrono::milliseconds(kPatience).count());
-
 QString folderOf(LogLibrary log) {
     switch (log) {
     case LogLibrary::Stub:
@@ -101,7 +99,7 @@ void Gateway::startProgram(const QStringList& arguments) {
 void Gateway::startProcess(const QString& program, const QStringList& arguments) {
     prepareInterruption(process_);
     process_.start(program, arguments);
-    ASSERT_TRUE(process_.waitForStarted(kPatienceMs)) << process_.errorString().toStdString();
+    ASSERT_TRUE(process_.waitForStarted(kTestTimeoutMs)) << process_.errorString().toStdString();
 }
 
 std::optional<int> Gateway::stop() {
@@ -115,17 +113,17 @@ void Gateway::command(const QByteArray& command) {
     const QString name = kOnWindows ? platform::kControlPipeName.toString() : site_.pipePath();
     ASSERT_TRUE(waitUntil([&] {
         pipe.connectToServer(name);
-        return pipe.waitForConnected(kPatienceMs);
+        return pipe.waitForConnected(kTestTimeoutMs);
     })) << pipe.errorString().toStdString();
     pipe.write(command);
     // The gateway closes the pipe after reading.
-    ASSERT_TRUE(pipe.waitForBytesWritten(kPatienceMs) ||
+    ASSERT_TRUE(pipe.waitForBytesWritten(kTestTimeoutMs) ||
                 pipe.state() == QLocalSocket::UnconnectedState);
     pipe.disconnectFromServer();
 }
 
 std::optional<int> Gateway::waitForExit() {
-    if (process_.state() != QProcess::NotRunning && !process_.waitForFinished(kPatienceMs)) {
+    if (process_.state() != QProcess::NotRunning && !process_.waitForFinished(kTestTimeoutMs)) {
         return std::nullopt;
     }
     return process_.exitStatus() == QProcess::NormalExit ? std::optional(process_.exitCode())
@@ -143,7 +141,7 @@ QByteArray Gateway::output() {
 void Gateway::kill() {
     if (process_.state() != QProcess::NotRunning) {
         process_.kill();
-        process_.waitForFinished(kPatienceMs);
+        process_.waitForFinished(kTestTimeoutMs);
     }
 }
 

@@ -9,7 +9,7 @@ namespace quorin::test {
 Loopback::Loopback(const QHostAddress& address) {
     EXPECT_TRUE(acceptor_.listen(address)) << acceptor_.errorString().toStdString();
     client_.emplace(acceptor_.serverPort(), Transport::Plain, address);
-    EXPECT_TRUE(acceptor_.waitForNewConnection(int(std::chrono::milliseconds(kPatience).count())));
+    EXPECT_TRUE(acceptor_.waitForNewConnection(kTestTimeoutMs));
     EXPECT_TRUE(acceptor_.accepted.has_value());
 }
 

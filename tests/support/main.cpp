@@ -1,3 +1,5 @@
+#include "support/leak_check.h"
+
 #include <QCoreApplication>
 
 #include <gtest/gtest.h>
@@ -5,5 +7,7 @@
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     const QCoreApplication application(argc, argv);
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    quorin::test::checkForLeaks();
+    return result;
 }

@@ -6,7 +6,7 @@
 namespace quorin::test {
 
 // Shuts down sending; receiving continues. Returns false on error.
-[[nodiscard]] bool endSending(qintptr socketDescriptor);
+[[nodiscard]] bool shutdownSending(qintptr socketDescriptor);
 
 // Makes close() reset the connection. Returns false on error.
 [[nodiscard]] bool resetOnClose(qintptr socketDescriptor);
@@ -15,6 +15,6 @@ namespace quorin::test {
 [[nodiscard]] qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes);
 
 // Returns the number of bytes received but not yet read.
-[[nodiscard]] qint64 arrivedBytes(qintptr socketDescriptor);
+[[nodiscard]] qint64 unreadBytes(qintptr socketDescriptor);
 
 } // namespace quorin::test

@@ -15,7 +15,7 @@ bool setOption(qintptr socketDescriptor, int option, const Value& value) {
 
 } // namespace
 
-bool endSending(qintptr socketDescriptor) {
+bool shutdownSending(qintptr socketDescriptor) {
     return shutdown(static_cast<int>(socketDescriptor), SHUT_WR) == 0;
 }
 
@@ -37,7 +37,7 @@ qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes) {
     return granted;
 }
 
-qint64 arrivedBytes(qintptr socketDescriptor) {
+qint64 unreadBytes(qintptr socketDescriptor) {
     int count = 0;
     return ioctl(static_cast<int>(socketDescriptor), FIONREAD, &count) == 0 ? count : 0;
 }

@@ -14,7 +14,7 @@ bool setOption(qintptr socketDescriptor, int option, const Value& value) {
 
 } // namespace
 
-bool endSending(qintptr socketDescriptor) {
+bool shutdownSending(qintptr socketDescriptor) {
     return shutdown(static_cast<SOCKET>(socketDescriptor), SD_SEND) == 0;
 }
 
@@ -31,7 +31,7 @@ qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes) {
     return granted;
 }
 
-qint64 arrivedBytes(qintptr socketDescriptor) {
+qint64 unreadBytes(qintptr socketDescriptor) {
     u_long count = 0;
     return ioctlsocket(static_cast<SOCKET>(socketDescriptor), FIONREAD, &count) == 0
                ? static_cast<qint64>(count)

@@ -1,6 +1,6 @@
 #include "support/serving_test.h"
 
-#include "support/store.h"
+#include "support/certificate_store.h"
 
 #include <utility>
 
@@ -9,8 +9,8 @@ using namespace Qt::StringLiterals;
 namespace quorin::test {
 
 std::vector<Transport> transports() {
-    return canMakeCertificates() ? std::vector{Transport::Plain, Transport::Tls}
-                                 : std::vector{Transport::Plain};
+    return canInstallCertificates() ? std::vector{Transport::Plain, Transport::Tls}
+                                    : std::vector{Transport::Plain};
 }
 
 void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings) {
@@ -27,8 +27,7 @@ QStringList ServingTest::stopAndReadLog() {
     QStringList logged = site_.logged();
     logged = logged.mid(logged.indexOf(kRunStarts));
     logged.removeIf([](const QString& line) {
-        return line == u"3 quit command recieved"_s ||
-               line.startsWith(u"3 Quorin Gateway Http Server End"_s);
+        return line == kQuitLine || line.startsWith(u"3 Quorin Gateway Http Server End"_s);
     });
     return logged;
 }
@@ -44,7 +43,7 @@ QStringList ServingTest::logOfRequest(const QStringList& lines) {
            QStringList{kReadEnds, kRunEnds, kDisconnectStarts, kDisconnectEnds};
 }
 
-QString ServingTest::rooted(const QString& target) const {
+QString ServingTest::underDocumentRoot(const QString& target) const {
     return site_.appDataPath(u"Vemo/Quorin5/QuorinGatewayHttp/wwwroot"_s) + target;
 }
 

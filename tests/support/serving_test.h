@@ -24,6 +24,9 @@ inline const QString kDisconnectStarts =
 inline const QString kDisconnectEnds =
     QStringLiteral("2 [End] void __cdecl Worker::SslSocketDisconnected(void)");
 
+// The line of the command to quit.
+inline const QString kQuitLine = QStringLiteral("3 quit command recieved");
+
 // Starts a gateway with these settings. For TLS, also enables HTTPS and adds a certificate to the
 // site's store. Does not wait until the gateway listens; Client does.
 void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings = {});
@@ -36,9 +39,9 @@ protected:
         test::startGateway(gateway_, site_, GetParam(), settings);
     }
 
-    // Sends one request on a connection of its own and returns the reply.
-    QByteArray ask(const QByteArray& request) const {
-        return exchange(site_.port(), request, GetParam());
+    // Sends one request on its own connection and returns the reply.
+    QByteArray request(const QByteArray& bytes) const {
+        return exchange(site_.port(), bytes, GetParam());
     }
 
     // Stops the gateway and returns what it logged from the first worker's start on, without the
@@ -52,7 +55,7 @@ protected:
     static QStringList logOfRequest(const QStringList& lines);
 
     // `target` appended to the document root, as the gateway does before it checks the path.
-    QString rooted(const QString& target) const;
+    QString underDocumentRoot(const QString& target) const;
 
     Site site_;
     Gateway gateway_{site_};
@@ -61,18 +64,18 @@ protected:
 // Returns the transports that can be tested on this system.
 [[nodiscard]] std::vector<Transport> transports();
 
-[[nodiscard]] inline const char* nameOf(Transport transport) {
+[[nodiscard]] inline const char* transportName(Transport transport) {
     return transport == Transport::Plain ? "Plain" : "Tls";
 }
 
 inline void PrintTo(Transport transport, std::ostream* out) {
-    *out << nameOf(transport);
+    *out << transportName(transport);
 }
 
 // Names the instances of a parameterized test.
 struct TransportName {
     std::string operator()(const testing::TestParamInfo<Transport>& info) const {
-        return nameOf(info.param);
+        return transportName(info.param);
     }
 };
 

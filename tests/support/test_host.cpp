@@ -1,10 +1,13 @@
 // A host that passes all its arguments to the gateway library unchanged.
 
 #include "platform/shared_library.h"
+#include "support/leak_check.h"
 
 #include <cstdio>
 
-int main(int argc, char** argv) {
+namespace {
+
+int runGateway(int argc, char** argv) {
     const auto library =
         quorin::platform::SharedLibrary::load(quorin::platform::gatewayLibraryName());
     auto* const mainFunc = library.function<int(int, char**)>("QuorinGatewayHttpMainFunc");
@@ -13,4 +16,12 @@ int main(int argc, char** argv) {
         return 99;
     }
     return mainFunc(argc, argv);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const int result = runGateway(argc, argv);
+    quorin::test::checkForLeaks();
+    return result;
 }

@@ -1,4 +1,4 @@
-#include "support/store.h"
+#include "support/certificate_store.h"
 
 #include "certificates/test_certificate.h"
 
@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 
-bool canMakeCertificates() {
+bool canInstallCertificates() {
     return true;
 }
 

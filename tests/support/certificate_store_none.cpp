@@ -1,8 +1,8 @@
-#include "support/store.h"
+#include "support/certificate_store.h"
 
 namespace quorin::test {
 
-bool canMakeCertificates() {
+bool canInstallCertificates() {
     return false;
 }
 
