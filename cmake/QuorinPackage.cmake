@@ -1,7 +1,7 @@
-# What `cmake --install` puts where, and the packages `cpack` makes of it: a zip for Windows, a .deb
-# and a .tar.gz for Linux. Included when all targets are known.
+# Installation, and the packages that `cpack` creates: a zip for Windows, a .deb and a .tar.gz for
+# Linux. Must be included after all targets have been defined.
 
-set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # the tests need not be built to install
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # installing does not require building the tests
 set(package_programs QuorinGatewayHttp lumetrix quorin-gateway)
 
 if(WIN32)
@@ -12,7 +12,7 @@ if(WIN32)
   install(FILES packaging/settings.xml DESTINATION settings)
   install(DIRECTORY ${QUORIN_LICENCES} DESTINATION licences)
   if(MINGW)
-    # Debian's packages of the compiler's runtime, and the licences that texts above refer to.
+    # Debian's packages of the compiler's runtime, and the licences that copyright files refer to.
     foreach(package IN ITEMS gcc-mingw-w64-base mingw-w64-common)
       install(FILES /usr/share/doc/${package}/copyright DESTINATION licences/${package})
     endforeach()
@@ -21,14 +21,14 @@ if(WIN32)
       DESTINATION licences)
   endif()
 else()
-  # In one folder, since each looks for the others beside itself.
+  # In one folder, because each searches for the others in its own folder.
   set(package_folder lib/quorin-gateway)
   install(TARGETS ${package_programs}
     RUNTIME DESTINATION ${package_folder}
     LIBRARY DESTINATION ${package_folder})
   install(FILES packaging/settings.xml DESTINATION share/doc/quorin-gateway/examples)
   install(FILES packaging/linux/quorin-gateway.service DESTINATION lib/systemd/system)
-  # What stands outside the prefix, for the .deb alone.
+  # A file outside the prefix, only in the .deb.
   install(FILES packaging/settings.xml DESTINATION /etc/quorin-gateway
     COMPONENT debian EXCLUDE_FROM_ALL)
 endif()

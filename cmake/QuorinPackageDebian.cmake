@@ -1,5 +1,5 @@
-# Read by cpack once for each kind of package: the .deb holds a part more than the others, and its
-# programs are under /usr.
+# cpack reads this file once for each kind of package: the .deb has an additional component, and its
+# prefix is /usr.
 if(CPACK_GENERATOR STREQUAL "DEB")
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
   list(GET CPACK_INSTALL_CMAKE_PROJECTS 0 build_folder)

@@ -1,9 +1,9 @@
-# Puts what a Windows build needs at run time beside its programs: Qt, its TLS plugins, OpenSSL and
-# the compiler's runtime. An installation takes the same files along.
+# Copies the files that a Windows build needs at run time to the folders of its programs: Qt, its
+# TLS plugins, OpenSSL and the compiler's runtime. Packages contain the same files.
 
 set(QUORIN_RUNTIME_FILES "$<TARGET_FILE:Qt6::Core>" "$<TARGET_FILE:Qt6::Network>")
 
-# Qt asks for its TLS implementation at run time, and looks for it in "tls" beside the program.
+# Qt loads its TLS implementation at run time from the folder "tls" next to the program.
 file(GLOB QUORIN_RUNTIME_TLS_PLUGINS
      "${QT6_INSTALL_PREFIX}/${QT6_INSTALL_PLUGINS}/tls/*${CMAKE_SHARED_LIBRARY_SUFFIX}")
 
@@ -25,7 +25,7 @@ if(MINGW)
     if(NOT EXISTS "${file}")
       message(FATAL_ERROR "${library} does not come with ${CMAKE_CXX_COMPILER}")
     endif()
-    # Debian's are several times as large for their debug information.
+    # Debian's files contain debug information, which makes them several times larger.
     set(stripped "${CMAKE_BINARY_DIR}/runtime/${library}")
     file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
     execute_process(COMMAND "${CMAKE_STRIP}" --strip-unneeded -o "${stripped}" "${file}"
@@ -36,8 +36,8 @@ else()
   include(InstallRequiredSystemLibraries)
 endif()
 
-# What the authors of these libraries ask to be handed on with them; scripts/build-windows keeps it
-# beside each library.
+# Licence texts that must be distributed with these libraries. scripts/build-windows stores them in
+# the folder of each library.
 set(QUORIN_LICENCES "")
 foreach(prefix IN LISTS CMAKE_PREFIX_PATH)
   if(IS_DIRECTORY "${prefix}/licences")
