@@ -2,6 +2,7 @@
 // Built where the test can use OpenSSL itself; Qt sends no key updates.
 
 #include "handlers/handler_fixture.h"
+#include "platform/unix/openssl.h"
 #include "support/deadline.h"
 #include "support/some_certificate.h"
 #include "worker/tls_configuration.h"
@@ -19,14 +20,6 @@ using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 namespace {
-
-template<auto Free>
-struct Deleter {
-    template<typename Object>
-    void operator()(Object* object) const {
-        Free(object);
-    }
-};
 
 // More than the system and Qt take in before the worker reads them.
 constexpr int kKeyUpdates = 100'000;
@@ -104,8 +97,9 @@ protected:
     std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     Loopback connection_;
     int client_ = int(connection_.client().socket().socketDescriptor());
-    std::unique_ptr<SSL_CTX, Deleter<SSL_CTX_free>> context_{SSL_CTX_new(TLS_client_method())};
-    std::unique_ptr<SSL, Deleter<SSL_free>> tls_{SSL_new(context_.get())};
+    std::unique_ptr<SSL_CTX, platform::OpensslDeleter<SSL_CTX_free>> context_{
+        SSL_CTX_new(TLS_client_method())};
+    std::unique_ptr<SSL, platform::OpensslDeleter<SSL_free>> tls_{SSL_new(context_.get())};
     std::thread thread_;
 };
 
