@@ -80,9 +80,17 @@ const QString RoutingTest::kNoFailure = u"(no failure)"_s;
 
 constexpr const char* kSchemeQuery = "/api/WebApiCommScheme";
 
-// A target of `size` characters that ends in `ending`.
-std::string targetOfSize(std::size_t size, const std::string& ending) {
-    return '/' + std::string(size - ending.size() - 1, 'a') + ending;
+// Returns a target of `size` characters that ends in `ending`.
+std::string targetOfSize(std::size_t size, std::string_view ending) {
+    std::string target = "/";
+    target.append(size - ending.size() - 1, 'a');
+    target.append(ending);
+    return target;
+}
+
+// Returns a target that is too long by itself and ends in `ending`.
+std::string overlongTarget(std::string_view ending) {
+    return targetOfSize(32'771 + ending.size(), ending);
 }
 
 TEST_F(RoutingTest, RecordsMethodAndTargetOfRefusedRequest) {
@@ -135,7 +143,7 @@ TEST_F(RoutingTest, SuppressesLogOfMissingUpgradeSetting) {
 }
 
 TEST_F(RoutingTest, RefusesOverlongApiTarget) {
-    expectNotFound('/' + std::string(32'770, 'a') + kSchemeQuery);
+    expectNotFound(overlongTarget(kSchemeQuery));
     expectNotFound(targetOfSize(32'001, kSchemeQuery));
     EXPECT_EQ(log_.lines(), QStringList());
 }
@@ -150,7 +158,7 @@ TEST_F(RoutingTest, RefusesOverlongPath) {
     const std::string folders = "//" + std::string(3'650, '\xff');
     expectNotFound(folders + "/a");
     expectNotFound(folders + "/notifications/a");
-    expectNotFound('/' + std::string(32'770, 'a') + "/x");
+    expectNotFound(overlongTarget("/x"));
     for (const std::size_t over : {0U, 1U}) {
         const auto root = static_cast<std::size_t>(context_.documentRoot.size());
         expectNotFound(targetOfSize(32'000 - root + over, "/a"));
@@ -160,7 +168,7 @@ TEST_F(RoutingTest, RefusesOverlongPath) {
 
 TEST_F(RoutingTest, RefusesOverlongManifestPath) {
     expectNotFound("//" + std::string(3'650, '\xff') + "/update.json");
-    expectNotFound('/' + std::string(32'770, 'a') + "/update.json");
+    expectNotFound(overlongTarget("/update.json"));
     EXPECT_EQ(log_.lines(), QStringList());
     // Only the path of the variant is too long.
     const auto root = static_cast<std::size_t>(context_.documentRoot.size());
@@ -171,7 +179,7 @@ TEST_F(RoutingTest, RefusesOverlongManifestPath) {
 
 TEST_F(RoutingTest, SuppressesLogOfOverlongUpgradeSetting) {
     try {
-        request(http::Method::Get, '/' + std::string(32'770, 'a') + "/QuorinUpgradeSetting.json");
+        request(http::Method::Get, overlongTarget("/QuorinUpgradeSetting.json"));
         FAIL() << "no exception";
     } catch (const GatewayException& exception) {
         EXPECT_TRUE(exception.isSilent());
@@ -179,7 +187,7 @@ TEST_F(RoutingTest, SuppressesLogOfOverlongUpgradeSetting) {
 }
 
 TEST_F(RoutingTest, Sends400BeforeLengthIsChecked) {
-    const std::string target = '/' + std::string(32'770, 'a') + "/../x";
+    const std::string target = overlongTarget("/../x");
     EXPECT_TRUE(failureOf([&] { request(http::Method::Get, target); }) ==
                 u"[End] " + QString::fromStdString(target) + u" is invalid url");
     EXPECT_EQ(received(), "HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n");
