@@ -88,6 +88,14 @@ std::string targetOfSize(std::size_t size, std::string_view ending) {
     return target;
 }
 
+// Returns a target whose path is too long, as each byte of its folder is nine characters there.
+std::string shortTargetOfOverlongPath(std::string_view ending) {
+    std::string target = "//";
+    target.append(3'650, '\xff');
+    target.append(ending);
+    return target;
+}
+
 // Returns a target that is too long by itself and ends in `ending`.
 std::string overlongTarget(std::string_view ending) {
     return targetOfSize(32'771 + ending.size(), ending);
@@ -154,10 +162,8 @@ TEST_F(RoutingTest, ServesApiTargetOfGreatestLength) {
 }
 
 TEST_F(RoutingTest, RefusesOverlongPath) {
-    // Each of these bytes is nine characters of the path.
-    const std::string folders = "//" + std::string(3'650, '\xff');
-    expectNotFound(folders + "/a");
-    expectNotFound(folders + "/notifications/a");
+    expectNotFound(shortTargetOfOverlongPath("/a"));
+    expectNotFound(shortTargetOfOverlongPath("/notifications/a"));
     expectNotFound(overlongTarget("/x"));
     for (const std::size_t over : {0U, 1U}) {
         const auto root = static_cast<std::size_t>(context_.documentRoot.size());
@@ -167,7 +173,7 @@ TEST_F(RoutingTest, RefusesOverlongPath) {
 }
 
 TEST_F(RoutingTest, RefusesOverlongManifestPath) {
-    expectNotFound("//" + std::string(3'650, '\xff') + "/update.json");
+    expectNotFound(shortTargetOfOverlongPath("/update.json"));
     expectNotFound(overlongTarget("/update.json"));
     EXPECT_EQ(log_.lines(), QStringList());
     // Only the path of the variant is too long.
