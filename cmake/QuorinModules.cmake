@@ -26,6 +26,8 @@ if(BUILD_TESTING)
        CONTENT "int main() {}\n" @ONLY)
   add_executable(quorin_test_headers "${CMAKE_BINARY_DIR}/quorin_test_headers.cpp")
   target_link_libraries(quorin_test_headers PRIVATE Qt6::Network GTest::gmock quorin_compile)
+  set_target_properties(quorin_test_headers PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   target_precompile_headers(quorin_test_headers PRIVATE
     <gmock/gmock.h> <gtest/gtest.h>
     <QCoreApplication> <QDateTime> <QDir> <QFile> <QFileInfo> <QProcess> <QSslSocket> <QString>

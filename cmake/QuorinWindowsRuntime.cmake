@@ -1,38 +1,27 @@
 # Copies the run-time dependencies of a Windows build to the folders of its programs: Qt, its TLS
-# plugins, OpenSSL and the compiler runtime. QuorinPackage.cmake installs the same files.
+# plugins, OpenSSL and, with MSVC, the compiler runtime. QuorinPackage.cmake installs the same files.
 
 set(QUORIN_RUNTIME_FILES "$<TARGET_FILE:Qt6::Core>" "$<TARGET_FILE:Qt6::Network>")
 
-# Qt loads its TLS plugin at run time from the subfolder "tls" of the program's folder.
+# Qt loads its TLS plugin at run time from the subfolder "tls" of the gateway library's folder.
 file(GLOB QUORIN_RUNTIME_TLS_PLUGINS
      "${QT6_INSTALL_PREFIX}/${QT6_INSTALL_PLUGINS}/tls/*${CMAKE_SHARED_LIBRARY_SUFFIX}")
 
-foreach(library IN ITEMS libcrypto-3-x64.dll libssl-3-x64.dll)
-  find_file(QUORIN_RUNTIME_${library} ${library}
-            PATHS ${CMAKE_PREFIX_PATH} PATH_SUFFIXES bin NO_CMAKE_FIND_ROOT_PATH)
-  if(QUORIN_RUNTIME_${library})
-    list(APPEND QUORIN_RUNTIME_FILES "${QUORIN_RUNTIME_${library}}")
-  else()
-    message(WARNING "${library} was not found; HTTPS needs it in the folder of the programs")
+# Sets QUORIN_LIBCRYPTO and QUORIN_LIBSSL to the file names of OpenSSL's DLLs.
+foreach(library IN ITEMS libcrypto libssl)
+  set(pattern "bin/${library}-3-x64*.dll")
+  list(TRANSFORM CMAKE_PREFIX_PATH APPEND "/${pattern}" OUTPUT_VARIABLE patterns)
+  file(GLOB file ${patterns})
+  list(LENGTH file count)
+  if(NOT count EQUAL 1)
+    message(FATAL_ERROR "CMAKE_PREFIX_PATH contains ${count} files ${pattern} instead of one")
   endif()
+  list(APPEND QUORIN_RUNTIME_FILES "${file}")
+  string(TOUPPER "QUORIN_${library}" variable)
+  get_filename_component(${variable} "${file}" NAME)
 endforeach()
 
-if(MINGW)
-  foreach(library IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
-    execute_process(COMMAND "${CMAKE_CXX_COMPILER}" "-print-file-name=${library}"
-                    OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE
-                    COMMAND_ERROR_IS_FATAL ANY)
-    if(NOT EXISTS "${file}")
-      message(FATAL_ERROR "${CMAKE_CXX_COMPILER} does not provide ${library}")
-    endif()
-    # With their debug information, Debian's libraries are several times as large.
-    set(stripped "${CMAKE_BINARY_DIR}/runtime/${library}")
-    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
-    execute_process(COMMAND "${CMAKE_STRIP}" --strip-unneeded -o "${stripped}" "${file}"
-                    COMMAND_ERROR_IS_FATAL ANY)
-    list(APPEND QUORIN_RUNTIME_FILES "${stripped}")
-  endforeach()
-else()
+if(NOT MINGW) # the toolchain file links the runtime statically
   include(InstallRequiredSystemLibraries)
 endif()
 
@@ -47,7 +36,7 @@ endforeach()
 
 set(runtime_folders "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
 if(BUILD_TESTING)
-  list(APPEND runtime_folders "${CMAKE_BINARY_DIR}/tests")
+  list(APPEND runtime_folders "${CMAKE_BINARY_DIR}/tests" "${CMAKE_BINARY_DIR}/tests/bare")
 endif()
 add_custom_target(quorin_windows_runtime ALL
   COMMENT "Copying run-time libraries to the folders of the programs")

@@ -15,7 +15,6 @@ class TlsBackendTest : public testing::Test {
 protected:
     void start(const Settings& settings) {
         site_.writeSettings(settings);
-        gateway_.setEnvironment(u"QT_PLUGIN_PATH"_s, {});
         gateway_.startProcess(QStringLiteral(QUORIN_HOST_WITHOUT_TLS),
                               {site_.settingsPath(), u"primary"_s});
     }

@@ -13,6 +13,13 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_C_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
 set(CMAKE_CXX_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
 
+# Each binary contains the compiler's runtime. As DLLs with their usual names, they could be replaced
+# by those of the host program. Exceptions still cross from one binary to another, because the system
+# unwinds the stack and types are compared by name.
+set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
+set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
+set(CMAKE_MODULE_LINKER_FLAGS_INIT -static)
+
 set(QT_HOST_PATH /usr CACHE PATH "The host's Qt, for its code generators")
 execute_process(COMMAND gcc -print-multiarch OUTPUT_VARIABLE quorin_host_triplet
                 OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)

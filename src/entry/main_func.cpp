@@ -1,6 +1,7 @@
 #include "entry/main_func.h"
 
 #include "entry/gateway_run.h"
+#include "platform/own_libraries.h"
 
 #include <QCoreApplication>
 
@@ -11,6 +12,7 @@ int QuorinGatewayHttpMainFunc(int argc, char** argv) {
     // std::exit() does not destroy the application object, whose destructor would wait for the
     // host's own tasks on Qt's global thread pool.
     QCoreApplication application(argc, argv);
+    quorin::platform::useOwnLibraries();
     switch (quorin::runGateway(application, argc, argv)) {
     case quorin::RunOutcome::Failed:
         std::exit(EXIT_FAILURE);

@@ -21,11 +21,12 @@ public:
     SharedLibrary& operator=(const SharedLibrary&) = delete;
 
     // Loads the library `name` (UTF-8). A bare file name is searched for in the system's usual
-    // order. Returns an empty object on failure.
+    // order and, on Windows, then in the folder of the library that contains this code; on Linux,
+    // that folder is part of the usual order. Returns an empty object on failure.
     [[nodiscard]] static SharedLibrary load(const char* name);
 
-    // Returns a description of why the last load() on this thread failed. Valid until the next call
-    // of load() or lastError() on this thread.
+    // Returns a description of why the system's search in the last load() on this thread failed.
+    // Valid until the next call of load() or lastError() on this thread.
     [[nodiscard]] static const char* lastError();
 
     [[nodiscard]] explicit operator bool() const noexcept { return handle_ != nullptr; }

@@ -34,11 +34,8 @@ QString folderOf(LogLibrary log) {
 // Makes a process search these folders for libraries first, apart from its own folder.
 void addLibraryFolders(QProcessEnvironment& environment, const QStringList& folders) {
     if constexpr (kOnWindows) {
-        // Not every program has Qt and its plugins in its own folder; the test host has. The
-        // inherited PATH is dropped, as it may contain a logging library.
-        const QString qtFolder = QStringLiteral(QUORIN_TEST_HOST_FOLDER);
-        environment.insert(u"PATH"_s, folders.join(u';') + u';' + qtFolder);
-        environment.insert(u"QT_PLUGIN_PATH"_s, qtFolder);
+        // The inherited PATH is dropped, as it may contain a logging library.
+        environment.insert(u"PATH"_s, folders.join(u';'));
     } else {
         environment.insert(u"LD_LIBRARY_PATH"_s, folders.join(u':'));
     }

@@ -1,5 +1,6 @@
 #include "platform/shared_library.h"
 
+#include "platform/windows/own_folder.h"
 #include "platform/windows/system.h"
 
 #include <array>
@@ -29,9 +30,16 @@ void storeError(DWORD error) {
 } // namespace
 
 SharedLibrary SharedLibrary::load(const char* name) {
+    const QString file = QString::fromUtf8(name);
     SharedLibrary library;
-    library.handle_ = LoadLibraryW(wide(QString::fromUtf8(name)));
-    storeError(library.handle_ != nullptr ? ERROR_SUCCESS : GetLastError());
+    library.handle_ = LoadLibraryW(wide(file));
+    const DWORD error = library.handle_ != nullptr ? ERROR_SUCCESS : GetLastError();
+    storeError(error);
+    if (error == ERROR_MOD_NOT_FOUND && !file.contains(u'\\') && !file.contains(u'/')) {
+        library.handle_ =
+            LoadLibraryExW(wide(ownFolder() + file), nullptr,
+                           LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+    }
     return library;
 }
 

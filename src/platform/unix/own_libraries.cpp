@@ -1,0 +1,7 @@
+#include "platform/own_libraries.h"
+
+namespace quorin::platform {
+
+void useOwnLibraries() {}
+
+} // namespace quorin::platform
