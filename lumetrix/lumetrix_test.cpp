@@ -48,6 +48,36 @@ protected:
         return log.messages();
     }
 
+    // Starts threads, at most 10, of which each writes its number and the numbers from 0 to
+    // kLines - 1.
+    std::vector<std::thread> writeNumberedLines(int count) {
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < count; ++thread) {
+            threads.emplace_back([this, thread] {
+                for (int line = 0; line < kLines; ++line) {
+                    write(std::to_string(thread) + " " + std::to_string(line));
+                }
+            });
+        }
+        return threads;
+    }
+
+    // Waits for the threads and expects the lines of each to be complete and in order.
+    void expectLinesInOrder(std::vector<std::thread>& threads) {
+        for (auto& thread : threads) {
+            thread.join();
+        }
+        std::map<char, int> next;
+        for (const auto& message : messages()) {
+            EXPECT_EQ(message.substr(2), std::to_string(next[message[0]]++)) << message;
+        }
+        for (std::size_t thread = 0; thread < threads.size(); ++thread) {
+            EXPECT_EQ(next[static_cast<char>('0' + thread)], kLines);
+        }
+    }
+
+    static constexpr int kLines = 1000;
+
     LogDirectory log;
     lumetrix_logger* logger = lumetrix_get_logger();
 };
@@ -222,59 +252,19 @@ TEST_F(LumetrixTest, AcceptsLargestQueueSize) {
 
 TEST_F(LumetrixTest, QueueSizeChangeKeepsLinesInOrder) {
     setUp();
-    constexpr int kThreads = 4;
-    constexpr int kLines = 2000;
-    std::vector<std::thread> threads;
-    threads.reserve(kThreads);
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([this, thread] {
-            for (int line = 0; line < kLines; ++line) {
-                write(std::to_string(thread) + " " + std::to_string(line));
-            }
-        });
-    }
+    std::vector<std::thread> threads = writeNumberedLines(4);
     for (int queue = 1; queue < 50; ++queue) {
         lumetrix_set_pool_size(logger, queue);
     }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-
-    std::map<char, int> next;
-    for (const auto& message : messages()) {
-        EXPECT_EQ(message.substr(2), std::to_string(next[message[0]]++)) << message;
-    }
-    for (char thread = '0'; thread < '0' + kThreads; ++thread) {
-        EXPECT_EQ(next[thread], kLines);
-    }
+    expectLinesInOrder(threads);
 }
 
 // ---- threads
 
 TEST_F(LumetrixTest, KeepsLineOrderOfEachThread) {
     setUp(LUMETRIX_DEBUG, 8, 16);
-    constexpr int kThreads = 8;
-    constexpr int kLines = 1000;
-    std::vector<std::thread> threads;
-    threads.reserve(kThreads);
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([this, thread] {
-            for (int line = 0; line < kLines; ++line) {
-                write(std::to_string(thread) + " " + std::to_string(line));
-            }
-        });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-
-    std::map<char, int> next;
-    for (const auto& message : messages()) {
-        EXPECT_EQ(message.substr(2), std::to_string(next[message[0]]++)) << message;
-    }
-    for (char thread = '0'; thread < '0' + kThreads; ++thread) {
-        EXPECT_EQ(next[thread], kLines);
-    }
+    std::vector<std::thread> threads = writeNumberedLines(8);
+    expectLinesInOrder(threads);
 }
 
 TEST_F(LumetrixTest, CallsAllFunctionsConcurrently) {
