@@ -1,5 +1,5 @@
-"""A gateway process, the site that it serves, and its use of resources, for scripts/bench and
-scripts/soak."""
+"""A gateway process, the site that it serves, and its use of resources, for scripts/bench,
+scripts/soak and the tests in tests/clients."""
 
 import os
 import pathlib
@@ -20,7 +20,8 @@ SETTINGS = """<QuorinGatewaySetting><PrimaryGatewaySetting>
 <ApplicationLog><LogLevel>info</LogLevel><Generation>1</Generation></ApplicationLog></Log>
 <Port>{port}</Port><MaxUserSession>{sessions}</MaxUserSession>
 <MaxTCPConnection>1000</MaxTCPConnection><ConnectionTimeout>30</ConnectionTimeout>
-<HTTPRequestTimeout>600</HTTPRequestTimeout><ThreadReadBufferSize>{chunk}</ThreadReadBufferSize>
+<HTTPRequestTimeout>{request_timeout}</HTTPRequestTimeout>
+<ThreadReadBufferSize>{chunk}</ThreadReadBufferSize>
 <HttpsEnabled>{https}</HttpsEnabled></Http>
 <Proxy><IsEnabledHttpInFacility>false</IsEnabledHttpInFacility></Proxy>
 </PrimaryGatewaySetting><General>
@@ -121,9 +122,14 @@ class Server:
     def __exit__(self, *_):
         self.stop()
 
+    @property
+    def address(self):
+        """The URL without a target."""
+        return f"{'https' if self.tls else 'http'}://localhost:{self.port}"
+
     def url(self, name):
         """Of a file in site.files."""
-        return f"{'https' if self.tls else 'http'}://localhost:{self.port}/fwfiles/{name}"
+        return f"{self.address}/fwfiles/{name}"
 
     def family(self):
         """The process identifiers of the process and its children."""
@@ -155,10 +161,11 @@ class Server:
 class Gateway(Server):
     """A gateway that serves a site. A site has at most one gateway at a time."""
 
-    def __init__(self, program, site, *, tls, sessions, chunk=65536):
+    def __init__(self, program, site, *, tls, sessions, chunk=65536, request_timeout=600):
         port = free_port()
         settings = site.folder / "settings.xml"
         settings.write_text(SETTINGS.format(port=port, sessions=sessions, chunk=chunk,
+                                            request_timeout=request_timeout,
                                             https=str(tls).lower(), organization=ORGANIZATION))
         environment = dict(os.environ, QUORIN_COMMON_APPDATA=str(site.folder),
                            TMPDIR=str(site.folder / "tmp"),

@@ -144,6 +144,19 @@ TEST_F(HttpsTest, SendsCloseNotifyAfterEveryReply) {
     }
 }
 
+// A long cookie is sufficient to exceed the limit.
+TEST_F(HttpsTest, LimitsRequestTo4096Bytes) {
+    site_.writeFile(u"fwfiles/a"_s, "content over TLS");
+    startGateway();
+    const QByteArray begin = "GET /fwfiles/a HTTP/1.1\r\nCookie: ";
+    const QByteArray end = "\r\n\r\n";
+    const QByteArray cookie(4096 - begin.size() - end.size(), 'x');
+    EXPECT_EQ(exchange(site_.port(), begin + cookie + end, Transport::Tls),
+              streamedReply("content over TLS"));
+    EXPECT_EQ(exchange(site_.port(), begin + cookie + 'x' + end, Transport::Tls),
+              kReply500 + kReply500);
+}
+
 TEST_F(HttpsTest, ResumesSession) {
     startGateway();
     const QString session = site_.appDataPath(u"../session"_s);
