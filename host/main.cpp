@@ -1,99 +1,72 @@
-// quorin-gateway: starts and stops the gateway.
+// quorin-gateway: runs, checks, watches and stops the gateway.
 
+#include "check_command.h"
+#include "command_line.h"
 #include "platform/command_line.h"
-#include "platform/descriptors.h"
-#include "platform/shared_library.h"
-#include "platform/termination.h"
+#include "run_command.h"
+#include "status_command.h"
 #include "stop_command.h"
+#include "usage.h"
 
-#include <QCoreApplication>
-#include <QThread>
-
+#include <algorithm>
+#include <array>
 #include <cstdio>
-#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
 
-// The gateway itself ends the process with 1 or 2 if its start fails. The last two codes are
-// EX_USAGE and EX_NOPERM of sysexits.h.
-enum ExitCode : int { kOk = 0, kFailed = 1, kUsageError = 64, kPermissionDenied = 77 };
+using quorin::CommandLine;
 
-constexpr const char* kUsage = "usage: quorin-gateway run SETTINGS primary|secondary\n"
-                               "       quorin-gateway stop\n"
-                               "       quorin-gateway --help | --version\n";
+struct Command {
+    std::string_view name;
+    int (*run)(const CommandLine&);
+    const char* help;
+};
+
+constexpr std::array kCommands{
+    Command{"run", quorin::runCommand, quorin::kRunHelp},
+    Command{"check", quorin::checkCommand, quorin::kCheckHelp},
+    Command{"status", quorin::statusCommand, quorin::kStatusHelp},
+    Command{"stop", quorin::stopCommand, quorin::kStopHelp},
+};
 
 constexpr const char* kHelp =
+    "usage: quorin-gateway run SETTINGS primary|secondary\n"
+    "       quorin-gateway check SETTINGS primary|secondary [--json]\n"
+    "       quorin-gateway status\n"
+    "       quorin-gateway stop\n"
+    "       quorin-gateway COMMAND --help\n"
+    "       quorin-gateway --help | --version\n"
     "\n"
-    "run    Runs a gateway with the settings file SETTINGS and its group for the\n"
-    "       primary or the secondary gateway, until it is stopped.\n"
-    "stop   Tells the gateway on this machine to complete its current requests and\n"
-    "       stop. Waits while other controllers hold the gateway's control pipe.\n"
+    "run     Runs a gateway until it is stopped.\n"
+    "check   Reports what would make the start of a gateway fail, or the gateway\n"
+    "        serve other than it was set up to. Changes nothing.\n"
+    "status  Reports whether a gateway runs on this machine.\n"
+    "stop    Tells the gateway on this machine to complete its current requests and\n"
+    "        stop.\n"
     "\n"
-    "Exit codes of run:   0   stopped\n"
-    "                     1   fatal error\n"
-    "                     2   another gateway runs on this machine\n"
-    "                     64  wrong usage\n"
-    "Exit codes of stop:  0   command delivered\n"
-    "                     1   no gateway listens for commands on this machine\n"
-    "                     64  wrong usage\n"
-    "                     77  no permission to open the gateway's control pipe\n"
+    "SETTINGS is the settings file. The gateway uses the settings of its group,\n"
+    "primary or secondary.\n"
     "\n"
-    "Ctrl-C or SIGTERM stops the gateway in the same way; a second one ends it at\n"
-    "once.\n"
-    "\n"
-    "The gateway writes its errors to its log.\n";
+    "'quorin-gateway COMMAND --help' lists the options and exit codes of a command.\n"
+    "The exit code is 64 if the program is used wrongly.\n";
 
-int reportUsageError(const std::string& message) {
-    std::fprintf(stderr, "quorin-gateway: %s; try 'quorin-gateway --help'\n", message.c_str());
-    return kUsageError;
+bool isHelpOption(const std::string& argument) {
+    return argument == "--help" || argument == "-h";
 }
 
-// Stops the gateway in this process, which completes its current requests first. Returns false if
-// the gateway does not listen for commands (yet).
-bool stopOnTermination() {
-    bool isStopping = false;
-    const std::unique_ptr<QThread> thread(QThread::create([&isStopping] {
-        isStopping = quorin::sendStopCommand(quorin::StopTarget::GatewayOfThisProcess) ==
-                     quorin::StopResult::Delivered;
-    }));
-    thread->start();
-    thread->wait();
-    return isStopping;
+int print(const std::string& text) {
+    std::fputs(text.c_str(), stdout);
+    return quorin::kOk;
 }
 
-int run(std::string program, std::string settings, std::string group) {
-    quorin::platform::raiseDescriptorLimit();
-    using MainFunc = int(int, char**);
-    const auto library =
-        quorin::platform::SharedLibrary::load(quorin::platform::gatewayLibraryName());
-    auto* const mainFunc = library.function<MainFunc>("QuorinGatewayHttpMainFunc");
-    if (mainFunc == nullptr) {
-        std::fprintf(stderr, "quorin-gateway: cannot load the gateway library %s: %s\n",
-                     quorin::platform::gatewayLibraryName(),
-                     quorin::platform::SharedLibrary::lastError());
-        return kFailed;
+int execute(const Command& command, const CommandLine& line) {
+    if (line.arguments.size() == 1 && isHelpOption(line.arguments.front())) {
+        return print(command.help);
     }
-    const quorin::platform::TerminationWatch watch(stopOnTermination);
-    std::vector<char*> arguments{program.data(), settings.data(), group.data(), nullptr};
-    return mainFunc(static_cast<int>(arguments.size() - 1), arguments.data());
-}
-
-int stop(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    switch (quorin::sendStopCommand(quorin::StopTarget::AnyGateway)) {
-    case quorin::StopResult::Delivered:
-        return kOk;
-    case quorin::StopResult::AccessDenied:
-        std::fprintf(stderr, "quorin-gateway: permission denied: cannot open the gateway's control "
-                             "pipe\n");
-        return kPermissionDenied;
-    case quorin::StopResult::NoGateway:
-        break;
-    }
-    std::fprintf(stderr, "quorin-gateway: no gateway listens for commands on this machine\n");
-    return kFailed;
+    return command.run(line);
 }
 
 } // namespace
@@ -101,30 +74,20 @@ int stop(int argc, char** argv) {
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments = quorin::platform::commandLine(argc, argv);
     if (arguments.size() < 2) {
-        return reportUsageError("missing command");
+        return quorin::reportUsageError("missing command");
     }
-    const std::string& command = arguments[1];
-    if (command == "--help" || command == "-h") {
-        std::printf("%s%s", kUsage, kHelp);
-        return kOk;
+    const std::string& name = arguments[1];
+    if (isHelpOption(name)) {
+        return print(kHelp);
     }
-    if (command == "--version") {
-        std::printf("quorin-gateway %s\n", QUORIN_VERSION);
-        return kOk;
+    if (name == "--version") {
+        return print("quorin-gateway " QUORIN_VERSION "\n");
     }
-    if (command == "run") {
-        if (arguments.size() != 4) {
-            return reportUsageError("'run' requires a settings file and 'primary' or 'secondary'");
-        }
-        if (arguments[3] != "primary" && arguments[3] != "secondary") {
-            return reportUsageError("unknown group '" + arguments[3] +
-                                    "': must be 'primary' or 'secondary'");
-        }
-        return run(arguments[0], arguments[2], arguments[3]);
+    const auto* const command =
+        std::find_if(kCommands.begin(), kCommands.end(),
+                     [&name](const Command& candidate) { return candidate.name == name; });
+    if (command == kCommands.end()) {
+        return quorin::reportUsageError("unknown command '" + name + "'");
     }
-    if (command == "stop") {
-        return arguments.size() == 2 ? stop(argc, argv)
-                                     : reportUsageError("'stop' takes no arguments");
-    }
-    return reportUsageError("unknown command '" + command + "'");
+    return execute(*command, {argc, argv, arguments[0], {arguments.begin() + 2, arguments.end()}});
 }

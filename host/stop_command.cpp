@@ -1,11 +1,15 @@
 #include "stop_command.h"
 
+#include "command_line.h"
 #include "platform/control_pipe.h"
+#include "usage.h"
 
+#include <QCoreApplication>
 #include <QLocalSocket>
 #include <QThread>
 
 #include <chrono>
+#include <cstdio>
 #include <memory>
 
 namespace quorin {
@@ -59,6 +63,25 @@ StopResult sendStopCommand(StopTarget target) {
         pipe->waitForDisconnected(kNoTimeLimit);
     }
     return StopResult::Delivered;
+}
+
+int stopCommand(const CommandLine& line) {
+    if (!line.arguments.empty()) {
+        return reportUsageError("'stop' takes no arguments");
+    }
+    const QCoreApplication application(line.argc, line.argv);
+    switch (sendStopCommand(StopTarget::AnyGateway)) {
+    case StopResult::Delivered:
+        return kOk;
+    case StopResult::AccessDenied:
+        std::fprintf(stderr, "quorin-gateway: permission denied: cannot open the gateway's control "
+                             "pipe\n");
+        return kPermissionDenied;
+    case StopResult::NoGateway:
+        break;
+    }
+    std::fprintf(stderr, "quorin-gateway: no gateway listens for commands on this machine\n");
+    return kFailed;
 }
 
 } // namespace quorin

@@ -103,8 +103,11 @@ TEST_F(ProgramTest, WrongUsagePrintsOneLineAndExitsWith64) {
     for (const QStringList& arguments :
          {QStringList{}, QStringList{u"serve"_s}, QStringList{u"run"_s},
           QStringList{u"run"_s, settings}, QStringList{u"run"_s, settings, u"Primary"_s},
-          QStringList{u"run"_s, settings, u"primary"_s, u"x"_s},
-          QStringList{u"stop"_s, u"now"_s}}) {
+          QStringList{u"run"_s, settings, u"primary"_s, u"x"_s}, QStringList{u"stop"_s, u"now"_s},
+          QStringList{u"status"_s, u"now"_s}, QStringList{u"check"_s},
+          QStringList{u"check"_s, settings}, QStringList{u"check"_s, settings, u"Primary"_s},
+          QStringList{u"check"_s, settings, u"primary"_s, u"x"_s},
+          QStringList{u"check"_s, u"--help"_s, u"primary"_s, u"x"_s}}) {
         EXPECT_EQ(run(arguments), 64);
         EXPECT_EQ(errors_.count('\n'), 1) << errors_.toStdString();
         EXPECT_TRUE(errors_.startsWith("quorin-gateway: ")) << errors_.toStdString();
@@ -117,6 +120,18 @@ TEST_F(ProgramTest, PrintsHelpAndVersionToStandardOutput) {
     EXPECT_TRUE(output_.startsWith("usage: quorin-gateway run SETTINGS primary|secondary\n"));
     EXPECT_EQ(run({u"--version"_s}), 0);
     EXPECT_EQ(output_, "quorin-gateway " QUORIN_VERSION "\n");
+}
+
+TEST_F(ProgramTest, PrintsHelpOfEachCommand) {
+    for (const QString& command : {u"run"_s, u"check"_s, u"status"_s, u"stop"_s}) {
+        for (const QString& option : {u"--help"_s, u"-h"_s}) {
+            EXPECT_EQ(run({command, option}), 0);
+            EXPECT_TRUE(output_.startsWith(QByteArray("usage: quorin-gateway " + command.toUtf8())))
+                << output_.toStdString();
+            EXPECT_TRUE(output_.contains("\nExit codes:  0")) << output_.toStdString();
+            EXPECT_EQ(errors_, "");
+        }
+    }
 }
 
 TEST_F(ProgramTest, RunsUntilStopped) {

@@ -54,21 +54,25 @@ void readBool(const tinyxml2::XMLElement& parent, const char* name, bool& out) {
     out = isTrue;
 }
 
-void readIntOr(const tinyxml2::XMLElement& parent, const char* name, std::int32_t& out,
-               std::int32_t fallback) {
+QString readIntOr(const tinyxml2::XMLElement& parent, const char* name, std::int32_t& out,
+                  std::int32_t fallback) {
     try {
         readNonNegativeInt(parent, name, out);
-    } catch (const GatewayException&) {
+    } catch (const GatewayException& exception) {
         out = fallback;
+        return exception.message();
     }
+    return {};
 }
 
-void readBoolOr(const tinyxml2::XMLElement& parent, const char* name, bool& out, bool fallback) {
+QString readBoolOr(const tinyxml2::XMLElement& parent, const char* name, bool& out, bool fallback) {
     try {
         readBool(parent, name, out);
-    } catch (const GatewayException&) {
+    } catch (const GatewayException& exception) {
         out = fallback;
+        return exception.message();
     }
+    return {};
 }
 
 } // namespace quorin

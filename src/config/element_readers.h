@@ -25,10 +25,11 @@ void readNonNegativeInt(const tinyxml2::XMLElement& parent, const char* name, st
 // unchanged if the text is neither.
 void readBool(const tinyxml2::XMLElement& parent, const char* name, bool& out);
 
-// As the readers above, but store `fallback` if the value is missing or invalid.
-void readIntOr(const tinyxml2::XMLElement& parent, const char* name, std::int32_t& out,
-               std::int32_t fallback);
-void readBoolOr(const tinyxml2::XMLElement& parent, const char* name, bool& out, bool fallback);
+// As the readers above, but store `fallback` if the value is missing or invalid. Return the message
+// of the exception that the reader threw, or an empty text.
+QString readIntOr(const tinyxml2::XMLElement& parent, const char* name, std::int32_t& out,
+                  std::int32_t fallback);
+QString readBoolOr(const tinyxml2::XMLElement& parent, const char* name, bool& out, bool fallback);
 
 // Returns the first child element `name`. Throws if there is none.
 const tinyxml2::XMLElement& requireElement(const tinyxml2::XMLNode& parent, const char* name);

@@ -4,6 +4,10 @@
 
 namespace quorin {
 
+// Returns the path of the settings file that `argument`, in UTF-8, names: a backslash separates
+// folders on every system.
+[[nodiscard]] QString settingsPath(const char* argument);
+
 // Reads the settings file at `path` into GatewaySettings::instance(), from the group of the primary
 // or the secondary gateway. Sets up the application log as soon as its settings are read.
 //

@@ -6,6 +6,7 @@
 #include "platform/folders.h"
 #include "support/deadline.h"
 #include "support/print.h"
+#include "support/settings_samples.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,62 +20,11 @@
 #include <tinyxml2.h>
 
 #include <future>
-#include <ostream>
 
 using namespace Qt::StringLiterals;
 
 namespace quorin {
 namespace {
-
-constexpr const char* kSettings = R"(<?xml version="1.0" encoding="utf-8"?>
-<QuorinGatewaySetting>
-  <PrimaryGatewaySetting>
-    <Http>
-      <Log>
-        <QueueSize>8192</QueueSize>
-        <ApplicationLog>
-          <LogLevel>info</LogLevel>
-          <Generation>30</Generation>
-        </ApplicationLog>
-      </Log>
-      <Port>8080</Port>
-      <MaxUserSession>10</MaxUserSession>
-      <MaxTCPConnection>100</MaxTCPConnection>
-      <ConnectionTimeout>20</ConnectionTimeout>
-      <HTTPRequestTimeout>600</HTTPRequestTimeout>
-      <ThreadReadBufferSize>65536</ThreadReadBufferSize>
-      <IsMadeClientRequestWaited>false</IsMadeClientRequestWaited>
-      <MaxLargeFileRequest>9</MaxLargeFileRequest>
-      <HttpsEnabled>TRUE</HttpsEnabled>
-    </Http>
-    <Proxy>
-      <IsEnabledHttpInFacility>False</IsEnabledHttpInFacility>
-    </Proxy>
-  </PrimaryGatewaySetting>
-  <SecondaryGatewaySetting>
-    <Http>
-      <Log>
-        <QueueSize>1</QueueSize>
-        <ApplicationLog><LogLevel>error</LogLevel><Generation>2</Generation></ApplicationLog>
-      </Log>
-      <Port>8081</Port>
-      <MaxUserSession>20</MaxUserSession>
-      <MaxTCPConnection>3</MaxTCPConnection>
-      <ConnectionTimeout>4</ConnectionTimeout>
-      <HTTPRequestTimeout>5</HTTPRequestTimeout>
-      <ThreadReadBufferSize>6</ThreadReadBufferSize>
-      <HttpsEnabled>false</HttpsEnabled>
-    </Http>
-    <Proxy><IsEnabledHttpInFacility>true</IsEnabledHttpInFacility></Proxy>
-  </SecondaryGatewaySetting>
-  <General>
-    <GatewayConnectSetting><GatewayAddress>gateway-1.example</GatewayAddress></GatewayConnectSetting>
-    <GatewayConnectSetting><GatewayAddress>gateway-2.example</GatewayAddress></GatewayConnectSetting>
-    <OrganizationId>0a1b</OrganizationId>
-    <QuorinCloud><RootUrl>https://cloud.example/QuorinCloud5</RootUrl></QuorinCloud>
-  </General>
-</QuorinGatewaySetting>
-)";
 
 class SettingsFileTest : public testing::Test {
 protected:
@@ -106,7 +56,7 @@ protected:
 
     // The sample with the first `from` replaced by `to`.
     static QString changed(const char* from, const char* to) {
-        QString content = QString::fromUtf8(kSettings);
+        QString content = QString::fromUtf8(test::kSettingsSample);
         const qsizetype place = content.indexOf(QLatin1String(from));
         EXPECT_GE(place, 0) << from;
         return content.replace(place, qsizetype(qstrlen(from)), QString::fromUtf8(to));
@@ -124,7 +74,7 @@ const QString SettingsFileTest::kNotXml =
     u"[End] config file format error(failed to parse as xml)"_s;
 
 TEST_F(SettingsFileTest, LoadsPrimaryGroup) {
-    ASSERT_EQ(failureOf(QString::fromUtf8(kSettings)), QString());
+    ASSERT_EQ(failureOf(QString::fromUtf8(test::kSettingsSample)), QString());
     EXPECT_EQ(settings().QueueSize, 8192);
     EXPECT_EQ(settings().LogLevel, u"info"_s);
     EXPECT_EQ(settings().Generation, 30);
@@ -144,7 +94,7 @@ TEST_F(SettingsFileTest, LoadsPrimaryGroup) {
 }
 
 TEST_F(SettingsFileTest, LoadsSecondaryGroup) {
-    ASSERT_EQ(failureOf(QString::fromUtf8(kSettings), false), QString());
+    ASSERT_EQ(failureOf(QString::fromUtf8(test::kSettingsSample), false), QString());
     EXPECT_EQ(settings().QueueSize, 1);
     EXPECT_EQ(settings().LogLevel, u"error"_s);
     EXPECT_EQ(settings().Generation, 2);
@@ -179,7 +129,7 @@ TEST_F(SettingsFileTest, TreatsLoneCarriageReturnAsLineEnd) {
 }
 
 TEST_F(SettingsFileTest, AcceptsCrLf) {
-    const QString content = QString::fromUtf8(kSettings).replace(u"\n"_s, u"\r\n"_s);
+    const QString content = QString::fromUtf8(test::kSettingsSample).replace(u"\n"_s, u"\r\n"_s);
     ASSERT_EQ(failureOf(content), QString());
     EXPECT_EQ(settings().Port, 8080);
     EXPECT_EQ(settings().LogLevel, u"info"_s);
@@ -235,85 +185,15 @@ TEST_F(SettingsFileTest, KeepsValuesReadBeforeFailure) {
     EXPECT_EQ(settings().ConnectionTimeout, 0);
 }
 
-// A change to the sample and the message of the failure to load it; empty on success.
-struct Fault {
-    const char* name;
-    const char* from;
-    const char* to;
-    const char* message;
-};
-
-std::ostream& operator<<(std::ostream& out, const Fault& fault) {
-    return out << fault.name;
-}
-
-class SettingsFaultTest : public SettingsFileTest, public testing::WithParamInterface<Fault> {};
+class SettingsFaultTest : public SettingsFileTest,
+                          public testing::WithParamInterface<test::SettingsFault> {};
 
 TEST_P(SettingsFaultTest, IsReportedExactly) {
-    const Fault& fault = GetParam();
+    const test::SettingsFault& fault = GetParam();
     EXPECT_EQ(failureOf(changed(fault.from, fault.to)), QString::fromUtf8(fault.message));
 }
 
-constexpr Fault kFaults[] = {
-    {"OtherElements", "<Log>", "<Unknown>1</Unknown><Log>", ""},
-    {"QueueSizeMissing", "<QueueSize>8192</QueueSize>", "", "[End] QueueSize is not found"},
-    {"QueueSizeNegative", "<QueueSize>8192", "<QueueSize>-1",
-     "[End] QueueSize must be grater equal than 0"},
-    {"LogLevelMissing", "<LogLevel>info</LogLevel>", "", "[End] LogLevel is not found"},
-    {"LogLevelEmpty", "<LogLevel>info</LogLevel>", "<LogLevel/>", "[End] LogLevel is not defined"},
-    {"LogLevelInCapitals", "<LogLevel>info", "<LogLevel>Info",
-     "[End] application log level format error (should be setted 'info','warn' or 'error')"},
-    {"LogLevelWithSpace", "<LogLevel>info", "<LogLevel>info ",
-     "[End] application log level format error (should be setted 'info','warn' or 'error')"},
-    {"LogLevelDebug", "<LogLevel>info", "<LogLevel>debug", ""},
-    {"LogLevelWarn", "<LogLevel>info", "<LogLevel>warn", ""},
-    {"GenerationMissing", "<Generation>30</Generation>", "", "[End] Generation is not found"},
-    {"PortWithLetter", "<Port>8080", "<Port>8O80", "[End] Port is not number"},
-    {"PortNegative", "<Port>8080", "<Port>-1", "[End] Port must be grater equal than 0"},
-    {"PortEmpty", "<Port>8080</Port>", "<Port></Port>", "[End] Port is not defined"},
-    {"PortClosed", "<Port>8080</Port>", "<Port/>", "[End] Port is not defined"},
-    {"PortMissing", "<Port>8080</Port>", "", "[End] Port is not found"},
-    {"PortTooLarge", "<Port>8080", "<Port>2147483648", "[End] Port is not number"},
-    {"PortLargest", "<Port>8080", "<Port>2147483647", ""},
-    {"PortWithSpaces", "<Port>8080<", "<Port> 8080 <", ""},
-    {"PortHexadecimal", "<Port>8080", "<Port>0x50", "[End] Port is not number"},
-    {"MaxUserSessionMissing", "<MaxUserSession>10</MaxUserSession>", "",
-     "[End] MaxUserSession is not found"},
-    {"MaxTCPConnectionMissing", "<MaxTCPConnection>100</MaxTCPConnection>", "",
-     "[End] MaxTCPConnection is not found"},
-    {"ConnectionTimeoutMissing", "<ConnectionTimeout>20</ConnectionTimeout>", "",
-     "[End] ConnectionTimeout is not found"},
-    {"HTTPRequestTimeoutMissing", "<HTTPRequestTimeout>600</HTTPRequestTimeout>", "",
-     "[End] HTTPRequestTimeout is not found"},
-    {"ThreadReadBufferSizeMissing", "<ThreadReadBufferSize>65536</ThreadReadBufferSize>", "",
-     "[End] ThreadReadBufferSize is not found"},
-    {"HttpsEnabledMissing", "<HttpsEnabled>TRUE</HttpsEnabled>", "",
-     "[End] HttpsEnabled is not found"},
-    {"HttpsEnabledNotBoolean", "<HttpsEnabled>TRUE", "<HttpsEnabled>yes",
-     "[End] HttpsEnabled is not boolean value"},
-    {"HttpsEnabledEmpty", "<HttpsEnabled>TRUE", "<HttpsEnabled>",
-     "[End] HttpsEnabled is not defined"},
-    {"IsEnabledHttpInFacilityMissing", "<IsEnabledHttpInFacility>False</IsEnabledHttpInFacility>",
-     "", "[End] IsEnabledHttpInFacility tag is not found"},
-    {"IsEnabledHttpInFacilityNotBoolean", "<IsEnabledHttpInFacility>False",
-     "<IsEnabledHttpInFacility>0", "[End] IsEnabledHttpInFacility is not boolean value"},
-    {"GatewayAddressEmpty", "<GatewayAddress>gateway-1.example</GatewayAddress>",
-     "<GatewayAddress/>", "[End] GatewayAddress is not defined"},
-    {"GatewayAddressMissing", "<GatewayAddress>gateway-1.example</GatewayAddress>", "",
-     "[End] GatewayAddress is not defined"},
-    {"OrganizationIdMissing", "<OrganizationId>0a1b</OrganizationId>", "",
-     "[End] OrganizationId tag is not found"},
-    {"OrganizationIdEmpty", "<OrganizationId>0a1b", "<OrganizationId>",
-     "[End] OrganizationId is not defined"},
-    {"OrganizationIdAfterElement", "<OrganizationId>0a1b", "<OrganizationId><x/>abc",
-     "[End] OrganizationId is not defined"},
-    {"RootUrlMissing", "<RootUrl>https://cloud.example/QuorinCloud5</RootUrl>", "",
-     "[End] RootUrl tag is not found"},
-    {"RootUrlEmpty", "<RootUrl>https://cloud.example/QuorinCloud5", "<RootUrl>",
-     "[End] RootUrl is not defined"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Values, SettingsFaultTest, testing::ValuesIn(kFaults),
+INSTANTIATE_TEST_SUITE_P(Values, SettingsFaultTest, testing::ValuesIn(test::kSettingsFaults),
                          [](const auto& fault) { return fault.param.name; });
 
 // Renames a structural element, so that it is missing.
@@ -322,27 +202,24 @@ class SettingsStructureTest : public SettingsFileTest,
 
 TEST_P(SettingsStructureTest, IsRequired) {
     const QString name = QString::fromUtf8(GetParam());
-    QString content = QString::fromUtf8(kSettings);
+    QString content = QString::fromUtf8(test::kSettingsSample);
     content.replace(u'<' + name + u'>', u"<Other>"_s);
     content.replace(u"</" + name + u'>', u"</Other>"_s);
     EXPECT_EQ(failureOf(content), u"[End] " + name + u" tag is not found");
 }
 
-INSTANTIATE_TEST_SUITE_P(Elements, SettingsStructureTest,
-                         testing::Values("QuorinGatewaySetting", "PrimaryGatewaySetting", "Http",
-                                         "Log", "ApplicationLog", "Proxy", "General",
-                                         "GatewayConnectSetting", "QuorinCloud"),
+INSTANTIATE_TEST_SUITE_P(Elements, SettingsStructureTest, testing::ValuesIn(test::kSettingsGroups),
                          [](const auto& fault) { return fault.param; });
 
 TEST_F(SettingsFileTest, RequiresSelectedGroup) {
-    QString content = QString::fromUtf8(kSettings);
+    QString content = QString::fromUtf8(test::kSettingsSample);
     content.replace(u"SecondaryGatewaySetting>"_s, u"ThirdGatewaySetting>"_s);
     EXPECT_EQ(failureOf(content, false), u"[End] SecondaryGatewaySetting tag is not found"_s);
     EXPECT_EQ(failureOf(content, true), QString());
 }
 
 TEST_F(SettingsFileTest, DoesNotFindProxyBelowHttp) {
-    QString content = QString::fromUtf8(kSettings);
+    QString content = QString::fromUtf8(test::kSettingsSample);
     const qsizetype begin = content.indexOf(u"<Proxy>"_s);
     const qsizetype end = content.indexOf(u"</Proxy>"_s) + 8;
     const QString proxy = content.mid(begin, end - begin);
@@ -385,23 +262,12 @@ TEST_F(SettingsFileTest, DefaultsToWaitingRequests) {
     EXPECT_FALSE(settings().IsMadeClientRequestWaited);
 }
 
-struct LargeFileLimit {
-    const char* name;
-    const char* maxUserSession;
-    const char* configured;
-    int expected;
-};
-
-std::ostream& operator<<(std::ostream& out, const LargeFileLimit& limit) {
-    return out << limit.name;
-}
-
 class LargeFileLimitTest : public SettingsFileTest,
-                           public testing::WithParamInterface<LargeFileLimit> {};
+                           public testing::WithParamInterface<test::LargeFileLimit> {};
 
 TEST_P(LargeFileLimitTest, FallsBackToFour) {
-    const LargeFileLimit& limit = GetParam();
-    QString content = QString::fromUtf8(kSettings);
+    const test::LargeFileLimit& limit = GetParam();
+    QString content = QString::fromUtf8(test::kSettingsSample);
     content.replace(u"<MaxUserSession>10"_s,
                     u"<MaxUserSession>" + QString::fromUtf8(limit.maxUserSession));
     content.replace(u"<MaxLargeFileRequest>9</MaxLargeFileRequest>"_s,
@@ -410,21 +276,8 @@ TEST_P(LargeFileLimitTest, FallsBackToFour) {
     EXPECT_EQ(settings().MaxLargeFileRequest, limit.expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Limits, LargeFileLimitTest,
-    testing::Values(
-        LargeFileLimit{"OneBelowPool", "10", "<MaxLargeFileRequest>9</MaxLargeFileRequest>", 9},
-        LargeFileLimit{"EqualToPool", "10", "<MaxLargeFileRequest>10</MaxLargeFileRequest>", 4},
-        LargeFileLimit{"One", "10", "<MaxLargeFileRequest>1</MaxLargeFileRequest>", 1},
-        LargeFileLimit{"None", "10", "<MaxLargeFileRequest>0</MaxLargeFileRequest>", 4},
-        LargeFileLimit{"Negative", "10", "<MaxLargeFileRequest>-5</MaxLargeFileRequest>", 4},
-        LargeFileLimit{"NotANumber", "10", "<MaxLargeFileRequest>abc</MaxLargeFileRequest>", 4},
-        LargeFileLimit{"Missing", "10", "", 4},
-        LargeFileLimit{"SmallPoolBelow", "4", "<MaxLargeFileRequest>3</MaxLargeFileRequest>", 3},
-        LargeFileLimit{"SmallPoolEqual", "4", "<MaxLargeFileRequest>4</MaxLargeFileRequest>", 4},
-        LargeFileLimit{"NoPool", "0", "<MaxLargeFileRequest>1</MaxLargeFileRequest>", 4},
-        LargeFileLimit{"PoolBelowFour", "2", "<MaxLargeFileRequest>2</MaxLargeFileRequest>", 4}),
-    [](const auto& limit) { return limit.param.name; });
+INSTANTIATE_TEST_SUITE_P(Limits, LargeFileLimitTest, testing::ValuesIn(test::kLargeFileLimits),
+                         [](const auto& limit) { return limit.param.name; });
 
 class ElementReadersTest : public testing::Test {
 protected:

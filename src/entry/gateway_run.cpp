@@ -7,6 +7,7 @@
 #include "log/log.h"
 #include "platform/folders.h"
 #include "platform/instance_guard.h"
+#include "server/document_root.h"
 #include "server/polling.h"
 #include "server/tcp_server.h"
 
@@ -23,8 +24,6 @@ namespace quorin {
 namespace {
 
 constexpr int kArguments = 3;
-constexpr QStringView kInstanceGuardKey = u"Global\\VEMO_QUORIN_GATEWAY_HTTP";
-constexpr QStringView kDocumentRoot = u"/QuorinGatewayHttp/wwwroot";
 constexpr QStringView kSuccess = u"Success";
 constexpr QStringView kFailure = u"Failure";
 
@@ -46,7 +45,7 @@ void logEnd(const QString& arguments, QStringView status) {
 }
 
 void takeGuard(QSharedMemory& guard) {
-    guard.setKey(kInstanceGuardKey.toString());
+    guard.setKey(platform::kInstanceGuardKey.toString());
     if (!retry([&guard] { return platform::takeInstanceGuard(guard); })) {
         failStart(u"Duplicate execution of applications"_s, GatewayException::DuplicateInstance);
     }
@@ -62,10 +61,6 @@ bool isPrimary(const char* group) {
     return false;
 }
 
-QString settingsPath(const char* argument) {
-    return QString::fromUtf8(argument).replace(u'\\', u'/');
-}
-
 void logStart(const QString& arguments) {
     const GatewaySettings& settings = GatewaySettings::instance();
     const bool isQueueUsed = settings.IsMadeClientRequestWaited;
@@ -79,12 +74,12 @@ void logStart(const QString& arguments) {
     }
 }
 
-void serve(QCoreApplication& application, const QString& baseDirectory) {
+void serve(QCoreApplication& application) {
     const GatewaySettings& settings = GatewaySettings::instance();
     QThreadPool& pool = *QThreadPool::globalInstance();
     pool.setMaxThreadCount(settings.MaxUserSession);
     pool.setExpiryTimeout(-1); // QueueWatcher relies on threads that have been started once
-    TcpServer server(&application, baseDirectory + kDocumentRoot);
+    TcpServer server(&application, documentRoot());
     if (!server.listen(QHostAddress::AnyIPv4, static_cast<quint16>(settings.Port))) {
         failStart(u"failed to tcp server listening:" + server.errorString());
     }
@@ -103,12 +98,10 @@ RunOutcome runGateway(QCoreApplication& application, int argc, char** argv) {
         if (!platform::shellFoldersAvailable()) {
             return RunOutcome::Failed; // without a log line: the log is not set up yet
         }
-        const QString baseDirectory =
-            platform::commonApplicationDataFolder() + u'/' + platform::kProductFolder;
         const bool primary = isPrimary(argv[2]);
         loadSettings(settingsPath(argv[1]), primary);
         logStart(argumentText(argc, argv));
-        serve(application, baseDirectory);
+        serve(application);
         logEnd(argumentText(argc, argv), kSuccess);
         QuorinGatewayApplicationLogger::shutDownLog();
         return RunOutcome::Stopped;

@@ -17,13 +17,17 @@ constexpr QStringView kLockSuffix = u".lock";
 
 } // namespace
 
-QString stagingPath(const QFileInfo& fileInfo) {
+QString stagingFolder() {
     QString path = platform::commonApplicationDataFolder();
     for (const QStringView folder :
          {platform::kProductFolder, kGatewayAppFolder, kNotificationStagingFolder}) {
         path = platform::joinPath(path, folder.toString());
     }
-    return platform::joinPath(path, fileInfo.fileName());
+    return path;
+}
+
+QString stagingPath(const QFileInfo& fileInfo) {
+    return platform::joinPath(stagingFolder(), fileInfo.fileName());
 }
 
 NotificationLock::NotificationLock(const QFileInfo& fileInfo)

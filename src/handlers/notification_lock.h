@@ -9,6 +9,9 @@ class QFileInfo;
 
 namespace quorin {
 
+// Returns the folder of lock files and new versions of notifications.
+[[nodiscard]] QString stagingFolder();
+
 // Returns the path at which a new version of the notification file `fileInfo` is written before it
 // replaces the file.
 [[nodiscard]] QString stagingPath(const QFileInfo& fileInfo);

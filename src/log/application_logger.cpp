@@ -1,5 +1,6 @@
 #include "log/application_logger.h"
 
+#include "log/log_capture.h"
 #include "platform/folders.h"
 
 #include <QByteArray>
@@ -34,12 +35,6 @@ lumetrix::Level levelFromName(const QString& name) {
     return found != kLevelNames.end() ? found->level : lumetrix::Level::Info;
 }
 
-QString logDirectory() {
-    const QString base = platform::commonApplicationDataFolderForLog();
-    return platform::joinPath(platform::joinPath(base, platform::kProductFolder.toString()),
-                              kLogFolder.toString());
-}
-
 // The library counts the current file too: one more than `generation`, saturated at INT32_MAX.
 std::int32_t filesToKeep(std::int32_t generation) {
     return static_cast<std::int32_t>(
@@ -47,6 +42,12 @@ std::int32_t filesToKeep(std::int32_t generation) {
 }
 
 } // namespace
+
+QString logFolder() {
+    const QString base = platform::commonApplicationDataFolderForLog();
+    return platform::joinPath(platform::joinPath(base, platform::kProductFolder.toString()),
+                              kLogFolder.toString());
+}
 
 QuorinGatewayApplicationLogger::QuorinGatewayApplicationLogger()
     : Logger(kLoggerName, platform::loggingLibraryName()) {}
@@ -56,7 +57,15 @@ QuorinGatewayApplicationLogger& QuorinGatewayApplicationLogger::instance() {
     return logger;
 }
 
+bool QuorinGatewayApplicationLogger::isWriting() {
+    return LogCapture::active() != nullptr || instance().isLogging();
+}
+
 void QuorinGatewayApplicationLogger::write(lumetrix::Level level, const QString& message) {
+    if (LogCapture* const capture = LogCapture::active()) {
+        capture->add(level, message);
+        return;
+    }
     const QuorinGatewayApplicationLogger& logger = instance();
     if (logger.isLogging()) {
         logger.log(level, message.toUtf8().constData());
@@ -64,7 +73,7 @@ void QuorinGatewayApplicationLogger::write(lumetrix::Level level, const QString&
 }
 
 void QuorinGatewayApplicationLogger::setUpApplicationLog(const ApplicationLogSettings& settings) {
-    const QString directory = logDirectory();
+    const QString directory = logFolder();
     if (!platform::isDirectory(directory)) {
         platform::makeDirectoryPath(directory);
     }

@@ -18,6 +18,9 @@ struct ApplicationLogSettings {
     QString level;               // "debug", "info", "warn" or "error" in any case; else "info"
 };
 
+// Returns the folder of the log files.
+[[nodiscard]] QString logFolder();
+
 // The log of this process. Use the functions of log/log.h to write to it. The first use loads the
 // logging library; if it cannot be loaded, nothing is logged. Levels are not filtered here: the
 // library decides which lines it writes. Thread-safe.
@@ -28,11 +31,12 @@ public:
     static void logWarn(const QString& message) { write(lumetrix::Level::Warn, message); }
     static void logError(const QString& message) { write(lumetrix::Level::Error, message); }
 
-    // Calls `build` for the message, but only if the library provides lumetrix_log.
+    // Calls `build` for the message, but only if the library provides lumetrix_log or a LogCapture
+    // exists.
     template<std::invocable MessageBuilder>
     requires std::same_as<std::invoke_result_t<MessageBuilder>, QString>
     static void logDebug(MessageBuilder&& build) {
-        if (instance().isLogging()) {
+        if (isWriting()) {
             logDebug(std::forward<MessageBuilder>(build)());
         }
     }
@@ -48,6 +52,8 @@ private:
     QuorinGatewayApplicationLogger();
 
     static QuorinGatewayApplicationLogger& instance();
+    // Returns false if write() does nothing.
+    static bool isWriting();
     static void write(lumetrix::Level level, const QString& message);
 };
 

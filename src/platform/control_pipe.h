@@ -25,6 +25,10 @@ inline constexpr std::chrono::seconds kCommandTimeout{30};
 // apply. Call before listen().
 void prepareControlPipe(QLocalServer& server, const QString& name);
 
+// Returns why the system cannot listen on the pipe `name` now, for a reason that does not end by
+// itself, or an empty text.
+[[nodiscard]] QString obstacleToControlPipe(const QString& name);
+
 // Returns true if `pipe` is connected to a server in this process.
 [[nodiscard]] bool isServedByThisProcess(const QLocalSocket& pipe);
 

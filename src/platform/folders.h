@@ -21,12 +21,23 @@ inline constexpr QStringView kProductFolder = u"Vemo/Quorin5";
 // result is empty if the path is too long for it.
 [[nodiscard]] QString commonApplicationDataFolderForLog();
 
+// Returns the folder for files that describe the running gateway: on Linux the temporary folder, on
+// Windows the product folder, which all accounts can read.
+[[nodiscard]] QString runtimeFolder();
+
 // Joins two paths: always appends the system's separator to `left`, and removes one leading
 // separator from `right`.
 [[nodiscard]] QString joinPath(const QString& left, const QString& right);
 
 // Returns true if `path` is an existing directory.
 [[nodiscard]] bool isDirectory(const QString& path);
+
+// Returns true if this process may create files in the directory `path`.
+[[nodiscard]] bool canCreateFilesIn(const QString& path);
+
+// Returns true if every account of the machine may write to the file or directory `path`. Returns
+// false if `path` does not exist.
+[[nodiscard]] bool isWorldWritable(const QString& path);
 
 // Creates the directory `path` and its parents. Returns false if it does not exist afterwards.
 bool makeDirectoryPath(const QString& path);

@@ -47,6 +47,18 @@ TEST(FoldersTest, DoesNotReplaceFileWithFolder) {
     EXPECT_FALSE(makeDirectoryPath(file.fileName()));
 }
 
+TEST(FoldersTest, FindsFolderForNewFiles) {
+    const QTemporaryDir temporary;
+    EXPECT_TRUE(canCreateFilesIn(temporary.path()));
+    EXPECT_FALSE(canCreateFilesIn(temporary.filePath(u"missing"_s)));
+    QFile file(temporary.filePath(u"file"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_FALSE(canCreateFilesIn(file.fileName()));
+    EXPECT_EQ(QDir(temporary.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
+              QStringList(u"file"_s));
+    EXPECT_FALSE(runtimeFolder().isEmpty());
+}
+
 TEST(FoldersTest, ShellFoldersAreAvailable) {
     EXPECT_TRUE(shellFoldersAvailable());
     EXPECT_FALSE(commonApplicationDataFolder().isEmpty());

@@ -26,5 +26,16 @@ TEST(InstanceGuardTest, IsReleasedWithItsHolder) {
     EXPECT_TRUE(takeInstanceGuard(second));
 }
 
+TEST(InstanceGuardTest, IsHeldWhileHolderExists) {
+    EXPECT_FALSE(isInstanceGuardHeld(testKey()));
+    {
+        QSharedMemory guard(testKey());
+        ASSERT_TRUE(takeInstanceGuard(guard));
+        EXPECT_TRUE(isInstanceGuardHeld(testKey()));
+        EXPECT_TRUE(isInstanceGuardHeld(testKey())) << "asking must not release the segment";
+    }
+    EXPECT_FALSE(isInstanceGuardHeld(testKey()));
+}
+
 } // namespace
 } // namespace quorin::platform

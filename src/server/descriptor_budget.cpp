@@ -9,17 +9,11 @@ namespace {
 // Descriptors that a worker may open besides its connection: its event loop, the file that it
 // sends, that file's lock, and briefly one more (another process's stale lock, or the table of
 // content types).
-constexpr qintptr kPerQueued = 4;
+constexpr qintptr kPerQueued = kDescriptorsPerConnection - 1;
 
 // Those of them that an active worker may not have opened yet: it already has its event loop, and
 // usually the file.
 constexpr qintptr kPerActive = 2;
-
-// For the control pipe, the log, and descriptors that the host opens between two counts.
-constexpr qintptr kSpare = 8;
-
-// A connection and all descriptors that its worker may open.
-constexpr qintptr kPerConnection = 1 + kPerQueued;
 
 // Connections may use only 1/kHostShare of the free descriptors until the next count. The rest is
 // left to the host.
@@ -45,12 +39,12 @@ bool DescriptorBudget::admitsAnother(int active, std::size_t queued) {
         return false;
     }
     const qintptr reserved =
-        kPerActive * active + kPerQueued * (static_cast<qintptr>(queued) + 1) + kSpare;
+        kPerActive * active + kPerQueued * (static_cast<qintptr>(queued) + 1) + kSpareDescriptors;
     const qintptr free = *limit - *open - reserved;
     if (free < 0) {
         return false;
     }
-    uncounted_ = free / (kHostShare * kPerConnection);
+    uncounted_ = free / (kHostShare * kDescriptorsPerConnection);
     return true;
 }
 

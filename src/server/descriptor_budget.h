@@ -10,6 +10,11 @@
 
 namespace quorin {
 
+// Descriptors that a connection needs at most: its socket and what its worker may open.
+inline constexpr qintptr kDescriptorsPerConnection = 5;
+// Descriptors for the control pipe, the log, and those that the host opens between two counts.
+inline constexpr qintptr kSpareDescriptors = 8;
+
 // Decides whether the process has enough descriptors for one more connection, if the system limits
 // their number. Reserves descriptors for the workers of admitted connections. Without this class,
 // waiting connections would use up all descriptors, and workers could open neither their event loop

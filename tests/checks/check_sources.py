@@ -8,6 +8,7 @@ usage: check_sources.py TREE
  - A source file includes its own header first, so that the header compiles on its own.
  - All code is in namespace quorin, except in the modules listed in NAMESPACES.
  - Test names are in UpperCamelCase and have at most 45 characters.
+ - docs/check.md names every code of a finding.
 """
 
 import re
@@ -17,6 +18,7 @@ from pathlib import Path
 # The same table as in docs/architecture.md.
 DEPENDENCIES = {
     "entry": {"server", "config", "log", "platform"},
+    "check": {"server", "worker", "handlers", "cert", "json", "config", "log", "platform"},
     "server": {"worker", "cert", "http", "config", "log", "platform"},
     "worker": {"handlers", "http", "config", "log", "platform"},
     "handlers": {"http", "json", "config", "log", "platform"},
@@ -26,7 +28,7 @@ DEPENDENCIES = {
     "json": set(),
     "http": set(),
     "platform": set(),
-    "host": {"platform"},
+    "host": {"check", "server", "json", "config", "log", "platform"},
 }
 
 # Namespaces that a module may declare besides quorin.
@@ -100,6 +102,15 @@ class Checker:
             elif len(name) > MAX_TEST_NAME:
                 self.report(file, f"has test {name} of {len(name)} characters")
 
+    def check_finding_codes(self):
+        codes = self.tree / "src/check/finding_codes.h"
+        page = self.tree / "docs/check.md"
+        if codes.exists():
+            text = page.read_text(encoding="utf-8")
+            for code in re.findall(r'constexpr .*"(.*)"', codes.read_text()):
+                if f"`{code}`" not in text:
+                    self.report(page, f"does not name `{code}`")
+
     def run(self):
         files = sources(self.tree, "src", "host")
         for file in files:
@@ -109,9 +120,10 @@ class Checker:
                 self.check_product_file(file, module)
             else:
                 self.report(file, "is in no module")
-        tests = sources(self.tree, "src", "tests", "lumetrix")
+        tests = sources(self.tree, "src", "host", "tests", "lumetrix")
         for file in tests:
             self.check_test_names(file)
+        self.check_finding_codes()
         if not files:
             self.findings.append("found nothing to check")
         for finding in self.findings:

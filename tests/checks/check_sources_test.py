@@ -18,6 +18,8 @@ TREE = {
     "src/platform/unix/folders.cpp":
         '#include "platform/folders.h"\n#include <unistd.h>\n#ifdef __linux__\n#endif\n',
     "src/json/value.h": "namespace ravenjson {}\n",
+    "src/check/finding_codes.h": 'inline constexpr QStringView kPort = u"port-in-use";\n',
+    "docs/check.md": "| `port-in-use` |\n",
     "host/stop_command.h": "",
     "host/stop_command.cpp": '#include "stop_command.h"\n',
     "src/http/a_test.cpp": '#include "support/print.h"\nTEST(ATest, ParsesNumber) {}\n',
@@ -29,7 +31,8 @@ FAULTS = [
     ("src/http/a.cpp", '#include "worker/worker.h"\n', "http does not depend on worker"),
     ("src/worker/a.h", '#include "server/tcp_server.h"\n', "worker does not depend on server"),
     ("src/handlers/a.h", '#include "worker/worker.h"\n', "handlers does not depend on worker"),
-    ("host/main.cpp", '#include "server/polling.h"\n', "host does not depend on server"),
+    ("host/main.cpp", '#include "worker/worker.h"\n', "host does not depend on worker"),
+    ("src/server/a.h", '#include "check/finding.h"\n', "server does not depend on check"),
     ("src/json/a.cpp", '#include "a.h"\n', "without its module"),
     ("src/tools/a.cpp", "", "src/tools/a.cpp is in no module"),
     ("src/server/a.cpp", "#include <windows.h>\n", "depends on the system: #include <windows.h>"),
@@ -44,6 +47,8 @@ FAULTS = [
     ("src/server/a.cpp", "using namespace quorin;\n", "src/server/a.cpp uses namespace quorin"),
     ("src/http/a_test.cpp", "TEST(ATest, parsesNumber) {}\n", "parsesNumber, which is not"),
     ("tests/b_test.cpp", f"TEST_F(BTest, {'Serves' * 8}) {{}}\n", "of 48 characters"),
+    ("docs/check.md", "port-in-use\n", "docs/check.md does not name `port-in-use`"),
+    ("host/a_test.cpp", "TEST(ATest, printsHelp) {}\n", "printsHelp, which is not"),
 ]
 
 

@@ -1,9 +1,14 @@
 #include "platform/control_pipe.h"
 
+#include "platform/folders.h"
+
+#include <QDir>
+#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
 
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace quorin::platform {
@@ -11,6 +16,24 @@ namespace quorin::platform {
 void prepareControlPipe(QLocalServer& server, const QString& name) {
     QLocalServer::removeServer(name);
     server.setSocketOptions(QLocalServer::UserAccessOption);
+}
+
+// The pipe is a socket file in the temporary folder.
+QString obstacleToControlPipe(const QString& name) {
+    // The name of a folder that does not exist is empty: the pipe is then in the root folder.
+    const QString folder = QDir::cleanPath(QDir::tempPath()) + u'/';
+    const QString file = folder + name;
+    if (!canCreateFilesIn(folder)) {
+        return u"this account may not create files in " + folder +
+               (folder.size() == 1 ? u", used because the temporary folder does not exist" : u"");
+    }
+    if (isDirectory(file)) {
+        return file + u" is a folder";
+    }
+    if (QFile::encodeName(file).size() >= qsizetype(sizeof(sockaddr_un::sun_path))) {
+        return u"the path of the temporary folder is too long: " + folder;
+    }
+    return {};
 }
 
 bool isServedByThisProcess(const QLocalSocket& pipe) {

@@ -1,7 +1,11 @@
 #include "platform/folders.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace quorin::platform {
 
@@ -34,6 +38,20 @@ QString joinPath(const QString& left, const QString& right) {
 
 bool isDirectory(const QString& path) {
     return QFileInfo(path).isDir();
+}
+
+QString runtimeFolder() {
+    return QDir::tempPath();
+}
+
+bool canCreateFilesIn(const QString& path) {
+    return isDirectory(path) && access(QFile::encodeName(path).constData(), W_OK | X_OK) == 0;
+}
+
+bool isWorldWritable(const QString& path) {
+    struct stat status {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 &&
+           (status.st_mode & S_IWOTH) != 0;
 }
 
 bool makeDirectoryPath(const QString& path) {

@@ -1,6 +1,10 @@
 #include "platform/instance_guard.h"
 
+#include <QFile>
 #include <QSharedMemory>
+
+#include <sys/ipc.h>
+#include <sys/shm.h>
 
 namespace quorin::platform {
 
@@ -16,6 +20,19 @@ bool takeInstanceGuard(QSharedMemory& guard) {
     }
     guard.detach();
     return guard.create(size);
+}
+
+bool isInstanceGuardHeld(const QString& key) {
+    constexpr int projectOfQt = 'Q'; // with which QSharedMemory converts the key
+    const QByteArray file = QFile::encodeName(QSharedMemory(key).nativeKey());
+    const key_t systemKey = ftok(file.constData(), projectOfQt);
+    const int segment = systemKey == -1 ? -1 : shmget(systemKey, 0, 0);
+    if (segment == -1) {
+        return false;
+    }
+    shmid_ds status{};
+    // The segment of another account does not show its holders: assume that there is one.
+    return shmctl(segment, IPC_STAT, &status) == -1 || status.shm_nattch > 0;
 }
 
 } // namespace quorin::platform

@@ -13,6 +13,10 @@ void prepareControlPipe(QLocalServer& /*server*/, const QString& name) {
     QLocalServer::removeServer(name);
 }
 
+QString obstacleToControlPipe(const QString& /*name*/) {
+    return {};
+}
+
 bool isServedByThisProcess(const QLocalSocket& pipe) {
     ULONG server = 0;
     return GetNamedPipeServerProcessId(reinterpret_cast<HANDLE>(pipe.socketDescriptor()),

@@ -1,0 +1,85 @@
+#include "check/network_check.h"
+
+#include "check/finding_codes.h"
+#include "check/settings_record.h"
+#include "support/print.h"
+#include "support/settings.h"
+#include "support/site.h"
+
+#include <QFile>
+#include <QTcpServer>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::check {
+namespace {
+
+class PortCheckTest : public testing::Test {
+protected:
+    // Returns the findings about the port, with this gateway running.
+    static Findings check(int port, const std::optional<RunningGateway>& running = {}) {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(u"settings.xml"_s));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        test::Settings settings;
+        settings.Port = QByteArray::number(port);
+        file.write(settings.toXml());
+        file.close();
+        Findings findings;
+        checkPort(SettingsRecord(file.fileName(), true), running, findings);
+        return findings;
+    }
+
+    static RunningGateway gatewayAt(int port) {
+        GatewayStatus status;
+        status.port = port;
+        return {status};
+    }
+
+    quint16 port_ = test::freePort();
+};
+
+TEST_F(PortCheckTest, AcceptsFreePort) {
+    EXPECT_TRUE(check(port_).empty());
+    EXPECT_TRUE(check(port_).empty()) << "the port is free after the check";
+    EXPECT_TRUE(check(0).empty());
+}
+
+TEST_F(PortCheckTest, ReportsPortInUse) {
+    QTcpServer other;
+    ASSERT_TRUE(other.listen(QHostAddress::AnyIPv4, port_));
+    for (const int port : {int(port_), port_ + 65536}) {
+        const Findings findings = check(port);
+        ASSERT_EQ(findings.size(), 1u);
+        EXPECT_EQ(findings[0].code, code::kPortUnavailable);
+        EXPECT_EQ(findings[0].value, QString::number(port_));
+        EXPECT_EQ(findings[0].reason,
+                  u"[End] failed to tcp server listening:The bound address is already in use"_s);
+        EXPECT_TRUE(findings[0].failsStart);
+    }
+}
+
+TEST_F(PortCheckTest, AcceptsPortOfRunningGateway) {
+    QTcpServer other;
+    ASSERT_TRUE(other.listen(QHostAddress::AnyIPv4, port_));
+    EXPECT_TRUE(check(port_, gatewayAt(port_)).empty());
+    EXPECT_TRUE(check(port_, RunningGateway{}).empty());
+    EXPECT_EQ(check(port_, gatewayAt(port_ + 1)).size(), 1u);
+}
+
+TEST(RunningGatewayCheckTest, WarnsOfRunningGateway) {
+    Findings findings;
+    checkRunningGateway(std::nullopt, findings);
+    EXPECT_TRUE(findings.empty());
+    checkRunningGateway(RunningGateway{}, findings);
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].severity, Severity::Warning);
+    EXPECT_EQ(findings[0].code, code::kGatewayRunning);
+    EXPECT_FALSE(findings[0].failsStart);
+}
+
+} // namespace
+} // namespace quorin::check

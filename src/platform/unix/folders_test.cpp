@@ -1,0 +1,68 @@
+#include "platform/folders.h"
+
+#include "platform/control_pipe.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::platform {
+namespace {
+
+TEST(UnixFoldersTest, KnowsWorldWritablePaths) {
+    const QTemporaryDir folder;
+    EXPECT_FALSE(isWorldWritable(folder.path()));
+    ASSERT_TRUE(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::WriteOwner |
+                                                         QFile::ExeOwner | QFile::WriteOther));
+    EXPECT_TRUE(isWorldWritable(folder.path()));
+    EXPECT_FALSE(isWorldWritable(folder.filePath(u"missing"_s)));
+}
+
+class PipeObstacleTest : public testing::Test {
+protected:
+    PipeObstacleTest() { setTemporaryFolder(folder_.path()); }
+    ~PipeObstacleTest() override { qputenv("TMPDIR", before_); }
+
+    static void setTemporaryFolder(const QString& folder) {
+        qputenv("TMPDIR", QFile::encodeName(folder));
+    }
+
+    QString pipe_ = kControlPipeName.toString();
+    QByteArray before_ = qgetenv("TMPDIR");
+    QTemporaryDir folder_;
+};
+
+TEST_F(PipeObstacleTest, IsNoneInOwnFolder) {
+    EXPECT_EQ(obstacleToControlPipe(pipe_), QString());
+    QFile stale(folder_.filePath(pipe_)); // the gateway replaces it
+    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
+    EXPECT_EQ(obstacleToControlPipe(pipe_), QString());
+}
+
+TEST_F(PipeObstacleTest, IsMissingFolderIfRootIsProtected) {
+    setTemporaryFolder(folder_.filePath(u"missing"_s));
+    EXPECT_EQ(obstacleToControlPipe(pipe_),
+              canCreateFilesIn(u"/"_s) ? QString()
+                                       : u"this account may not create files in /, used because "
+                                         u"the temporary folder does not exist"_s);
+}
+
+TEST_F(PipeObstacleTest, IsFolderOfThatName) {
+    const QString file = folder_.filePath(pipe_);
+    ASSERT_TRUE(makeDirectoryPath(file));
+    EXPECT_EQ(obstacleToControlPipe(pipe_), QString(file + u" is a folder"));
+}
+
+TEST_F(PipeObstacleTest, IsLongPath) {
+    const QString folder = folder_.filePath(QString(100, u'x'));
+    ASSERT_TRUE(makeDirectoryPath(folder));
+    setTemporaryFolder(folder);
+    EXPECT_EQ(obstacleToControlPipe(pipe_),
+              QString(u"the path of the temporary folder is too long: " + folder + u'/'));
+}
+
+} // namespace
+} // namespace quorin::platform

@@ -1,0 +1,179 @@
+// `quorin-gateway status` and what `quorin-gateway run` prints.
+
+#include "support/deadline.h"
+#include "support/lifecycle_fixture.h"
+#include "support/system.h"
+
+#include <QFile>
+#include <QLocalSocket>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTcpServer>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace quorin::test {
+namespace {
+
+class StatusCommandTest : public LifecycleTest {
+protected:
+    std::optional<int> status() {
+        Gateway program(site_);
+        program.startProgram({u"status"_s});
+        const std::optional<int> code = program.waitForExit();
+        output_ = QString::fromUtf8(program.output());
+        EXPECT_EQ(program.errorOutput(), "");
+        return code;
+    }
+
+    void startServing(const QString& group = u"primary"_s) {
+        gateway_.startProgram({u"run"_s, site_.settingsPath(), group});
+        ASSERT_TRUE(waitUntil([this] { return status() == 0 && !output_.contains(u"not known"); }));
+    }
+
+    QString output_; // of status()
+};
+
+TEST_F(StatusCommandTest, ReportsMissingGateway) {
+    EXPECT_EQ(status(), 3);
+    EXPECT_EQ(output_, u"not running\n"_s);
+}
+
+TEST_F(StatusCommandTest, DescribesRunningGateway) {
+    const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+    startServing(u"secondary"_s);
+    const QRegularExpression form(
+        u"^running since (\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d) as process (\\d+)\n"
+        u"settings: (.*) secondary\nport: (\\d+) \\(HTTP\\)\n$"_s);
+    const QRegularExpressionMatch match = form.match(output_);
+    ASSERT_TRUE(match.hasMatch()) << output_.toStdString();
+    const QDateTime since = QDateTime::fromString(match.captured(1), u"yyyy-MM-dd HH:mm:ss"_s);
+    EXPECT_GE(since, before);
+    EXPECT_LE(since, QDateTime::currentDateTime());
+    EXPECT_EQ(match.captured(2), QString::number(gateway_.processId()));
+    EXPECT_EQ(match.captured(3), site_.settingsPath());
+    EXPECT_EQ(match.captured(4), QString::number(site_.port()));
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(status(), 3);
+}
+
+TEST_F(StatusCommandTest, DoesNotUseControlPipe) {
+    startServing();
+    QLocalSocket controller; // holds the pipe
+    controller.connectToServer(site_.pipePath());
+    if (kOnWindows) {
+        GTEST_SKIP() << "this test knows the pipe's path on Linux only";
+    }
+    ASSERT_TRUE(controller.waitForConnected(kTestTimeoutMs));
+    EXPECT_EQ(status(), 0);
+    EXPECT_EQ(controller.state(), QLocalSocket::ConnectedState);
+    controller.abort();
+    EXPECT_EQ(gateway_.stop(), 0);
+}
+
+TEST_F(StatusCommandTest, NoticesKilledGateway) {
+    startServing();
+    gateway_.kill();
+    EXPECT_EQ(status(), 3);
+    EXPECT_EQ(output_, u"not running\n"_s);
+    Gateway next(site_);
+    next.startProgram({u"run"_s, site_.settingsPath(), u"primary"_s});
+    EXPECT_TRUE(waitUntil([this] { return status() == 0 && !output_.contains(u"not known"); }));
+    EXPECT_TRUE(output_.contains(QString::number(next.processId()))) << output_.toStdString();
+    EXPECT_EQ(next.stop(), 0);
+}
+
+TEST_F(StatusCommandTest, ReportsGatewayOfOtherProgram) {
+    gateway_.start();
+    ASSERT_TRUE(isListening());
+    EXPECT_EQ(status(), 0);
+    EXPECT_TRUE(output_.startsWith(u"running; its settings are not known"_s))
+        << output_.toStdString();
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(status(), 3);
+}
+
+class RunOutputTest : public LifecycleTest {
+protected:
+    // Starts `quorin-gateway run` on a pseudo-terminal.
+    void startOnTerminal() {
+        const QString command = u'\'' + QStringLiteral(QUORIN_PROGRAM) + u"' run '" +
+                                site_.settingsPath() + u"' primary";
+        gateway_.startProcess(
+            u"script"_s, {u"--quiet"_s, u"--return"_s, u"--command"_s, command, u"/dev/null"_s});
+    }
+
+    static bool hasTerminals() { return !QStandardPaths::findExecutable(u"script"_s).isEmpty(); }
+
+    // Returns what the process has written to its terminal.
+    QString terminalOutput() { return QString::fromUtf8(gateway_.output()).remove(u'\r'); }
+};
+
+TEST_F(RunOutputTest, IsEmptyWithoutTerminal) {
+    gateway_.startProgram({u"run"_s, site_.settingsPath(), u"primary"_s});
+    ASSERT_TRUE(isListening());
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.output() + gateway_.errorOutput(), "");
+}
+
+TEST_F(RunOutputTest, IsEmptyWithoutTerminalIfStartFails) {
+    QTcpServer other;
+    ASSERT_TRUE(other.listen(QHostAddress::AnyIPv4, site_.port()));
+    gateway_.startProgram({u"run"_s, site_.settingsPath(), u"primary"_s});
+    EXPECT_EQ(gateway_.waitForExit(), 1);
+    EXPECT_EQ(gateway_.output() + gateway_.errorOutput(), "");
+}
+
+TEST_F(RunOutputTest, HasThreeLinesOnTerminal) {
+    if (!hasTerminals()) {
+        GTEST_SKIP() << "this system has no program 'script'";
+    }
+    startOnTerminal();
+    ASSERT_TRUE(isListening());
+    EXPECT_EQ(gateway_.stop(), 0);
+    QString root = site_.rootPath(QString());
+    root.chop(1);
+    EXPECT_EQ(terminalOutput(),
+              u"quorin-gateway: serves HTTP on port "_s + QString::number(site_.port()) +
+                  u" of all IPv4 addresses, from " + root + u"\nquorin-gateway: log files are in " +
+                  site_.logFolder() +
+                  u"\nquorin-gateway: stop it with Ctrl-C or 'quorin-gateway stop'\n");
+}
+
+TEST_F(RunOutputTest, ExplainsFailedStartOnTerminal) {
+    if (!hasTerminals()) {
+        GTEST_SKIP() << "this system has no program 'script'";
+    }
+    QTcpServer other;
+    ASSERT_TRUE(other.listen(QHostAddress::AnyIPv4, site_.port()));
+    startOnTerminal();
+    EXPECT_EQ(gateway_.waitForExit(), 1);
+    EXPECT_EQ(terminalOutput(),
+              u"quorin-gateway: the start failed: PrimaryGatewaySetting/Http/Port = \""_s +
+                  QString::number(site_.port()) +
+                  u"\": [End] failed to tcp server listening:The bound address is already in use. "
+                  u"Set another port, or stop the program that uses this one.\n");
+}
+
+TEST_F(RunOutputTest, ExplainsRunningGatewayOnTerminal) {
+    if (!hasTerminals()) {
+        GTEST_SKIP() << "this system has no program 'script'";
+    }
+    Gateway first(site_);
+    first.start();
+    ASSERT_TRUE(isListening());
+    startOnTerminal();
+    EXPECT_EQ(gateway_.waitForExit(), 2);
+    EXPECT_EQ(terminalOutput(), u"quorin-gateway: the start failed: gateway: a gateway runs on "
+                                u"this machine; another one would end with exit code 2. Stop it "
+                                u"before you start another one.\n"_s);
+    EXPECT_EQ(first.stop(), 0);
+}
+
+} // namespace
+} // namespace quorin::test
