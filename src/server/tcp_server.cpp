@@ -208,7 +208,7 @@ void TcpServer::stopWatchers() {
             queueWatcher_->terminate();
             break;
         }
-        pause(kIdlePoll);
+        platform::pause(kIdlePoll);
         threadPoolWatcher_->Stop();
         queueWatcher_->Stop();
     }
