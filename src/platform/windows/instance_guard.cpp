@@ -1,12 +1,41 @@
 #include "platform/instance_guard.h"
 
+#include "platform/windows/global_mutex.h"
+
 #include <QSharedMemory>
+
+#include <utility>
 
 namespace quorin::platform {
 
-// The system frees the segment when its process ends, even if the process is killed.
-bool takeInstanceGuard(QSharedMemory& guard) {
-    return guard.create(1);
+// The system removes both objects when their last handle is closed, at the latest when the process
+// ends. The existence of the mutex is the guard; nobody owns it, because only threads own mutexes.
+struct InstanceGuard::State {
+    QString key;
+    Handle mutex; // released after the segment: a process that takes the mutex finds no segment
+    std::unique_ptr<QSharedMemory> segment;
+};
+
+InstanceGuard::InstanceGuard(QString key)
+    : state_(std::make_unique<State>(State{std::move(key), nullptr, nullptr})) {}
+
+InstanceGuard::~InstanceGuard() = default;
+
+// After a failed create(), a QSharedMemory keeps the existing segment open and thereby alive: two
+// waiting processes would prevent each other from ever creating it. Therefore each attempt has its
+// own QSharedMemory.
+bool InstanceGuard::take() {
+    Handle mutex = createMutex(state_->key);
+    if (!mutex) {
+        return false;
+    }
+    auto segment = std::make_unique<QSharedMemory>(state_->key);
+    if (!segment->create(1)) {
+        return false;
+    }
+    state_->mutex = std::move(mutex);
+    state_->segment = std::move(segment);
+    return true;
 }
 
 } // namespace quorin::platform
