@@ -1,16 +1,25 @@
 #include "platform/control_pipe.h"
 
-#include <QLocalServer>
 #include <QLocalSocket>
+
+#include <utility>
 
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace quorin::platform {
 
-void prepareControlPipe(QLocalServer& server, const QString& name) {
-    QLocalServer::removeServer(name);
-    server.setSocketOptions(QLocalServer::UserAccessOption);
+struct ControlPipe::State {};
+
+ControlPipe::ControlPipe(QString name) : name_(std::move(name)) {
+    removeServer(name_);
+    setSocketOptions(UserAccessOption);
+}
+
+ControlPipe::~ControlPipe() = default;
+
+std::optional<QString> ControlPipe::open() {
+    return listen(name_) ? std::nullopt : std::optional(errorString());
 }
 
 bool isServedByThisProcess(const QLocalSocket& pipe) {
