@@ -2,9 +2,8 @@
 // log and the exit code report each of them.
 
 #include "support/lifecycle_fixture.h"
-#include "support/system.h"
+#include "support/pipe_obstacle.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTcpServer>
@@ -111,17 +110,14 @@ TEST_F(StartupFailureTest, FailsAtOnceWhileHostTaskRuns) {
 }
 
 TEST_F(StartupFailureTest, FailsIfPipeCannotBeOpened) {
-    if (kOnWindows) {
-        GTEST_SKIP() << "this system has no file for a pipe";
-    }
-    // The gateway removes a stale file at the pipe's path, but not a folder.
-    ASSERT_TRUE(QDir().mkpath(site_.pipePath() + u"/full"));
+    const PipeObstacle obstacle(site_);
     gateway_.start();
     EXPECT_EQ(gateway_.waitForExit(), 1);
     const QStringList logged = site_.logged();
     ASSERT_GE(logged.size(), 2);
     EXPECT_TRUE(logged.at(logged.size() - 2)
-                    .startsWith(failureLine(u"failed to local socket server listening:"_s)))
+                    .startsWith(failureLine(u"failed to local socket server listening:" +
+                                            obstacle.reason())))
         << logged.join(u'\n').toStdString();
     EXPECT_EQ(logged.last(), endLine(arguments(), u"Failure"_s));
 }

@@ -12,7 +12,6 @@
 #include "server/tcp_server.h"
 
 #include <QCoreApplication>
-#include <QSharedMemory>
 #include <QThreadPool>
 
 #include <cstring>
@@ -44,9 +43,8 @@ void logEnd(const QString& arguments, QStringView status) {
     log::info(u"Quorin Gateway Http Server End [Argument] " + arguments + u" : [Status] " + status);
 }
 
-void takeGuard(QSharedMemory& guard) {
-    guard.setKey(platform::kInstanceGuardKey.toString());
-    if (!retry([&guard] { return platform::takeInstanceGuard(guard); })) {
+void takeGuard(platform::InstanceGuard& guard) {
+    if (!retry([&guard] { return guard.take(); })) {
         failStart(u"Duplicate execution of applications"_s, GatewayException::DuplicateInstance);
     }
 }
@@ -89,7 +87,7 @@ void serve(QCoreApplication& application) {
 } // namespace
 
 RunOutcome runGateway(QCoreApplication& application, int argc, char** argv) {
-    QSharedMemory guard;
+    platform::InstanceGuard guard(platform::kInstanceGuardKey.toString());
     try {
         takeGuard(guard);
         if (argc != kArguments) {

@@ -3,9 +3,9 @@
 #include "handlers/request_failure.h"
 #include "http/header_names.h"
 #include "http/response.h"
+#include "platform/pause.h"
 
 #include <QSslSocket>
-#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -53,7 +53,7 @@ bool flushUntilSent(QAbstractSocket& socket, const QDeadlineTimer& deadline) {
         if (unsentBytes(socket) == 0) {
             return true;
         }
-        QThread::msleep(kFlushInterval.count());
+        platform::pause(kFlushInterval);
     }
     return false;
 }

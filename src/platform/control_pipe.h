@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QByteArrayView>
+#include <QLocalServer>
 #include <QString>
 #include <QStringView>
 
 #include <chrono>
+#include <memory>
+#include <optional>
 
-class QLocalServer;
 class QLocalSocket;
 
 namespace quorin::platform {
@@ -20,10 +22,29 @@ inline constexpr QByteArrayView kQuitCommand = "quit";
 // How long the gateway waits for a connected controller to write.
 inline constexpr std::chrono::seconds kCommandTimeout{30};
 
-// Prepares `server` to listen on the pipe `name`. On Linux removes a stale socket file of that name
-// and restricts access to the user of this process; on Windows the system's default access rights
-// apply. Call before listen().
-void prepareControlPipe(QLocalServer& server, const QString& name);
+// The gateway's end of a control pipe. Listens like any QLocalServer, but only after open(), not
+// listen(). The pipe can be opened by
+//  - Linux: the user of this process;
+//  - Windows: administrators, the local system and the account of this process, except from the
+//    network. That includes network logons to this machine, such as PowerShell remoting and SSH.
+// Use it on one thread.
+class ControlPipe : public QLocalServer {
+public:
+    // On Linux removes a stale socket file of that name.
+    explicit ControlPipe(QString name);
+    // Closes the pipe.
+    ~ControlPipe() override;
+
+    // Tries once to listen. Returns the reason if that fails; call it again to retry. On Windows a
+    // pipe of that name in any process, this one included, is a reason.
+    [[nodiscard]] std::optional<QString> open();
+
+private:
+    struct State;
+
+    QString name_;
+    std::unique_ptr<State> state_;
+};
 
 // Returns why the system cannot listen on the pipe `name` now, for a reason that does not end by
 // itself, or an empty text.

@@ -1,7 +1,6 @@
 #include "platform/control_pipe.h"
 
 #include <QCoreApplication>
-#include <QLocalServer>
 #include <QLocalSocket>
 
 #include <gtest/gtest.h>
@@ -14,9 +13,8 @@ namespace {
 TEST(ControlPipeTest, RecognizesServerOfThisProcess) {
     const QString name =
         u"\\\\.\\pipe\\QUORIN_PIPE_TEST_%1"_s.arg(QCoreApplication::applicationPid());
-    QLocalServer server;
-    prepareControlPipe(server, name);
-    ASSERT_TRUE(server.listen(name)) << server.errorString().toStdString();
+    ControlPipe pipe(name);
+    ASSERT_EQ(pipe.open(), std::nullopt);
     QLocalSocket client;
     client.connectToServer(name);
     ASSERT_TRUE(client.waitForConnected(5000)) << client.errorString().toStdString();

@@ -5,10 +5,11 @@
 
 namespace quorin::platform {
 
-// Passes requests to end the process to a function: SIGTERM and SIGINT, or Ctrl-C, closing the
-// console, logging off and shutdown on Windows. Also ignores SIGUSR2, whose default action would
-// end the process. The destructor restores the previous behaviour. Create it before any other
-// thread is started. At most one per process.
+// Passes requests to end the process to a function: SIGTERM and SIGINT, or Ctrl-C and Ctrl-Break on
+// Windows. Closing the console, logging off and shutdown end the process on Windows as they would
+// without the watch. Also ignores SIGUSR2, whose default action would end the process. The
+// destructor restores the previous behaviour. Create it before any other thread is started. At most
+// one per process.
 class TerminationWatch {
 public:
     // The first request calls `onTermination` once, on a thread of the watch. If it returns true,

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/pause.h"
+
 #include <QDeadlineTimer>
-#include <QThread>
 
 #include <chrono>
 #include <concepts>
@@ -11,11 +12,6 @@ namespace quorin {
 
 inline constexpr std::chrono::microseconds kIdlePoll = std::chrono::milliseconds(100);
 inline constexpr std::chrono::microseconds kBusyPoll = std::chrono::milliseconds(10);
-
-// Suspends the calling thread.
-inline void pause(std::chrono::microseconds time) {
-    QThread::usleep(static_cast<unsigned long>(time.count()));
-}
 
 // Calls `attempt` until it succeeds, at most 20 times, with a pause of half a second after each
 // failure: another process has about 10 seconds to release a resource. Returns false if all calls
@@ -28,7 +24,7 @@ template<std::predicate Attempt>
         if (attempt()) {
             return true;
         }
-        pause(pauseAfterFailure);
+        platform::pause(pauseAfterFailure);
     }
     return false;
 }

@@ -26,7 +26,7 @@ void QueueWatcher::run() {
     stopRequested_ = false;
     do {
         startQueuedWorkers();
-        pause(queue_->isEmpty() ? kIdlePoll : kBusyPoll);
+        platform::pause(queue_->isEmpty() ? kIdlePoll : kBusyPoll);
     } while (!stopRequested_);
 }
 

@@ -16,13 +16,13 @@
 #include "worker/worker.h"
 
 #include <QCoreApplication>
-#include <QLocalServer>
 #include <QLocalSocket>
 #include <QThreadPool>
 
 #include <chrono>
 #include <cstddef>
 #include <new>
+#include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -51,9 +51,7 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
         loadCertificate();
     }
 
-    const QString pipe = platform::kControlPipeName.toString();
-    localServer_ = std::make_unique<QLocalServer>();
-    platform::prepareControlPipe(*localServer_, pipe);
+    localServer_ = std::make_unique<platform::ControlPipe>(platform::kControlPipeName.toString());
     connect(localServer_.get(), &QLocalServer::newConnection, this,
             &TcpServer::LocalServerNewConnection);
     queueWatcher_ = std::make_unique<QueueWatcher>(&serverContext_->quitRequested,
@@ -94,12 +92,11 @@ void TcpServer::loadCertificate() {
 }
 
 void TcpServer::openControlPipe() {
-    const QString pipe = platform::kControlPipeName.toString();
-    if (!retry([&] { return localServer_->listen(pipe); })) {
-        throw GatewayException(GatewayException::Fatal,
-                               endMessage(QString(u"failed to local socket server listening:" +
-                                                  localServer_->errorString())),
-                               false);
+    std::optional<QString> failure;
+    if (!retry([&] { return !(failure = localServer_->open()); })) {
+        throw GatewayException(
+            GatewayException::Fatal,
+            endMessage(QString(u"failed to local socket server listening:" + *failure)), false);
     }
     threadPoolWatcher_ = std::make_unique<ThreadPoolWatcher>(&serverContext_->quitRequested,
                                                              QThreadPool::globalInstance());
@@ -208,7 +205,7 @@ void TcpServer::stopWatchers() {
             queueWatcher_->terminate();
             break;
         }
-        pause(kIdlePoll);
+        platform::pause(kIdlePoll);
         threadPoolWatcher_->Stop();
         queueWatcher_->Stop();
     }

@@ -11,7 +11,10 @@
 #include <memory>
 
 class QCoreApplication;
-class QLocalServer;
+
+namespace quorin::platform {
+class ControlPipe;
+}
 
 namespace quorin {
 
@@ -64,7 +67,7 @@ private:
     RequestQueue requestQueue_;
     DescriptorBudget descriptorBudget_;
     QTimer admissionTimer_; // runs while admission is paused
-    std::unique_ptr<QLocalServer> localServer_;
+    std::unique_ptr<platform::ControlPipe> localServer_;
     std::unique_ptr<ThreadPoolWatcher> threadPoolWatcher_;
     std::unique_ptr<QueueWatcher> queueWatcher_;
 };

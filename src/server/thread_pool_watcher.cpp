@@ -16,7 +16,7 @@ ThreadPoolWatcher::~ThreadPoolWatcher() {
 void ThreadPoolWatcher::run() {
     stopRequested_ = false;
     do {
-        pause(kIdlePoll);
+        platform::pause(kIdlePoll);
     } while (!isQuitComplete() && !stopRequested_);
     Q_EMIT Satisfied();
 }

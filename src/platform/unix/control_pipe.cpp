@@ -4,8 +4,9 @@
 
 #include <QDir>
 #include <QFile>
-#include <QLocalServer>
 #include <QLocalSocket>
+
+#include <utility>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -13,9 +14,17 @@
 
 namespace quorin::platform {
 
-void prepareControlPipe(QLocalServer& server, const QString& name) {
-    QLocalServer::removeServer(name);
-    server.setSocketOptions(QLocalServer::UserAccessOption);
+struct ControlPipe::State {};
+
+ControlPipe::ControlPipe(QString name) : name_(std::move(name)) {
+    removeServer(name_);
+    setSocketOptions(UserAccessOption);
+}
+
+ControlPipe::~ControlPipe() = default;
+
+std::optional<QString> ControlPipe::open() {
+    return listen(name_) ? std::nullopt : std::optional(errorString());
 }
 
 // The pipe is a socket file in the temporary folder.

@@ -3,23 +3,36 @@
 #include <QFile>
 #include <QSharedMemory>
 
+#include <utility>
+
 #include <sys/ipc.h>
 #include <sys/shm.h>
 
 namespace quorin::platform {
 
-bool takeInstanceGuard(QSharedMemory& guard) {
+struct InstanceGuard::State {
+    QSharedMemory segment;
+};
+
+InstanceGuard::InstanceGuard(QString key) : state_(std::make_unique<State>()) {
+    state_->segment.setKey(std::move(key));
+}
+
+InstanceGuard::~InstanceGuard() = default;
+
+bool InstanceGuard::take() {
     constexpr qsizetype size = 1;
-    if (guard.create(size)) {
+    QSharedMemory& segment = state_->segment;
+    if (segment.create(size)) {
         return true;
     }
     // The segment of a killed process remains. Detaching removes it unless its holder is still
     // running, because the last process to detach removes a segment.
-    if (guard.error() != QSharedMemory::AlreadyExists || !guard.attach()) {
+    if (segment.error() != QSharedMemory::AlreadyExists || !segment.attach()) {
         return false;
     }
-    guard.detach();
-    return guard.create(size);
+    segment.detach();
+    return segment.create(size);
 }
 
 bool isInstanceGuardHeld(const QString& key) {

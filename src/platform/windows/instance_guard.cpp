@@ -1,31 +1,47 @@
 #include "platform/instance_guard.h"
 
-#include "platform/windows/system.h"
+#include "platform/windows/global_mutex.h"
 
 #include <QSharedMemory>
 
-#include <memory>
-#include <type_traits>
+#include <utility>
 
 namespace quorin::platform {
 
-namespace {
-
-struct HandleCloser {
-    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
+// The system removes both objects when their last handle is closed, at the latest when the process
+// ends. The existence of the mutex is the guard. No thread owns it, because the guard may be
+// released on another one.
+struct InstanceGuard::State {
+    QString key;
+    Handle mutex; // released after the segment: a process that takes the mutex finds no segment
+    std::unique_ptr<QSharedMemory> segment;
 };
-using Handle = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleCloser>;
 
-} // namespace
+InstanceGuard::InstanceGuard(QString key)
+    : state_(std::make_unique<State>(State{std::move(key), nullptr, nullptr})) {}
 
-// The system frees the segment when its process ends, even if the process is killed.
-bool takeInstanceGuard(QSharedMemory& guard) {
-    return guard.create(1);
+InstanceGuard::~InstanceGuard() = default;
+
+// After a failed create(), a QSharedMemory keeps the existing segment open and thereby alive: two
+// waiting processes would prevent each other from ever creating it. Therefore each attempt has its
+// own QSharedMemory.
+bool InstanceGuard::take() {
+    Handle mutex = createMutex(state_->key);
+    if (!mutex) {
+        return false;
+    }
+    auto segment = std::make_unique<QSharedMemory>(state_->key);
+    if (!segment->create(1)) {
+        return false;
+    }
+    state_->mutex = std::move(mutex);
+    state_->segment = std::move(segment);
+    return true;
 }
 
 bool isInstanceGuardHeld(const QString& key) {
-    const QString nativeKey = QSharedMemory(key).nativeKey();
-    return Handle(OpenFileMappingW(FILE_MAP_READ, FALSE, wide(nativeKey))) != nullptr;
+    return Handle(OpenMutexW(SYNCHRONIZE, FALSE, wide(key))) ||
+           GetLastError() == ERROR_ACCESS_DENIED;
 }
 
 } // namespace quorin::platform

@@ -19,23 +19,14 @@ std::mutex watchMutex;
 const std::function<bool()>* watched = nullptr;
 std::atomic<bool> isRequested = false;
 
+// Leaves all other events, such as closing of the console, to the default handler, which ends the
+// process. Windows does not report logoff and shutdown to programs that use user32.dll, as Qt does.
 BOOL WINAPI handleConsoleEvent(DWORD event) {
-    if (isRequested.exchange(true)) {
-        return FALSE; // the default handler ends the process
+    if ((event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) || isRequested.exchange(true)) {
+        return FALSE;
     }
-    {
-        const std::lock_guard lock(watchMutex);
-        if (watched == nullptr || !(*watched)()) {
-            return FALSE;
-        }
-    }
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        // The console closes or the system shuts down: the system ends the process as soon as this
-        // returns. Do not return, so that the process can end by itself within the system's time
-        // limit.
-        Sleep(INFINITE);
-    }
-    return TRUE;
+    const std::lock_guard lock(watchMutex);
+    return watched != nullptr && (*watched)() ? TRUE : FALSE;
 }
 
 } // namespace
