@@ -20,7 +20,7 @@ class InstanceGuard {
 public:
     // `key` is the key of the segment. On Windows it is also the name of the mutex, which is
     // visible in all sessions if it begins with "Global\".
-    explicit InstanceGuard(QString key);
+    explicit InstanceGuard(const QString& key);
     ~InstanceGuard();
 
     InstanceGuard(const InstanceGuard&) = delete;

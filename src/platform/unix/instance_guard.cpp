@@ -3,8 +3,6 @@
 #include <QFile>
 #include <QSharedMemory>
 
-#include <utility>
-
 #include <sys/ipc.h>
 #include <sys/shm.h>
 
@@ -14,8 +12,8 @@ struct InstanceGuard::State {
     QSharedMemory segment;
 };
 
-InstanceGuard::InstanceGuard(QString key) : state_(std::make_unique<State>()) {
-    state_->segment.setKey(std::move(key));
+InstanceGuard::InstanceGuard(const QString& key) : state_(std::make_unique<State>()) {
+    state_->segment.setKey(key);
 }
 
 InstanceGuard::~InstanceGuard() = default;

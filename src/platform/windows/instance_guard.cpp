@@ -17,8 +17,8 @@ struct InstanceGuard::State {
     std::unique_ptr<QSharedMemory> segment;
 };
 
-InstanceGuard::InstanceGuard(QString key)
-    : state_(std::make_unique<State>(State{std::move(key), nullptr, nullptr})) {}
+InstanceGuard::InstanceGuard(const QString& key)
+    : state_(std::make_unique<State>(State{key, nullptr, nullptr})) {}
 
 InstanceGuard::~InstanceGuard() = default;
 
