@@ -37,13 +37,13 @@ QSsl::KeyAlgorithm algorithmFromGroup(const QString& name) {
 } // namespace
 
 ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
-    const auto handle = certificate.acquirePrivateKey();
+    const auto handle = certificate.acquirePrivateKey().value;
     if (!handle) {
         log::warn(u"Failed to get crypt provider handle."_s);
         return {};
     }
     ExportedKey key;
-    key.keyBytes = handle->exportPkcs8();
+    key.keyBytes = handle->exportPkcs8().value;
     if (key.ok()) {
         key.algorithm = keyAlgorithm(*handle);
     } else {

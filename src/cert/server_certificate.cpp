@@ -93,7 +93,7 @@ ServerCertificate findServerCertificate(const QByteArray& name,
               u"names or common name. [" +
               QString::fromUtf8(name) + u']');
     for (const QStringView storeName : kStoreNames) {
-        const auto store = system.openStore(storeName);
+        const auto store = system.openStore(storeName).value;
         if (!store) {
             log::error(u"Failed to open store (" + storeName + u").");
             continue;
