@@ -1,10 +1,11 @@
 #include "cert/server_certificate.h"
 
+#include "cert/certificate_chain.h"
+#include "cert/certificate_fields.h"
 #include "cert/pem.h"
 #include "cert/private_key.h"
 #include "log/log.h"
 
-#include <QDateTime>
 #include <QString>
 #include <QStringView>
 
@@ -35,21 +36,24 @@ bool hasName(const platform::Certificate& certificate, QByteArrayView name) {
            matches(certificate.displayName());
 }
 
-QString serialNumberText(const platform::Certificate& certificate) {
-    QByteArray bytes = certificate.serialNumber();
-    std::reverse(bytes.begin(), bytes.end());
-    return QString::fromLatin1(bytes.toHex());
-}
-
-bool isValidAt(const QDateTime& now, const platform::Certificate& certificate) {
-    return !(now < certificate.notBefore() || certificate.notAfter() < now);
-}
-
 // Wraps the bytes of `secret` without copying them: a copy would not be wiped. The returned array
 // must not outlive `secret`.
 QByteArray wrap(const platform::SecretBytes& secret) {
     const QByteArrayView view = secret.view();
     return QByteArray::fromRawData(view.data(), view.size());
+}
+
+QList<QSslCertificate> intermediatesToSend(const platform::Certificate& certificate,
+                                           const platform::CertificateSystem& system) {
+    QList<QSslCertificate> intermediates;
+    for (const QByteArray& der : intermediatesOf(certificate, system.currentTime())) {
+        QSslCertificate intermediate(der, QSsl::Der);
+        if (intermediate.isNull()) { // Qt would pass a null pointer to OpenSSL
+            break;
+        }
+        intermediates.append(std::move(intermediate));
+    }
+    return intermediates;
 }
 
 ServerCertificate toServerCertificate(const platform::Certificate& certificate,
@@ -59,7 +63,8 @@ ServerCertificate toServerCertificate(const platform::Certificate& certificate,
         toPem(certificate.der(), PemType::Certificate, system);
     const platform::SecretBytes keyPem = toPem(key.keyBytes.view(), PemType::PrivateKey, system);
     return {QSslCertificate(wrap(certificatePem), QSsl::Pem),
-            QSslKey(wrap(keyPem), key.algorithm, QSsl::Pem, QSsl::PrivateKey)};
+            QSslKey(wrap(keyPem), key.algorithm, QSsl::Pem, QSsl::PrivateKey),
+            intermediatesToSend(certificate, system)};
 }
 
 // Returns the first usable certificate in `store`. Logs why other certificates with a matching name

@@ -2,6 +2,7 @@
 
 #include "cert/certificate_doubles.h"
 #include "stub_lumetrix/recorded_log.h"
+#include "support/some_certificate.h"
 
 #include <gmock/gmock.h>
 
@@ -57,9 +58,9 @@ protected:
     std::vector<CertificateSpec>& my() { return system_.stores[u"My"_s]; }
 
     std::vector<std::string> searchLog(const QByteArray& name = "gateway.example") {
-        const ServerCertificate pair = findServerCertificate(name, system_);
-        EXPECT_TRUE(pair.first.isNull()); // the doubles contain no real certificate
-        EXPECT_TRUE(pair.second.isNull());
+        const ServerCertificate result = findServerCertificate(name, system_);
+        EXPECT_TRUE(result.certificate.isNull()); // the doubles contain no real certificate
+        EXPECT_TRUE(result.privateKey.isNull());
         return log_.lines();
     }
 
@@ -253,6 +254,18 @@ TEST_F(ServerCertificateTest, LogsNameLiterally) {
                 ElementsAre("info: Try to search server certificate that have this name as "
                             "subject alternative names or common name. [r\u00f6ntgen %1 %20]",
                             kNotFound));
+}
+
+TEST_F(ServerCertificateTest, CollectsIntermediatesUpToUnreadable) {
+    CertificateSpec spec = certificate('\1');
+    spec.issuers = {certificate('\2')};
+    spec.issuers[0].der = test::someCertificate().toDer();
+    spec.issuers[0].issuers = {certificate('\3')};
+    spec.issuers[0].issuers[0].der = "not a certificate";
+    my() = {spec};
+    EXPECT_EQ(findServerCertificate("gateway.example", system_).intermediates,
+              QList<QSslCertificate>{test::someCertificate()});
+    EXPECT_THAT(log_.lines(), ElementsAre(kSearch, found("01"), kRsa, kDetected));
 }
 
 } // namespace
