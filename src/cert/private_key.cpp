@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -37,17 +38,22 @@ QSsl::KeyAlgorithm algorithmFromGroup(const QString& name) {
 } // namespace
 
 ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
-    const auto handle = certificate.acquirePrivateKey().value;
-    if (!handle) {
-        log::warn(u"Failed to get crypt provider handle."_s);
-        return {};
-    }
     ExportedKey key;
-    key.keyBytes = handle->exportPkcs8().value;
+    const auto handle = certificate.acquirePrivateKey();
+    if (!handle.value) {
+        log::warn(u"Failed to get crypt provider handle."_s);
+        key.failure = ExportFailure::NoHandle;
+        key.error = handle.error;
+        return key;
+    }
+    auto exported = handle.value->exportPkcs8();
+    key.keyBytes = std::move(exported.value);
     if (key.ok()) {
-        key.algorithm = keyAlgorithm(*handle);
+        key.algorithm = keyAlgorithm(*handle.value);
     } else {
         log::warn(u"Failed to export private key."_s);
+        key.failure = ExportFailure::NotExportable;
+        key.error = exported.error;
     }
     return key;
 }

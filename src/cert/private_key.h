@@ -6,16 +6,21 @@
 
 namespace quorin {
 
+// Why a private key could not be exported.
+enum class ExportFailure { None, NoHandle, NotExportable };
+
 // An exported private key.
 struct ExportedKey {
     QSsl::KeyAlgorithm algorithm = QSsl::Opaque;
     platform::SecretBytes keyBytes; // unencrypted PKCS #8 in DER
+    ExportFailure failure = ExportFailure::None;
+    platform::SystemError error; // the cause of the failure
 
     [[nodiscard]] bool ok() const noexcept { return !keyBytes.empty(); }
 };
 
-// Exports the private key of `certificate`. If there is none or the system denies access or export,
-// logs a warning and returns a key that is not ok().
+// Exports the private key of `certificate`. If there is none or the system denies
+// access or export, logs a warning and returns a key that is not ok().
 [[nodiscard]] ExportedKey exportPrivateKey(const platform::Certificate& certificate);
 
 // Returns the algorithm of `key` and logs its name. Returns QSsl::Opaque if the system does not

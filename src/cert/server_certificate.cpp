@@ -6,12 +6,10 @@
 #include "cert/private_key.h"
 #include "log/log.h"
 
-#include <QString>
 #include <QStringView>
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,6 +41,16 @@ QByteArray wrap(const platform::SecretBytes& secret) {
     return QByteArray::fromRawData(view.data(), view.size());
 }
 
+QSslCertificate toQt(const platform::Certificate& certificate,
+                     const platform::CertificateSystem& system) {
+    return QSslCertificate(wrap(toPem(certificate.der(), PemType::Certificate, system)), QSsl::Pem);
+}
+
+QSslKey toQt(const ExportedKey& key, const platform::CertificateSystem& system) {
+    return QSslKey(wrap(toPem(key.keyBytes.view(), PemType::PrivateKey, system)), key.algorithm,
+                   QSsl::Pem, QSsl::PrivateKey);
+}
+
 QList<QSslCertificate> intermediatesToSend(const platform::Certificate& certificate,
                                            const platform::CertificateSystem& system) {
     QList<QSslCertificate> intermediates;
@@ -56,59 +64,94 @@ QList<QSslCertificate> intermediatesToSend(const platform::Certificate& certific
     return intermediates;
 }
 
-ServerCertificate toServerCertificate(const platform::Certificate& certificate,
-                                      const ExportedKey& key,
-                                      const platform::CertificateSystem& system) {
-    const platform::SecretBytes certificatePem =
-        toPem(certificate.der(), PemType::Certificate, system);
-    const platform::SecretBytes keyPem = toPem(key.keyBytes.view(), PemType::PrivateKey, system);
-    return {QSslCertificate(wrap(certificatePem), QSsl::Pem),
-            QSslKey(wrap(keyPem), key.algorithm, QSsl::Pem, QSsl::PrivateKey),
-            intermediatesToSend(certificate, system)};
+ExaminedCertificate examined(const platform::Certificate& certificate) {
+    ExaminedCertificate result;
+    result.subject = QString::fromStdString(certificate.displayName());
+    for (const std::string& name : certificate.dnsNames()) {
+        result.dnsNames.append(QString::fromStdString(name));
+    }
+    result.serialNumber = serialNumberText(certificate);
+    result.notBefore = certificate.notBefore();
+    result.notAfter = certificate.notAfter();
+    return result;
 }
 
-// Returns the first usable certificate in `store`. Logs why other certificates with a matching name
-// are skipped.
-std::optional<ServerCertificate> searchStore(platform::CertificateStore& store, QByteArrayView name,
-                                             const platform::CertificateSystem& system) {
-    while (const auto certificate = store.next()) {
-        if (!hasName(*certificate, name)) {
-            continue;
+// One search. Logs and records each decision in the same place, so that both always agree.
+class Searcher {
+public:
+    Searcher(QByteArrayView name, const platform::CertificateSystem& system)
+        : name_(name), system_(system) {}
+
+    CertificateSearch run() {
+        log::info(u"Try to search server certificate that have this name as subject alternative "
+                  u"names or common name. [" +
+                  QString::fromUtf8(name_) + u']');
+        const bool isFound = std::any_of(kStoreNames.begin(), kStoreNames.end(),
+                                         [this](QStringView name) { return searchStore(name); });
+        if (!isFound) {
+            log::error(u"Failed to find valid certificate."_s);
+        }
+        return std::move(result_);
+    }
+
+private:
+    // Returns true if it accepts a certificate.
+    bool searchStore(QStringView name) {
+        auto [store, error] = system_.openStore(name);
+        result_.stores.push_back({name.toString(), error, {}});
+        if (!store) {
+            log::error(u"Failed to open store (" + name + u").");
+            return false;
+        }
+        std::vector<ExaminedCertificate>& certificates = result_.stores.back().certificates;
+        while (auto certificate = store->next()) {
+            ExaminedCertificate& entry = certificates.emplace_back(examined(*certificate));
+            entry.verdict = judge(*certificate, entry);
+            if (entry.verdict == Verdict::Accepted) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    Verdict judge(const platform::Certificate& certificate, ExaminedCertificate& entry) {
+        if (!hasName(certificate, name_)) {
+            return Verdict::OtherName;
         }
         log::info(u"Found certificate with a matching subject name (Serial Number - " +
-                  serialNumberText(*certificate) + u')');
-        if (!isValidAt(system.currentTime(), *certificate)) {
+                  entry.serialNumber + u')');
+        if (!isValidAt(system_.currentTime(), certificate)) {
             log::warn(u"This certificate expired."_s);
-            continue;
+            return Verdict::OutsideValidity;
         }
-        const ExportedKey key = exportPrivateKey(*certificate);
-        if (key.ok()) {
-            log::info(u"Detect certificate for HTTPS server"_s);
-            return toServerCertificate(*certificate, key, system);
+        const ExportedKey key = exportPrivateKey(certificate);
+        entry.error = key.error;
+        if (!key.ok()) {
+            return key.failure == ExportFailure::NoHandle ? Verdict::NoKeyHandle
+                                                          : Verdict::KeyNotExportable;
         }
+        log::info(u"Detect certificate for HTTPS server"_s);
+        result_.found.certificate = toQt(certificate, system_);
+        result_.found.privateKey = toQt(key, system_);
+        result_.found.intermediates = intermediatesToSend(certificate, system_);
+        return Verdict::Accepted;
     }
-    return std::nullopt;
-}
+
+    QByteArrayView name_;
+    const platform::CertificateSystem& system_;
+    CertificateSearch result_;
+};
 
 } // namespace
 
+CertificateSearch searchServerCertificate(const QByteArray& name,
+                                          const platform::CertificateSystem& system) {
+    return Searcher(name, system).run();
+}
+
 ServerCertificate findServerCertificate(const QByteArray& name,
                                         const platform::CertificateSystem& system) {
-    log::info(u"Try to search server certificate that have this name as subject alternative "
-              u"names or common name. [" +
-              QString::fromUtf8(name) + u']');
-    for (const QStringView storeName : kStoreNames) {
-        const auto store = system.openStore(storeName).value;
-        if (!store) {
-            log::error(u"Failed to open store (" + storeName + u").");
-            continue;
-        }
-        if (auto found = searchStore(*store, name, system)) {
-            return *std::move(found);
-        }
-    }
-    log::error(u"Failed to find valid certificate."_s);
-    return ServerCertificate();
+    return searchServerCertificate(name, system).found;
 }
 
 } // namespace quorin
