@@ -1,5 +1,6 @@
 #include "cert/private_key.h"
 
+#include "cert/certificate_fields.h"
 #include "log/log.h"
 
 #include <QString>
@@ -52,6 +53,28 @@ ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
         key.algorithm = keyAlgorithm(*handle.value);
     } else {
         log::warn(u"Failed to export private key."_s);
+        key.failure = ExportFailure::NotExportable;
+        key.error = exported.error;
+    }
+    return key;
+}
+
+ExportedKey exportEncryptedPrivateKey(const platform::Certificate& certificate) {
+    ExportedKey key;
+    const auto handle = certificate.acquirePrivateKey();
+    if (!handle.value) {
+        key.failure = ExportFailure::NoHandle;
+        key.error = handle.error;
+        return key;
+    }
+    auto exported = handle.value->exportEncryptedPkcs8();
+    key.keyBytes = std::move(exported.value.pkcs8);
+    key.passPhrase = std::move(exported.value.passPhrase);
+    if (key.ok()) {
+        log::info(u"Exported private key in encrypted form (Serial Number - " +
+                  serialNumberText(certificate) + u')');
+        key.algorithm = keyAlgorithm(*handle.value);
+    } else {
         key.failure = ExportFailure::NotExportable;
         key.error = exported.error;
     }

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,8 +49,17 @@ QSslCertificate toQt(const platform::Certificate& certificate,
 }
 
 QSslKey toQt(const ExportedKey& key, const platform::CertificateSystem& system) {
-    return QSslKey(wrap(toPem(key.keyBytes.view(), PemType::PrivateKey, system)), key.algorithm,
-                   QSsl::Pem, QSsl::PrivateKey);
+    if (key.passPhrase.empty()) {
+        return QSslKey(wrap(toPem(key.keyBytes.view(), PemType::PrivateKey, system)), key.algorithm,
+                       QSsl::Pem, QSsl::PrivateKey);
+    }
+    // OpenSSL reads the pass phrase up to a terminating NUL.
+    const platform::SecretBytes passPhrase =
+        platform::SecretBytes::joined({key.passPhrase.view(), QByteArrayView("\0", 1)});
+    QSslKey decrypted(wrap(key.keyBytes), key.algorithm, QSsl::Der, QSsl::PrivateKey,
+                      wrap(passPhrase));
+    platform::wipeUsedStack(); // OpenSSL 3.0 leaves the pass phrase there
+    return decrypted;
 }
 
 QList<QSslCertificate> intermediatesToSend(const platform::Certificate& certificate,
@@ -90,12 +101,21 @@ public:
                                          [this](QStringView name) { return searchStore(name); });
         if (!isFound) {
             log::error(u"Failed to find valid certificate."_s);
+            tryEncryptedExport();
         }
         return std::move(result_);
     }
 
 private:
-    // Returns true if it accepts a certificate.
+    // A certificate whose key the system does not export unencrypted, and its place in the result.
+    struct Refused {
+        std::unique_ptr<platform::Certificate> certificate;
+        std::size_t store;
+        std::size_t index;
+    };
+
+    // Return true if they accept a certificate.
+
     bool searchStore(QStringView name) {
         auto [store, error] = system_.openStore(name);
         result_.stores.push_back({name.toString(), error, {}});
@@ -109,6 +129,10 @@ private:
             entry.verdict = judge(*certificate, entry);
             if (entry.verdict == Verdict::Accepted) {
                 return true;
+            }
+            if (entry.verdict == Verdict::KeyNotExportable) {
+                refused_.push_back(
+                    {std::move(certificate), result_.stores.size() - 1, certificates.size() - 1});
             }
         }
         return false;
@@ -137,9 +161,38 @@ private:
         return Verdict::Accepted;
     }
 
+    void tryEncryptedExport() {
+        for (const Refused& refused : refused_) {
+            ExaminedCertificate& entry = result_.stores[refused.store].certificates[refused.index];
+            entry.verdict = judgeEncrypted(*refused.certificate, entry);
+            if (entry.verdict == Verdict::AcceptedEncrypted) {
+                return;
+            }
+        }
+    }
+
+    Verdict judgeEncrypted(const platform::Certificate& certificate, ExaminedCertificate& entry) {
+        const ExportedKey key = exportEncryptedPrivateKey(certificate);
+        entry.encryptedError = key.error;
+        if (!key.ok()) {
+            return Verdict::KeyNotExportable;
+        }
+        QSslKey privateKey = toQt(key, system_);
+        if (privateKey.isNull()) {
+            log::warn(u"Failed to decrypt private key."_s);
+            return Verdict::KeyNotDecryptable;
+        }
+        log::info(u"Detect certificate for HTTPS server"_s);
+        result_.found.certificate = toQt(certificate, system_);
+        result_.found.privateKey = std::move(privateKey);
+        result_.found.intermediates = intermediatesToSend(certificate, system_);
+        return Verdict::AcceptedEncrypted;
+    }
+
     QByteArrayView name_;
     const platform::CertificateSystem& system_;
     CertificateSearch result_;
+    std::vector<Refused> refused_; // in search order
 };
 
 } // namespace

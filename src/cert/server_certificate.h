@@ -26,11 +26,13 @@ struct ServerCertificate {
 
 // What the search decided about a certificate.
 enum class Verdict {
-    Accepted,         // the gateway uses it
-    OtherName,        // it does not contain the name
-    OutsideValidity,  // it has expired or is not valid yet
-    NoKeyHandle,      // it has no private key, or the account has no access to the key
-    KeyNotExportable, // the system does not export the private key
+    Accepted,          // the gateway uses it
+    AcceptedEncrypted, // the gateway uses it; the system exported the key only encrypted
+    OtherName,         // it does not contain the name
+    OutsideValidity,   // it has expired or is not valid yet
+    NoKeyHandle,       // it has no private key, or the account has no access to the key
+    KeyNotExportable,  // the system does not export the private key
+    KeyNotDecryptable, // the system exported the private key encrypted; it could not be decrypted
 };
 
 // A certificate that the search has examined.
@@ -41,7 +43,8 @@ struct ExaminedCertificate {
     QDateTime notBefore;  // in UTC; null if unknown
     QDateTime notAfter;
     Verdict verdict = Verdict::OtherName;
-    platform::SystemError error; // of the access to the key or its unencrypted export
+    platform::SystemError error;          // of the access to the key or its unencrypted export
+    platform::SystemError encryptedError; // of the encrypted export, if it was tried
 };
 
 // A store that the search has examined.
@@ -57,7 +60,8 @@ struct CertificateSearch {
 };
 
 // Searches the local machine's stores "WebHosting" and "My" in this order for the first certificate
-// for `name` (UTF-8) that is valid now and has an exportable private key. Logs each step.
+// for `name` (UTF-8) that is valid now and has an exportable private key. If there is none, takes
+// the first whose key the system exports only encrypted. Logs each step.
 [[nodiscard]] CertificateSearch searchServerCertificate(
     const QByteArray& name,
     const platform::CertificateSystem& system = platform::localMachineCertificates());
