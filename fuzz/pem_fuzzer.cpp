@@ -8,6 +8,7 @@
 #include "platform/unix/base64_lines.h"
 #include "platform/unix/pem_text.h"
 #include "platform/unix/private_key_fields.h"
+#include "platform/unix/x509_chain.h"
 #include "platform/unix/x509_fields.h"
 #include "require.h"
 
@@ -15,6 +16,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 namespace {
 
@@ -32,8 +34,9 @@ SecretBytes pemBlock(const char* label, QByteArrayView content) {
 
 void checkCertificate(const X509& certificate) {
     const QByteArray der = derOf(certificate);
-    const X509Pointer again = firstCertificate(pemBlock("CERTIFICATE", der).view());
-    require(again != nullptr, "an encoded certificate can be read");
+    const std::vector<X509Pointer> all = certificatesIn(pemBlock("CERTIFICATE", der).view());
+    require(all.size() == 1, "an encoded certificate can be read");
+    const X509Pointer& again = all.front();
     require(derOf(*again) == der, "re-encoding gives the same bytes");
     require(dnsNamesOf(*again) == dnsNamesOf(certificate), "the DNS names are the same");
     require(!dnsNamesOf(certificate).empty(), "the list of DNS names is not empty");
@@ -47,29 +50,37 @@ void checkCertificate(const X509& certificate) {
             "the serial number has no sign byte");
 }
 
+void checkRelation(X509& certificate, X509& other) {
+    (void)hasIssued(other, certificate);
+    (void)isSelfSigned(other);
+    (void)isWeak(other);
+}
+
 void checkKey(const EVP_PKEY& key) {
     require(!algorithmGroupOf(key).isEmpty(), "a key has an algorithm group");
     const SecretBytes pkcs8 = pkcs8Of(key);
     if (pkcs8.empty()) {
         return; // OpenSSL cannot export this key type as PKCS #8
     }
-    const auto again = firstPrivateKey(pemBlock("PRIVATE KEY", pkcs8.view()).view());
+    const auto again = firstPrivateKey(pemBlock("PRIVATE KEY", pkcs8.view()).view()).value;
     require(again && *again, "an exported key can be read");
     require(pkcs8Of(**again).view() == pkcs8.view(), "exporting again gives the same bytes");
     require(algorithmGroupOf(**again) == algorithmGroupOf(key), "the algorithm group is the same");
 }
 
 void checkText(QByteArrayView pem) {
-    const X509Pointer certificate = firstCertificate(pem);
-    const auto key = firstPrivateKey(pem);
-    if (certificate) {
-        checkCertificate(*certificate);
-    }
+    const std::vector<X509Pointer> certificates = certificatesIn(pem);
+    const auto [key, error] = firstPrivateKey(pem);
+    require(key.has_value() != static_cast<bool>(error), "there is either a key or an error");
     if (key && *key) {
         checkKey(**key);
     }
-    if (certificate && key && *key) {
-        (void)isKeyOf(*certificate, **key);
+    for (const X509Pointer& certificate : certificates) {
+        checkCertificate(*certificate);
+        checkRelation(*certificates.front(), *certificate);
+        if (key && *key) {
+            (void)isKeyOf(*certificate, **key);
+        }
     }
     require(ERR_peek_error() == 0, "the OpenSSL error queue is empty");
 }

@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QSslCertificate>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,6 +22,21 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
+QByteArray threeBytesInHex(qsizetype number) {
+    return QByteArray::number(number, 16).rightJustified(6, '0');
+}
+
+// Returns the TLS 1.2 message that contains `certificates`, which are in PEM, in hexadecimal.
+QByteArray certificateMessage(const std::vector<QByteArray>& certificates) {
+    QByteArray list;
+    for (const QByteArray& certificate : certificates) {
+        const QByteArray der = QSslCertificate(certificate).toDer();
+        list += threeBytesInHex(der.size()) + der.toHex();
+    }
+    const qsizetype size = list.size() / 2;
+    return "0b" + threeBytesInHex(size + 3) + threeBytesInHex(size) + list;
+}
+
 class HttpsTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -30,12 +46,32 @@ protected:
     }
 
     // Starts the gateway with a certificate for "localhost" that openssl() and curl() trust.
-    void startGateway(Settings settings = {}) {
-        settings.HttpsEnabled = "true";
+    void startGateway(const Settings& settings = {}) {
+        trust(installCertificate(site_, settings.GatewayAddress));
+        startWithInstalledCertificate(settings);
+    }
+
+    // Starts the gateway with a certificate for "localhost" that an intermediate authority has
+    // issued. openssl() and curl() trust only the root authority.
+    IssuedCertificate startWithIssuedCertificate(IntermediatePlace place,
+                                                 const std::string& digest = "SHA256") {
+        gateway_.setEnvironment(u"SSL_CERT_DIR"_s, authorityFolder(site_));
+        IssuedCertificate issued =
+            installIssuedCertificate(site_, Settings().GatewayAddress, place, digest);
+        trust(issued.root);
+        startWithInstalledCertificate();
+        return issued;
+    }
+
+    // Makes openssl() and curl() trust only `authority`, in PEM.
+    void trust(const QByteArray& authority) const {
         QFile file(caFile_);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(installCertificate(site_, settings.GatewayAddress));
-        file.close();
+        file.write(authority);
+    }
+
+    void startWithInstalledCertificate(Settings settings = {}) {
+        settings.HttpsEnabled = "true";
         site_.writeSettings(settings);
         gateway_.start();
         // A reply shows that the gateway is listening.
@@ -61,6 +97,20 @@ protected:
                                u"-CAfile"_s, caFile_} +
                        options,
                    input);
+    }
+
+    // Returns the TLS messages of a connection with TLS 1.2, in which certificates are not
+    // encrypted, in hexadecimal.
+    QByteArray messagesInHex() const {
+        const std::string shown =
+            openssl({u"-tls1_2"_s, u"-ign_eof"_s, u"-msg"_s, u"-quiet"_s}, get("/fwfiles/none"));
+        QByteArray hex;
+        for (const QByteArray& line : QByteArray::fromStdString(shown).split('\n')) {
+            if (line.startsWith("    ")) { // a line of a dump
+                hex += line.simplified().replace(" ", "");
+            }
+        }
+        return hex;
     }
 
     std::string curl(const QString& host) const {
@@ -192,6 +242,35 @@ TEST_F(HttpsTest, CurlVerifiesHostName) {
     startGateway();
     EXPECT_EQ(curl(u"localhost"_s), "content over TLS");
     EXPECT_THAT(curl(u"127.0.0.1"_s), HasSubstr("subject name"));
+}
+
+TEST_F(HttpsTest, SendsIntermediateOfCertificateFile) {
+    site_.writeFile(u"fwfiles/a"_s, "content over TLS");
+    const IssuedCertificate issued = startWithIssuedCertificate(IntermediatePlace::CertificateFile);
+    EXPECT_EQ(curl(u"localhost"_s), "content over TLS");
+    EXPECT_EQ(messagesInHex().count(certificateMessage({issued.certificate, issued.intermediate})),
+              1);
+}
+
+TEST_F(HttpsTest, SendsIntermediateOfAuthorityFolder) {
+    site_.writeFile(u"fwfiles/a"_s, "content over TLS");
+    const IssuedCertificate issued = startWithIssuedCertificate(IntermediatePlace::AuthorityFolder);
+    EXPECT_EQ(curl(u"localhost"_s), "content over TLS");
+    EXPECT_EQ(messagesInHex().count(certificateMessage({issued.certificate, issued.intermediate})),
+              1);
+}
+
+TEST_F(HttpsTest, SendsOnlyCertificateIfNoIntermediate) {
+    const IssuedCertificate issued = startWithIssuedCertificate(IntermediatePlace::Nowhere);
+    EXPECT_EQ(messagesInHex().count(certificateMessage({issued.certificate})), 1);
+    EXPECT_THAT(curl(u"localhost"_s), HasSubstr("unable to get local issuer certificate"));
+}
+
+// OpenSSL refuses every handshake if it has to send such a certificate.
+TEST_F(HttpsTest, DoesNotSendWeakIntermediate) {
+    const IssuedCertificate issued =
+        startWithIssuedCertificate(IntermediatePlace::CertificateFile, "SHA1");
+    EXPECT_EQ(messagesInHex().count(certificateMessage({issued.certificate})), 1);
 }
 
 TEST_F(HttpsTest, SilentClientTimesOut) {

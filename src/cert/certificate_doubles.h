@@ -16,6 +16,10 @@ namespace quorin::test {
 struct KeySpec {
     QByteArray pkcs8 = "key"; // empty if the key cannot be exported
     platform::QueryResult<QString> group{platform::Outcome::Complete, QStringLiteral("RSA")};
+    platform::SystemError exportError{};
+    QByteArray encryptedPkcs8{}; // empty if the key cannot be exported encrypted
+    QByteArray passPhrase{};
+    platform::SystemError encryptedExportError{};
 };
 
 struct CertificateSpec {
@@ -26,6 +30,10 @@ struct CertificateSpec {
     QByteArray serialNumber = "\1";
     QByteArray der = "certificate";
     std::optional<KeySpec> key = KeySpec(); // none if no key handle can be acquired
+    platform::SystemError keyError;
+    std::vector<CertificateSpec> issuers;
+    bool isSelfSigned = false;
+    bool isWeak = false;
 };
 
 // The number of living objects of each kind.
@@ -51,8 +59,13 @@ public:
     KeyDouble(KeySpec spec, LiveCounts& liveCounts)
         : spec_(std::move(spec)), liveCount_(liveCounts.keys) {}
 
-    platform::SecretBytes exportPkcs8() const override {
-        return platform::SecretBytes::joined({spec_.pkcs8});
+    platform::SystemResult<platform::SecretBytes> exportPkcs8() const override {
+        return {platform::SecretBytes::joined({spec_.pkcs8}), spec_.exportError};
+    }
+    platform::SystemResult<platform::EncryptedKey> exportEncryptedPkcs8() const override {
+        return {{platform::SecretBytes::joined({spec_.encryptedPkcs8}),
+                 platform::SecretBytes::joined({spec_.passPhrase})},
+                spec_.encryptedExportError};
     }
     platform::QueryResult<QString> algorithmGroup() const override { return spec_.group; }
 
@@ -72,9 +85,22 @@ public:
     QDateTime notAfter() const override { return spec_.notAfter; }
     QByteArray serialNumber() const override { return spec_.serialNumber; }
     QByteArrayView der() const override { return spec_.der; }
-    std::unique_ptr<platform::KeyHandle> acquirePrivateKey() const override {
-        return spec_.key ? std::make_unique<KeyDouble>(*spec_.key, liveCounts_) : nullptr;
+    platform::SystemResult<std::unique_ptr<platform::KeyHandle>>
+    acquirePrivateKey() const override {
+        if (!spec_.key) {
+            return {nullptr, spec_.keyError};
+        }
+        return {std::make_unique<KeyDouble>(*spec_.key, liveCounts_), {}};
     }
+    std::vector<std::unique_ptr<platform::Certificate>> issuers() const override {
+        std::vector<std::unique_ptr<platform::Certificate>> found;
+        for (const CertificateSpec& issuer : spec_.issuers) {
+            found.push_back(std::make_unique<CertificateDouble>(issuer, liveCounts_));
+        }
+        return found;
+    }
+    bool isSelfSigned() const override { return spec_.isSelfSigned; }
+    bool isWeak() const override { return spec_.isWeak; }
 
 private:
     CertificateSpec spec_;
@@ -102,10 +128,13 @@ private:
 
 class SystemDouble final : public platform::CertificateSystem {
 public:
-    std::unique_ptr<platform::CertificateStore> openStore(QStringView name) const override {
+    platform::SystemResult<std::unique_ptr<platform::CertificateStore>>
+    openStore(QStringView name) const override {
         const auto found = stores.find(name.toString());
-        return found != stores.end() ? std::make_unique<StoreDouble>(found->second, liveCounts)
-                                     : nullptr;
+        if (found == stores.end()) {
+            return {nullptr, storeError};
+        }
+        return {std::make_unique<StoreDouble>(found->second, liveCounts), {}};
     }
     QDateTime currentTime() const override { return now; }
     platform::QueryResult<platform::SecretBytes> toBase64(QByteArrayView bytes) const override {
@@ -117,6 +146,7 @@ public:
     }
 
     std::map<QString, std::vector<CertificateSpec>> stores; // a store not listed cannot be opened
+    platform::SystemError storeError;
     QDateTime now;
     std::function<platform::Outcome(QByteArrayView)> base64Outcome = [](QByteArrayView) {
         return platform::Outcome::Complete;

@@ -1,5 +1,6 @@
 #include "cert/private_key.h"
 
+#include "cert/certificate_fields.h"
 #include "log/log.h"
 
 #include <QString>
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -37,17 +39,44 @@ QSsl::KeyAlgorithm algorithmFromGroup(const QString& name) {
 } // namespace
 
 ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
-    const auto handle = certificate.acquirePrivateKey();
-    if (!handle) {
-        log::warn(u"Failed to get crypt provider handle."_s);
-        return {};
-    }
     ExportedKey key;
-    key.keyBytes = handle->exportPkcs8();
+    const auto handle = certificate.acquirePrivateKey();
+    if (!handle.value) {
+        log::warn(u"Failed to get crypt provider handle."_s);
+        key.failure = ExportFailure::NoHandle;
+        key.error = handle.error;
+        return key;
+    }
+    auto exported = handle.value->exportPkcs8();
+    key.keyBytes = std::move(exported.value);
     if (key.ok()) {
-        key.algorithm = keyAlgorithm(*handle);
+        key.algorithm = keyAlgorithm(*handle.value);
     } else {
         log::warn(u"Failed to export private key."_s);
+        key.failure = ExportFailure::NotExportable;
+        key.error = exported.error;
+    }
+    return key;
+}
+
+ExportedKey exportEncryptedPrivateKey(const platform::Certificate& certificate) {
+    ExportedKey key;
+    const auto handle = certificate.acquirePrivateKey();
+    if (!handle.value) {
+        key.failure = ExportFailure::NoHandle;
+        key.error = handle.error;
+        return key;
+    }
+    auto exported = handle.value->exportEncryptedPkcs8();
+    key.keyBytes = std::move(exported.value.pkcs8);
+    key.passPhrase = std::move(exported.value.passPhrase);
+    if (key.ok()) {
+        log::info(u"Exported private key in encrypted form (Serial Number - " +
+                  serialNumberText(certificate) + u')');
+        key.algorithm = keyAlgorithm(*handle.value);
+    } else {
+        key.failure = ExportFailure::NotExportable;
+        key.error = exported.error;
     }
     return key;
 }

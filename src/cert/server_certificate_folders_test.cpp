@@ -57,12 +57,12 @@ TEST_F(ServerCertificateFoldersTest, ReturnsUsableCertificateAndKey) {
         const QByteArray pem = selfSigned(key);
         write(u"My/server.pem"_s, pem);
         write(u"My/server.key"_s, key.traditionalPem());
-        const ServerCertificate pair = find("LOCALHOST");
-        EXPECT_EQ(pair.first, QSslCertificate(pem));
-        EXPECT_FALSE(pair.first.isNull());
-        EXPECT_EQ(pair.second, QSslKey(key.pkcs8Pem(), algorithm));
-        EXPECT_FALSE(pair.second.isNull());
-        EXPECT_EQ(pair.second.algorithm(), algorithm);
+        const ServerCertificate found = find("LOCALHOST");
+        EXPECT_EQ(found.certificate, QSslCertificate(pem));
+        EXPECT_FALSE(found.certificate.isNull());
+        EXPECT_EQ(found.privateKey, QSslKey(key.pkcs8Pem(), algorithm));
+        EXPECT_FALSE(found.privateKey.isNull());
+        EXPECT_EQ(found.privateKey.algorithm(), algorithm);
         EXPECT_THAT(log_.lines(), Contains(line));
     }
 }
@@ -70,9 +70,9 @@ TEST_F(ServerCertificateFoldersTest, ReturnsUsableCertificateAndKey) {
 TEST_F(ServerCertificateFoldersTest, KeyOfUnsupportedAlgorithmIsNull) {
     const TestKey key(KeyKind::Ed25519);
     write(u"My/server.pem"_s, selfSigned(key) + key.pkcs8Pem());
-    const ServerCertificate pair = find("localhost");
-    EXPECT_FALSE(pair.first.isNull());
-    EXPECT_TRUE(pair.second.isNull());
+    const ServerCertificate found = find("localhost");
+    EXPECT_FALSE(found.certificate.isNull());
+    EXPECT_TRUE(found.privateKey.isNull());
     EXPECT_THAT(log_.lines(), Contains("info: Key Algorithm is ED25519."));
 }
 
@@ -89,7 +89,7 @@ TEST_F(ServerCertificateFoldersTest, LogsWholeSearch) {
     write(u"My/3.pem"_s, selfSigned(key));
     write(u"My/4.pem"_s, selfSigned(key) + key.encryptedPkcs8Pem());
     write(u"My/5.pem"_s, selfSigned(key, good) + key.pkcs8Pem());
-    EXPECT_FALSE(find("localhost").second.isNull());
+    EXPECT_FALSE(find("localhost").privateKey.isNull());
     constexpr const char* kFound01 =
         "info: Found certificate with a matching subject name (Serial Number - 01)";
     EXPECT_THAT(log_.lines(),

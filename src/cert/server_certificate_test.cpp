@@ -2,6 +2,7 @@
 
 #include "cert/certificate_doubles.h"
 #include "stub_lumetrix/recorded_log.h"
+#include "support/some_certificate.h"
 
 #include <gmock/gmock.h>
 
@@ -57,9 +58,9 @@ protected:
     std::vector<CertificateSpec>& my() { return system_.stores[u"My"_s]; }
 
     std::vector<std::string> searchLog(const QByteArray& name = "gateway.example") {
-        const ServerCertificate pair = findServerCertificate(name, system_);
-        EXPECT_TRUE(pair.first.isNull()); // the doubles contain no real certificate
-        EXPECT_TRUE(pair.second.isNull());
+        const ServerCertificate result = findServerCertificate(name, system_);
+        EXPECT_TRUE(result.certificate.isNull()); // the doubles contain no real certificate
+        EXPECT_TRUE(result.privateKey.isNull());
         return log_.lines();
     }
 
@@ -253,6 +254,78 @@ TEST_F(ServerCertificateTest, LogsNameLiterally) {
                 ElementsAre("info: Try to search server certificate that have this name as "
                             "subject alternative names or common name. [r\u00f6ntgen %1 %20]",
                             kNotFound));
+}
+
+TEST_F(ServerCertificateTest, RecordsWhyStoreIsNotOpened) {
+    my() = {certificate('\1')};
+    system_.stores.erase(u"WebHosting"_s);
+    system_.storeError = platform::SystemError(5, u"access is denied"_s);
+    const CertificateSearch search = searchServerCertificate("gateway.example", system_);
+    ASSERT_EQ(search.stores.size(), 2u);
+    EXPECT_EQ(search.stores[0].name, u"WebHosting"_s);
+    EXPECT_EQ(search.stores[0].error.code(), 5u);
+    EXPECT_EQ(search.stores[0].error.message(), u"access is denied"_s);
+    EXPECT_EQ(search.stores[1].name, u"My"_s);
+    EXPECT_FALSE(search.stores[1].error);
+}
+
+TEST_F(ServerCertificateTest, RecordsVerdictOfEachCertificate) {
+    CertificateSpec other = certificate('\1');
+    other.dnsNames = {"other.example"};
+    CertificateSpec expired = certificate('\2');
+    expired.notAfter = kNow.addMSecs(-1);
+    CertificateSpec keyless = certificate('\3');
+    keyless.key.reset();
+    keyless.keyError = platform::SystemError(1, u"no key"_s);
+    CertificateSpec locked = certificate('\4');
+    locked.key->pkcs8.clear();
+    locked.key->exportError = platform::SystemError(2, u"no export"_s);
+    webHosting() = {other, expired, keyless};
+    my() = {locked, certificate('\5'), certificate('\6')};
+    const CertificateSearch search = searchServerCertificate("gateway.example", system_);
+    std::vector<std::string> entries;
+    for (const ExaminedStore& store : search.stores) {
+        for (const ExaminedCertificate& entry : store.certificates) {
+            const QString text = store.name + u' ' + entry.serialNumber + u' ' +
+                                 QString::number(static_cast<int>(entry.verdict)) + u' ' +
+                                 entry.error.message();
+            entries.push_back(text.toStdString());
+        }
+    }
+    const auto line = [](const char* start, Verdict verdict, const char* error) {
+        return start + std::to_string(static_cast<int>(verdict)) + ' ' + error;
+    };
+    EXPECT_THAT(entries, ElementsAre(line("WebHosting 01 ", Verdict::OtherName, ""),
+                                     line("WebHosting 02 ", Verdict::OutsideValidity, ""),
+                                     line("WebHosting 03 ", Verdict::NoKeyHandle, "no key"),
+                                     line("My 04 ", Verdict::KeyNotExportable, "no export"),
+                                     line("My 05 ", Verdict::Accepted, "")));
+}
+
+TEST_F(ServerCertificateTest, RecordsFieldsOfCertificate) {
+    CertificateSpec spec = certificate('\1');
+    spec.displayName = "shown";
+    spec.dnsNames = {"one.example", "r\u00f6ntgen"};
+    my() = {spec};
+    const CertificateSearch search = searchServerCertificate("gateway.example", system_);
+    const ExaminedCertificate& entry = search.stores.at(1).certificates.at(0);
+    EXPECT_EQ(entry.subject, u"shown"_s);
+    EXPECT_EQ(entry.dnsNames, (QStringList{u"one.example"_s, u"r\u00f6ntgen"_s}));
+    EXPECT_EQ(entry.serialNumber, u"01"_s);
+    EXPECT_EQ(entry.notBefore, spec.notBefore);
+    EXPECT_EQ(entry.notAfter, spec.notAfter);
+}
+
+TEST_F(ServerCertificateTest, CollectsIntermediatesUpToUnreadable) {
+    CertificateSpec spec = certificate('\1');
+    spec.issuers = {certificate('\2')};
+    spec.issuers[0].der = test::someCertificate().toDer();
+    spec.issuers[0].issuers = {certificate('\3')};
+    spec.issuers[0].issuers[0].der = "not a certificate";
+    my() = {spec};
+    EXPECT_EQ(findServerCertificate("gateway.example", system_).intermediates,
+              QList<QSslCertificate>{test::someCertificate()});
+    EXPECT_THAT(log_.lines(), ElementsAre(kSearch, found("01"), kRsa, kDetected));
 }
 
 } // namespace

@@ -24,15 +24,35 @@ namespace {
 
 constexpr qint64 kDaysToRenew = 30;
 
-// A certificate, its key, and what the search for it logged.
+// A certificate, its key, and why the search for it rejected others.
 struct SearchResult {
     ServerCertificate found;
-    QString log; // warnings and errors, separated by semicolons
+    QString reasons; // warnings and errors of the log, then causes; separated by semicolons
 };
+
+void appendCause(const QString& subject, const platform::SystemError& error, QStringList& causes) {
+    if (error) {
+        causes.append(subject + u": " + error.message() + u" (0x" +
+                      QString::number(error.code(), 16) + u')');
+    }
+}
+
+// Returns the system's errors, which the log does not contain.
+QStringList causesOf(const std::vector<ExaminedStore>& stores) {
+    QStringList causes;
+    for (const ExaminedStore& store : stores) {
+        appendCause(u"store "_s + store.name, store.error, causes);
+        for (const ExaminedCertificate& certificate : store.certificates) {
+            appendCause(certificate.serialNumber, certificate.error, causes);
+            appendCause(certificate.serialNumber, certificate.encryptedError, causes);
+        }
+    }
+    return causes;
+}
 
 SearchResult search(const QByteArray& name, const platform::CertificateSystem& system) {
     const LogCapture capture;
-    SearchResult result{findServerCertificate(name, system), {}};
+    CertificateSearch searched = searchServerCertificate(name, system);
     QStringList lines;
     for (const LogCapture::Line& line : capture.lines()) {
         if (line.level != lumetrix::Level::Info || line.message.startsWith(u"Found") ||
@@ -40,12 +60,14 @@ SearchResult search(const QByteArray& name, const platform::CertificateSystem& s
             lines.append(line.message);
         }
     }
-    result.log = lines.join(u"; ");
-    return result;
+    lines += causesOf(searched.stores);
+    return {std::move(searched.found), lines.join(u"; ")};
 }
 
-bool hasIssuer(const QSslCertificate& certificate) {
-    const QList<QSslError> errors = QSslCertificate::verify({certificate});
+// Returns true if the issuer of the last certificate that is sent is known here.
+bool isChainComplete(const ServerCertificate& sent) {
+    const QList<QSslError> errors =
+        QSslCertificate::verify(QList{sent.certificate} + sent.intermediates);
     return std::none_of(errors.begin(), errors.end(), [](const QSslError& error) {
         return error.error() == QSslError::UnableToGetLocalIssuerCertificate ||
                error.error() == QSslError::UnableToVerifyFirstCertificate;
@@ -67,16 +89,16 @@ Finding describeCertificate(const QString& name, const QSslCertificate& certific
 
 void checkFoundCertificate(const QString& name, const SearchResult& result, const QDateTime& now,
                            Findings& findings) {
-    const auto& [certificate, key] = result.found;
+    const QSslCertificate& certificate = result.found.certificate;
     const qint64 daysLeft = now.daysTo(certificate.expiryDate());
     Finding finding = describeCertificate(name, certificate, daysLeft);
     findings.push_back(finding);
-    if (key.isNull()) {
+    if (result.found.privateKey.isNull()) {
         finding.severity = Severity::Error;
         finding.code = code::kCertificateKeyUnusable;
         finding.reason = u"the TLS library does not support the key, so that every TLS handshake "
                          u"fails: "_s +
-                         result.log;
+                         result.reasons;
         finding.action = u"Install a certificate with an RSA key or an EC key (P-256, P-384)."_s;
         findings.push_back(finding);
     }
@@ -87,12 +109,15 @@ void checkFoundCertificate(const QString& name, const SearchResult& result, cons
         finding.action = u"Renew it and restart the gateway."_s;
         findings.push_back(finding);
     }
-    if (!hasIssuer(certificate)) {
+    if (!isChainComplete(result.found)) {
         finding.code = code::kCertificateChainIncomplete;
+        const QSslCertificate& last =
+            result.found.intermediates.isEmpty() ? certificate : result.found.intermediates.last();
         finding.reason = u"this machine does not have the certificate of the issuer ("_s +
-                         certificate.issuerDisplayName() +
+                         last.issuerDisplayName() +
                          u"); clients that lack it refuse the connection";
-        finding.action = u"Install the issuer's certificate on the clients."_s;
+        finding.action = u"Install the issuer's certificate on this machine if it is an "
+                         u"intermediate one, or on the clients."_s;
         findings.push_back(finding);
     }
 }
@@ -123,14 +148,14 @@ void checkCertificate(const SettingsRecord& record, Findings& findings,
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const SearchResult result = search(name, system);
-    if (!result.found.first.isNull()) {
+    if (!result.found.certificate.isNull()) {
         checkFoundCertificate(QString::fromUtf8(name), result, system.currentTime(), findings);
         return;
     }
     finding.code = code::kCertificateMissing;
     finding.subject = QString::fromUtf8(name);
-    finding.reason =
-        u"no usable certificate has this name, so that every TLS handshake fails: "_s + result.log;
+    finding.reason = u"no usable certificate has this name, so that every TLS handshake fails: "_s +
+                     result.reasons;
     finding.action = u"Install a certificate with this name and its key."_s;
     findings.push_back(finding);
 }

@@ -103,6 +103,15 @@ TEST_F(CertificateCheckTest, GivesReasonOfSearch) {
         << findings[0].reason.toStdString();
 }
 
+TEST_F(CertificateCheckTest, GivesCauseOfSystem) {
+    ASSERT_TRUE(QDir(folder_.path()).removeRecursively());
+    ASSERT_TRUE(QDir().mkpath(folder_.path()));
+    const Findings findings = check();
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_THAT(findings[0].reason.toStdString(),
+                testing::HasSubstr("store My: No such file or directory (0x2)"));
+}
+
 TEST_F(CertificateCheckTest, WarnsThirtyDaysBeforeExpiry) {
     install(test::TestKey(), fieldsForDays(30));
     EXPECT_EQ(check().size(), 1u);

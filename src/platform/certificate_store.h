@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/secret.h"
+#include "platform/system_error.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -27,7 +28,14 @@ enum class Outcome { Complete, NoSize, NoData };
 template<typename Value>
 struct QueryResult {
     Outcome outcome = Outcome::NoSize;
-    Value value{}; // empty unless outcome is Complete
+    Value value{};       // empty unless outcome is Complete
+    SystemError error{}; // why the outcome is not Complete
+};
+
+// An encrypted private key and what is needed to decrypt it.
+struct EncryptedKey {
+    SecretBytes pkcs8;      // encrypted PKCS #8 in DER
+    SecretBytes passPhrase; // in ASCII, without a terminating NUL; not used for any other key
 };
 
 // A handle to a certificate's private key.
@@ -35,8 +43,13 @@ class KeyHandle {
 public:
     virtual ~KeyHandle() = default;
 
-    // Returns the key as unencrypted PKCS #8 in DER, or no bytes if the key is not exportable.
-    [[nodiscard]] virtual SecretBytes exportPkcs8() const = 0;
+    // Returns the key as unencrypted PKCS #8 in DER, or no bytes if the system does not export it
+    // in this form.
+    [[nodiscard]] virtual SystemResult<SecretBytes> exportPkcs8() const = 0;
+
+    // Returns the key encrypted with a new random pass phrase, or no bytes if the system does not
+    // export it in this form either. There is no error if the system has no encrypted export.
+    [[nodiscard]] virtual SystemResult<EncryptedKey> exportEncryptedPkcs8() const = 0;
 
     // Returns the Windows name of the key's algorithm group, such as "RSA", "DSA", "DH", "ECDSA" or
     // "ECDH". The text does not include a terminating NUL.
@@ -72,7 +85,18 @@ public:
 
     // Returns a handle to the certificate's private key, or null if there is none or access is
     // denied. The handle must not outlive the certificate.
-    [[nodiscard]] virtual std::unique_ptr<KeyHandle> acquirePrivateKey() const = 0;
+    [[nodiscard]] virtual SystemResult<std::unique_ptr<KeyHandle>> acquirePrivateKey() const = 0;
+
+    // Returns the certificates of the machine whose subject has signed this one. Does not examine
+    // their validity period. Empty if this certificate is self-signed.
+    [[nodiscard]] virtual std::vector<std::unique_ptr<Certificate>> issuers() const = 0;
+
+    [[nodiscard]] virtual bool isSelfSigned() const = 0;
+
+    // Returns true if the signature or the key provides less than 112 bits of security, such as
+    // SHA-1 or RSA with 1024 bits. OpenSSL fails every handshake in which it would have to send
+    // such a certificate.
+    [[nodiscard]] virtual bool isWeak() const = 0;
 
 protected:
     Certificate() = default;
@@ -98,7 +122,8 @@ public:
     virtual ~CertificateSystem() = default;
 
     // Opens the store `name` for reading. Returns null on failure.
-    [[nodiscard]] virtual std::unique_ptr<CertificateStore> openStore(QStringView name) const = 0;
+    [[nodiscard]] virtual SystemResult<std::unique_ptr<CertificateStore>>
+    openStore(QStringView name) const = 0;
 
     // Returns the current time in UTC, converted in the same way as the validity bounds.
     [[nodiscard]] virtual QDateTime currentTime() const = 0;

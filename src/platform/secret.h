@@ -13,6 +13,10 @@ namespace quorin::platform {
 // Overwrites `size` bytes at `memory` with zeros. The compiler cannot optimise the writes away.
 void wipe(void* memory, std::size_t size) noexcept;
 
+// Overwrites the part of the calling thread's stack that functions called before may have used, up
+// to a depth of 64 KiB. For libraries that leave secrets there.
+void wipeUsedStack() noexcept;
+
 // A byte buffer for private keys. Wiped before it is freed: otherwise the key would remain in freed
 // memory and could appear in a core dump. Cannot be copied or enlarged, since both could leave
 // copies in memory. Not thread-safe.

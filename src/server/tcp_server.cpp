@@ -87,8 +87,9 @@ void TcpServer::loadCertificate() {
     const GatewaySettings& settings = GatewaySettings::instance();
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
-    const auto [certificate, privateKey] = findServerCertificate(name);
-    serverContext_->tls.configure(tlsConfiguration(certificate, privateKey));
+    const ServerCertificate found = findServerCertificate(name);
+    serverContext_->tls.configure(
+        tlsConfiguration(found.certificate, found.privateKey, found.intermediates));
 }
 
 void TcpServer::openControlPipe() {

@@ -32,6 +32,11 @@ public:
         return QSslSocketPrivate::sslContext(&socket_);
     }
 
+    // Returns the certificates that the client has received.
+    [[nodiscard]] QList<QSslCertificate> receivedChain() {
+        return loopback_.client().socket().peerCertificateChain();
+    }
+
     // Completes the handshake. Returns false if it fails.
     [[nodiscard]] bool completeHandshake() {
         QSslSocket& client = loopback_.client().socket();
@@ -77,6 +82,24 @@ TEST_F(SharedTlsTest, ReplacesExpiredContext) {
     EXPECT_NE(first.context(), second.context());
     EXPECT_TRUE(first.completeHandshake());
     EXPECT_TRUE(second.completeHandshake());
+}
+
+TEST_F(SharedTlsTest, SendsIntermediates) {
+    SharedTls tls;
+    // OpenSSL sends any certificate as an intermediate one.
+    tls.configure(tlsConfiguration(someCertificate(), keyOfSomeCertificate(), {someCertificate()}));
+    Connection connection(tls);
+    ASSERT_TRUE(connection.completeHandshake());
+    EXPECT_EQ(connection.receivedChain(),
+              (QList<QSslCertificate>{someCertificate(), someCertificate()}));
+}
+
+TEST_F(SharedTlsTest, SendsOnlyCertificateByDefault) {
+    SharedTls tls;
+    tls.configure(configuration());
+    Connection connection(tls);
+    ASSERT_TRUE(connection.completeHandshake());
+    EXPECT_EQ(connection.receivedChain(), QList<QSslCertificate>{someCertificate()});
 }
 
 TEST_F(SharedTlsTest, HandshakeFailsWithoutCertificate) {

@@ -1,13 +1,13 @@
 #include "worker/tls_configuration.h"
 
-#include <QSslCertificate>
 #include <QSslKey>
 
 namespace quorin {
 
-QSslConfiguration tlsConfiguration(const QSslCertificate& certificate, const QSslKey& privateKey) {
+QSslConfiguration tlsConfiguration(const QSslCertificate& certificate, const QSslKey& privateKey,
+                                   const QList<QSslCertificate>& intermediates) {
     QSslConfiguration configuration;
-    configuration.setLocalCertificate(certificate);
+    configuration.setLocalCertificateChain(QList<QSslCertificate>{certificate} + intermediates);
     configuration.setPrivateKey(privateKey);
     configuration.setCaCertificates({});
     configuration.setPeerVerifyMode(QSslSocket::VerifyNone);

@@ -1,5 +1,7 @@
 #include "worker/tls_configuration.h"
 
+#include "support/some_certificate.h"
+
 #include <QSslCertificate>
 #include <QSslKey>
 #include <QSslSocket>
@@ -25,6 +27,15 @@ TEST(TlsConfigurationTest, AcceptsNullCertificateAndKey) {
     const QSslConfiguration tls = tlsConfiguration(QSslCertificate(), QSslKey());
     EXPECT_TRUE(tls.localCertificate().isNull());
     EXPECT_TRUE(tls.privateKey().isNull());
+}
+
+TEST(TlsConfigurationTest, SendsIntermediatesAfterCertificate) {
+    const QSslCertificate certificate = test::someCertificate();
+    const QSslCertificate intermediate = certificate; // any certificate is accepted
+    EXPECT_EQ(tlsConfiguration(certificate, QSslKey(), {intermediate}).localCertificateChain(),
+              (QList<QSslCertificate>{certificate, intermediate}));
+    EXPECT_EQ(tlsConfiguration(certificate, QSslKey()).localCertificateChain(),
+              QList<QSslCertificate>{certificate});
 }
 
 } // namespace

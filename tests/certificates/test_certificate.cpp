@@ -11,6 +11,7 @@
 
 #include <ctime>
 #include <stdexcept>
+#include <utility>
 
 namespace quorin::test {
 
@@ -81,6 +82,53 @@ std::time_t toTimeT(std::chrono::sys_seconds time) {
 
 constexpr char kPassPhrase[] = "a pass phrase";
 
+void setName(X509_NAME* target, const CertificateFields& fields) {
+    for (const auto& [name, value] : fields.subject) {
+        require(X509_NAME_add_entry_by_txt(target, name.c_str(), MBSTRING_UTF8,
+                                           reinterpret_cast<const unsigned char*>(value.data()),
+                                           static_cast<int>(value.size()), -1, 0) == 1);
+    }
+}
+
+void addExtension(X509* certificate, int nid, const char* value) {
+    const Owned<X509_EXTENSION, X509_EXTENSION_free> extension(
+        X509V3_EXT_conf_nid(nullptr, nullptr, nid, value));
+    require(extension != nullptr && X509_add_ext(certificate, extension.get(), -1) == 1);
+}
+
+// Returns a certificate for `key` with `fields` in PEM, signed by an issuer.
+QByteArray makeCertificate(const TestKey& key, const CertificateFields& fields,
+                           const TestKey& issuerKey, const CertificateFields& issuerFields) {
+    const Owned<X509, X509_free> certificate(X509_new());
+    X509* const x509 = certificate.get();
+    require(X509_set_version(x509, X509_VERSION_3) == 1);
+
+    BIGNUM* number = nullptr;
+    require(BN_hex2bn(&number, fields.serialNumber.c_str()) != 0);
+    const Owned<BIGNUM, BN_free> serialNumber(number);
+    require(BN_to_ASN1_INTEGER(number, X509_get_serialNumber(x509)) != nullptr);
+
+    require(ASN1_TIME_set(X509_getm_notBefore(x509), toTimeT(fields.notBefore)) != nullptr);
+    require(ASN1_TIME_set(X509_getm_notAfter(x509), toTimeT(fields.notAfter)) != nullptr);
+    setName(X509_get_subject_name(x509), fields);
+    setName(X509_get_issuer_name(x509), issuerFields);
+    require(X509_set_pubkey(x509, key.get()) == 1);
+
+    if (!fields.alternativeNames.empty()) {
+        addExtension(x509, NID_subject_alt_name, fields.alternativeNames.c_str());
+    }
+    if (fields.isAuthority) {
+        addExtension(x509, NID_basic_constraints, "critical,CA:TRUE");
+        addExtension(x509, NID_key_usage, "critical,keyCertSign,cRLSign");
+    }
+
+    // Ed25519 signatures take no separate digest.
+    const bool hasOwnDigest = EVP_PKEY_get_base_id(issuerKey.get()) == EVP_PKEY_ED25519;
+    require(X509_sign(x509, issuerKey.get(),
+                      hasOwnDigest ? nullptr : EVP_get_digestbyname(fields.digest.c_str())) > 0);
+    return collect([x509](BIO* bio) { return PEM_write_bio_X509(bio, x509); });
+}
+
 } // namespace
 
 TestKey::TestKey(KeyKind kind) : key_(newKey(kind)) {
@@ -126,37 +174,31 @@ std::chrono::sys_seconds CertificateFields::currentSecond() {
 }
 
 QByteArray selfSigned(const TestKey& key, const CertificateFields& fields) {
-    const Owned<X509, X509_free> certificate(X509_new());
-    X509* const x509 = certificate.get();
-    require(X509_set_version(x509, X509_VERSION_3) == 1);
+    return makeCertificate(key, fields, key, fields);
+}
 
-    BIGNUM* number = nullptr;
-    require(BN_hex2bn(&number, fields.serialNumber.c_str()) != 0);
-    const Owned<BIGNUM, BN_free> serialNumber(number);
-    require(BN_to_ASN1_INTEGER(number, X509_get_serialNumber(x509)) != nullptr);
+TestAuthority::TestAuthority(CertificateFields fields, const TestAuthority* issuer)
+    : fields_(std::move(fields)),
+      certificate_(issuer != nullptr ? issuer->issue(key_, fields_) : selfSigned(key_, fields_)) {}
 
-    require(ASN1_TIME_set(X509_getm_notBefore(x509), toTimeT(fields.notBefore)) != nullptr);
-    require(ASN1_TIME_set(X509_getm_notAfter(x509), toTimeT(fields.notAfter)) != nullptr);
+CertificateFields TestAuthority::fieldsOf(const std::string& name, const std::string& digest) {
+    CertificateFields fields;
+    fields.subject = {{"CN", name}};
+    fields.isAuthority = true;
+    fields.digest = digest;
+    return fields;
+}
 
-    X509_NAME* const subject = X509_get_subject_name(x509);
-    for (const auto& [name, value] : fields.subject) {
-        require(X509_NAME_add_entry_by_txt(subject, name.c_str(), MBSTRING_UTF8,
-                                           reinterpret_cast<const unsigned char*>(value.data()),
-                                           static_cast<int>(value.size()), -1, 0) == 1);
-    }
-    require(X509_set_issuer_name(x509, subject) == 1);
-    require(X509_set_pubkey(x509, key.get()) == 1);
+QByteArray TestAuthority::issue(const TestKey& key, const CertificateFields& fields) const {
+    return makeCertificate(key, fields, key_, fields_);
+}
 
-    if (!fields.alternativeNames.empty()) {
-        const Owned<X509_EXTENSION, X509_EXTENSION_free> extension(X509V3_EXT_conf_nid(
-            nullptr, nullptr, NID_subject_alt_name, fields.alternativeNames.c_str()));
-        require(extension != nullptr && X509_add_ext(x509, extension.get(), -1) == 1);
-    }
-
-    // Ed25519 signatures take no separate digest.
-    const bool hasOwnDigest = EVP_PKEY_get_base_id(key.get()) == EVP_PKEY_ED25519;
-    require(X509_sign(x509, key.get(), hasOwnDigest ? nullptr : EVP_sha256()) > 0);
-    return collect([x509](BIO* bio) { return PEM_write_bio_X509(bio, x509); });
+QString hashedFileName(const QByteArray& certificate) {
+    const Owned<BIO, BIO_free_all> bio(
+        BIO_new_mem_buf(certificate.constData(), static_cast<int>(certificate.size())));
+    const Owned<X509, X509_free> x509(PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr));
+    require(x509 != nullptr);
+    return QStringLiteral("%1.0").arg(X509_subject_name_hash(x509.get()), 8, 16, QChar(u'0'));
 }
 
 QByteArray derFromPem(const QByteArray& pem) {

@@ -10,4 +10,13 @@ QByteArray installCertificate(const Site&, const QByteArray&) {
     return {};
 }
 
+IssuedCertificate installIssuedCertificate(const Site&, const QByteArray&, IntermediatePlace,
+                                           const std::string&) {
+    return {};
+}
+
+QString authorityFolder(const Site&) {
+    return {};
+}
+
 } // namespace quorin::test

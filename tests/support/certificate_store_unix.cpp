@@ -11,23 +11,63 @@ using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 
+namespace {
+
+void write(const QString& folder, const QString& name, const QByteArray& text) {
+    EXPECT_TRUE(QDir().mkpath(folder));
+    QFile file(folder + u'/' + name);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    file.write(text);
+}
+
+// Writes the file of the certificate.
+void install(const Site& site, const QByteArray& text) {
+    write(site.appDataPath(u"Vemo/Quorin5/certificates/WebHosting"_s), u"gateway.pem"_s, text);
+}
+
+CertificateFields fieldsFor(const QByteArray& name) {
+    CertificateFields fields;
+    fields.subject = {{"CN", name.toStdString()}};
+    fields.alternativeNames = "DNS:" + name.toStdString();
+    return fields;
+}
+
+} // namespace
+
 bool canInstallCertificates() {
     return true;
 }
 
 QByteArray installCertificate(const Site& site, const QByteArray& name) {
     const TestKey key;
-    CertificateFields fields;
-    fields.subject = {{"CN", name.toStdString()}};
-    fields.alternativeNames = "DNS:" + name.toStdString();
-    const QByteArray certificate = selfSigned(key, fields);
-    const QString folder = site.appDataPath(u"Vemo/Quorin5/certificates/WebHosting"_s);
-    EXPECT_TRUE(QDir().mkpath(folder));
-    QFile file(folder + u"/gateway.pem");
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
-    file.write(certificate + key.pkcs8Pem());
+    const QByteArray certificate = selfSigned(key, fieldsFor(name));
+    install(site, certificate + key.pkcs8Pem());
     return certificate;
+}
+
+IssuedCertificate installIssuedCertificate(const Site& site, const QByteArray& name,
+                                           IntermediatePlace place, const std::string& digest) {
+    const TestKey key;
+    const TestAuthority root("root");
+    const TestAuthority intermediate("intermediate", root, digest);
+    const IssuedCertificate issued{intermediate.issue(key, fieldsFor(name)),
+                                   intermediate.certificate(), root.certificate()};
+    QByteArray text = issued.certificate + key.pkcs8Pem();
+    if (place == IntermediatePlace::CertificateFile) {
+        text += issued.root + issued.intermediate;
+    }
+    install(site, text);
+    if (place == IntermediatePlace::AuthorityFolder) {
+        for (const QByteArray& certificate : {issued.root, issued.intermediate}) {
+            write(authorityFolder(site), hashedFileName(certificate), certificate);
+        }
+    }
+    return issued;
+}
+
+QString authorityFolder(const Site& site) {
+    return site.appDataPath(u"../authorities"_s);
 }
 
 } // namespace quorin::test

@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -21,8 +23,10 @@ namespace quorin::platform {
 namespace {
 
 using quorin::test::CertificateFields;
+using quorin::test::hashedFileName;
 using quorin::test::KeyKind;
 using quorin::test::selfSigned;
+using quorin::test::TestAuthority;
 using quorin::test::TestKey;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -66,7 +70,7 @@ protected:
         ASSERT_EQ(chmod(path(name).constData(), mode), 0);
     }
 
-    std::unique_ptr<CertificateStore> openStore() const { return folders_.openStore(u"My"); }
+    std::unique_ptr<CertificateStore> openStore() const { return folders_.openStore(u"My").value; }
 
     std::vector<std::string> namesInStore() const {
         std::vector<std::string> names;
@@ -82,21 +86,42 @@ protected:
     // Refer to the first certificate in the store.
     QByteArray exportedKey() const {
         const auto owner = firstCertificate();
-        const auto key = owner->acquirePrivateKey();
-        return key ? key->exportPkcs8().view().toByteArray() : QByteArray();
+        const auto key = owner->acquirePrivateKey().value;
+        return key ? key->exportPkcs8().value.view().toByteArray() : QByteArray();
     }
-    bool hasKey() const { return firstCertificate()->acquirePrivateKey() != nullptr; }
+    bool hasKey() const { return firstCertificate()->acquirePrivateKey().value != nullptr; }
+
+    // Return why the first certificate has no key, or why its key is not exported.
+    SystemError keyError() const { return firstCertificate()->acquirePrivateKey().error; }
+    SystemError exportError() const {
+        const auto owner = firstCertificate();
+        return owner->acquirePrivateKey().value->exportPkcs8().error;
+    }
+
+    std::vector<std::string> issuersOfFirst() const {
+        std::vector<std::string> names;
+        for (const auto& issuer : firstCertificate()->issuers()) {
+            names.push_back(issuer->displayName());
+        }
+        return names;
+    }
 
     QTemporaryDir folder_;
     CertificateFolders folders_{folder_.path()};
 };
 
 TEST_F(CertificateFoldersTest, FailsToOpenStoreWithoutFolder) {
-    EXPECT_FALSE(folders_.openStore(u"WebHosting"));
+    const auto missing = folders_.openStore(u"WebHosting");
+    EXPECT_FALSE(missing.value);
+    EXPECT_EQ(missing.error.code(), static_cast<std::uint32_t>(ENOENT));
+    EXPECT_EQ(missing.error.message(),
+              folder_.filePath(u"WebHosting"_s) + u": No such file or directory");
     QFile file(folder_.filePath(u"WebHosting"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_FALSE(folders_.openStore(u"WebHosting"));
-    EXPECT_TRUE(folders_.openStore(u"My"));
+    EXPECT_EQ(folders_.openStore(u"WebHosting").error.code(), static_cast<std::uint32_t>(ENOTDIR));
+    const auto my = folders_.openStore(u"My");
+    EXPECT_TRUE(my.value);
+    EXPECT_FALSE(my.error);
 }
 
 TEST_F(CertificateFoldersTest, EmptyFolderIsEmptyStore) {
@@ -180,7 +205,7 @@ TEST_F(CertificateFoldersTest, CertificateOutlivesStore) {
     EXPECT_EQ(one->notAfter().toSecsSinceEpoch(), fields.notAfter.time_since_epoch().count());
     EXPECT_EQ(one->serialNumber(), QByteArray::fromHex("0100ab"));
     EXPECT_EQ(one->der(), quorin::test::derFromPem(pem));
-    EXPECT_TRUE(one->acquirePrivateKey());
+    EXPECT_TRUE(one->acquirePrivateKey().value);
 }
 
 TEST_F(CertificateFoldersTest, ReadsKeyFromCertificateFile) {
@@ -205,7 +230,7 @@ TEST_F(CertificateFoldersTest, KeyHasAlgorithmGroup) {
     write("one.pem", certificateNamed("one"));
     write("one.key", sharedKey().pkcs8Pem());
     const auto owner = firstCertificate();
-    const auto group = owner->acquirePrivateKey()->algorithmGroup();
+    const auto group = owner->acquirePrivateKey().value->algorithmGroup();
     EXPECT_EQ(group.outcome, Outcome::Complete);
     EXPECT_EQ(group.value, u"ECDSA"_s);
 }
@@ -237,6 +262,7 @@ TEST_F(CertificateFoldersTest, WorldReadableKeyIsNotExportable) {
     write("one.key", sharedKey().pkcs8Pem(), kWorldReadable);
     EXPECT_TRUE(hasKey());
     EXPECT_TRUE(exportedKey().isEmpty());
+    EXPECT_EQ(exportError().message(), u"the key file is world-readable"_s);
     write("one.key", sharedKey().pkcs8Pem(), kGroupReadable);
     ASSERT_EQ(chmod(path("one.key").constData(), kGroupReadable), 0);
     EXPECT_EQ(exportedKey(), sharedKey().pkcs8Der());
@@ -254,11 +280,69 @@ TEST_F(CertificateFoldersTest, EncryptedKeyIsNotExportable) {
          {sharedKey().encryptedPkcs8Pem(), sharedKey().encryptedTraditionalPem()}) {
         write("one.key", pem);
         const auto owner = firstCertificate();
-        const auto key = owner->acquirePrivateKey();
+        const auto key = owner->acquirePrivateKey().value;
         ASSERT_TRUE(key);
-        EXPECT_TRUE(key->exportPkcs8().empty());
+        EXPECT_TRUE(key->exportPkcs8().value.empty());
+        EXPECT_EQ(key->exportPkcs8().error.message(), u"the key has a pass phrase"_s);
         EXPECT_EQ(key->algorithmGroup().outcome, Outcome::NoSize);
     }
+}
+
+TEST_F(CertificateFoldersTest, ReportsWhyThereIsNoKey) {
+    write("one.pem", certificateNamed("one"));
+    const QString keyPath = QFile::decodeName(path("one.key"));
+    EXPECT_EQ(keyError().code(), static_cast<std::uint32_t>(ENOENT));
+    EXPECT_EQ(keyError().message(), keyPath + u": No such file or directory");
+    write("one.key", "garbage");
+    EXPECT_EQ(keyError().message(), keyPath + u": no start line");
+    write("one.key", TestKey().pkcs8Pem());
+    EXPECT_EQ(keyError().message(), keyPath + u": key values mismatch");
+    write("one.key", sharedKey().pkcs8Pem());
+    EXPECT_FALSE(keyError());
+    EXPECT_FALSE(exportError());
+}
+
+TEST_F(CertificateFoldersTest, HasNoEncryptedExport) {
+    write("one.pem", certificateNamed("one") + sharedKey().pkcs8Pem());
+    const auto owner = firstCertificate();
+    const auto exported = owner->acquirePrivateKey().value->exportEncryptedPkcs8();
+    EXPECT_TRUE(exported.value.pkcs8.empty());
+    EXPECT_FALSE(exported.error);
+}
+
+TEST_F(CertificateFoldersTest, FindsIssuersInCertificateFile) {
+    const TestAuthority root("root");
+    const TestAuthority intermediate("intermediate", root);
+    const TestAuthority namesake("intermediate", root);
+    write("one.pem", intermediate.issue(sharedKey()) + root.certificate() + namesake.certificate() +
+                         intermediate.certificate());
+    const auto issuers = firstCertificate()->issuers();
+    ASSERT_EQ(issuers.size(), 1u);
+    EXPECT_EQ(issuers[0]->der(), quorin::test::derFromPem(intermediate.certificate()));
+    EXPECT_FALSE(issuers[0]->isSelfSigned());
+    const auto roots = issuers[0]->issuers();
+    ASSERT_EQ(roots.size(), 1u);
+    EXPECT_EQ(roots[0]->displayName(), "root");
+    EXPECT_TRUE(roots[0]->isSelfSigned());
+    EXPECT_TRUE(roots[0]->issuers().empty());
+}
+
+TEST_F(CertificateFoldersTest, FindsIssuersAmongAuthorities) {
+    const TestAuthority root("root");
+    const TestAuthority intermediate("intermediate", root);
+    write("one.pem", intermediate.issue(sharedKey()));
+    EXPECT_THAT(issuersOfFirst(), IsEmpty());
+    const QByteArray file = "../" + hashedFileName(intermediate.certificate()).toLatin1();
+    write(file.constData(), intermediate.certificate());
+    qputenv("SSL_CERT_DIR", folder_.path().toUtf8());
+    EXPECT_THAT(issuersOfFirst(), ElementsAre("intermediate"));
+    qunsetenv("SSL_CERT_DIR");
+}
+
+TEST_F(CertificateFoldersTest, SelfSignedCertificateHasNoIssuers) {
+    write("one.pem", certificateNamed("one") + certificateNamed("one"));
+    EXPECT_THAT(issuersOfFirst(), IsEmpty());
+    EXPECT_TRUE(firstCertificate()->isSelfSigned());
 }
 
 TEST_F(CertificateFoldersTest, CurrentTimeIsInUtc) {
@@ -277,10 +361,10 @@ TEST_F(CertificateFoldersTest, EncodesBase64) {
 
 TEST_F(CertificateFoldersTest, FindsStoresBelowProductFolder) {
     qputenv("QUORIN_COMMON_APPDATA", folder_.path().toUtf8());
-    EXPECT_FALSE(localMachineCertificates().openStore(u"WebHosting"));
+    EXPECT_FALSE(localMachineCertificates().openStore(u"WebHosting").value);
     ASSERT_TRUE(QDir(folder_.path()).mkpath(u"Vemo/Quorin5/certificates/WebHosting"_s));
-    EXPECT_TRUE(localMachineCertificates().openStore(u"WebHosting"));
-    EXPECT_FALSE(localMachineCertificates().openStore(u"My"));
+    EXPECT_TRUE(localMachineCertificates().openStore(u"WebHosting").value);
+    EXPECT_FALSE(localMachineCertificates().openStore(u"My").value);
     qunsetenv("QUORIN_COMMON_APPDATA");
 }
 

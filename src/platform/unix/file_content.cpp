@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <utility>
 
 namespace quorin::platform {
 
@@ -52,19 +54,28 @@ bool readInto(SecretBytes& bytes, int descriptor) {
 
 } // namespace
 
-std::optional<FileContent> readFile(const std::string& path, std::size_t maxSize) {
+SystemResult<std::optional<FileContent>> readFile(const std::string& path, std::size_t maxSize) {
+    const auto failed = [](int code) {
+        return SystemResult<std::optional<FileContent>>{
+            std::nullopt, SystemError(static_cast<std::uint32_t>(code))};
+    };
     const FileDescriptor file(path);
     struct stat status {};
-    if (file.get() == -1 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        static_cast<std::size_t>(status.st_size) > maxSize) {
-        return std::nullopt;
+    if (file.get() == -1 || ::fstat(file.get(), &status) != 0) {
+        return failed(errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return failed(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    }
+    if (static_cast<std::size_t>(status.st_size) > maxSize) {
+        return failed(EFBIG);
     }
     FileContent content{SecretBytes(static_cast<std::size_t>(status.st_size)),
                         (status.st_mode & S_IROTH) != 0};
     if (!readInto(content.bytes, file.get())) {
-        return std::nullopt;
+        return failed(errno);
     }
-    return content;
+    return {std::move(content), {}};
 }
 
 } // namespace quorin::platform

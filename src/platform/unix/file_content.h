@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/secret.h"
+#include "platform/system_error.h"
 
 #include <cstddef>
 #include <optional>
@@ -14,7 +15,8 @@ struct FileContent {
 };
 
 // Reads the file `path`. Returns nothing if it cannot be read, is not a regular file or is larger
-// than `maxSize` bytes.
-[[nodiscard]] std::optional<FileContent> readFile(const std::string& path, std::size_t maxSize);
+// than `maxSize` bytes. The error is a value of errno.
+[[nodiscard]] SystemResult<std::optional<FileContent>> readFile(const std::string& path,
+                                                                std::size_t maxSize);
 
 } // namespace quorin::platform

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 namespace quorin::platform {
 
@@ -85,8 +86,9 @@ constexpr std::array<KeyFormat, 4> kKeyFormats{{
 
 } // namespace
 
-X509Pointer firstCertificate(QByteArrayView pem) {
+std::vector<X509Pointer> certificatesIn(QByteArrayView pem) {
     const OpensslErrorScope errors;
+    std::vector<X509Pointer> certificates;
     const BioPointer reader = makeReader(pem);
     while (reader) {
         const PemBlock block(reader.get());
@@ -95,13 +97,17 @@ X509Pointer firstCertificate(QByteArrayView pem) {
         }
         if (block.label() == PEM_STRING_X509) {
             const unsigned char* position = block.data();
-            return X509Pointer(d2i_X509(nullptr, &position, block.size()));
+            X509Pointer certificate(d2i_X509(nullptr, &position, block.size()));
+            if (!certificate) {
+                break;
+            }
+            certificates.push_back(std::move(certificate));
         }
     }
-    return nullptr;
+    return certificates;
 }
 
-std::optional<PemKey> firstPrivateKey(QByteArrayView pem) {
+SystemResult<std::optional<PemKey>> firstPrivateKey(QByteArrayView pem) {
     const OpensslErrorScope errors;
     const BioPointer reader = makeReader(pem);
     while (reader) {
@@ -113,14 +119,16 @@ std::optional<PemKey> firstPrivateKey(QByteArrayView pem) {
             kKeyFormats.begin(), kKeyFormats.end(),
             [&block](const KeyFormat& candidate) { return candidate.label == block.label(); });
         if (block.isEncrypted()) {
-            return KeyPointer();
+            return {KeyPointer(), {}};
         }
         if (format != kKeyFormats.end()) {
-            KeyPointer key = format->read(block);
-            return key ? std::optional(std::move(key)) : std::nullopt;
+            if (KeyPointer key = format->read(block)) {
+                return {std::move(key), {}};
+            }
+            break;
         }
     }
-    return std::nullopt;
+    return {std::nullopt, opensslError(ERR_peek_last_error())};
 }
 
 } // namespace quorin::platform

@@ -7,8 +7,11 @@
 #include <QByteArray>
 #include <QStringBuilder>
 
+#include <openssl/pem.h>
+
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 namespace quorin::platform {
@@ -19,13 +22,14 @@ using quorin::test::KeyKind;
 using quorin::test::selfSigned;
 using quorin::test::TestKey;
 
-// firstCertificate() and firstPrivateKey() do not accept QStringBuilder concatenations.
+// certificatesIn() and firstPrivateKey() do not accept QStringBuilder concatenations.
 X509Pointer certificateIn(const QByteArray& pem) {
-    return firstCertificate(pem);
+    std::vector<X509Pointer> all = certificatesIn(pem);
+    return all.empty() ? nullptr : std::move(all.front());
 }
 
 std::optional<PemKey> keyIn(const QByteArray& pem) {
-    return firstPrivateKey(pem);
+    return firstPrivateKey(pem).value;
 }
 
 QByteArray pkcs8(const std::optional<PemKey>& key) {
@@ -76,6 +80,35 @@ TEST(PemTextTest, TakesFirstOfSeveral) {
     ASSERT_TRUE(certificate);
     EXPECT_EQ(serialNumberOf(*certificate), "\x11");
     EXPECT_EQ(pkcs8(keyIn(one.pkcs8Pem() + other.pkcs8Pem())), one.pkcs8Der());
+}
+
+TEST(PemTextTest, ReadsAllCertificates) {
+    const TestKey key;
+    const QByteArray one = selfSigned(key);
+    const QByteArray other = selfSigned(TestKey());
+    const QByteArray text = one + key.pkcs8Pem() + "text\n" + other;
+    const std::vector<X509Pointer> all = certificatesIn(text);
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(derOf(*all[0]), quorin::test::derFromPem(one));
+    EXPECT_EQ(derOf(*all[1]), quorin::test::derFromPem(other));
+}
+
+TEST(PemTextTest, StopsAtUndecodableCertificate) {
+    const QByteArray good = selfSigned(TestKey());
+    const QByteArray text = good + pemBlock("CERTIFICATE", "x") + good;
+    EXPECT_EQ(certificatesIn(text).size(), 1u);
+}
+
+TEST(PemTextTest, ReportsErrorOfOpenssl) {
+    const auto none = firstPrivateKey("text");
+    EXPECT_EQ(ERR_GET_REASON(none.error.code()), PEM_R_NO_START_LINE);
+    EXPECT_EQ(none.error.message(), QStringLiteral("no start line"));
+    const QByteArray malformed = pemBlock("PRIVATE KEY", "x");
+    const auto undecodable = firstPrivateKey(malformed);
+    EXPECT_TRUE(undecodable.error);
+    EXPECT_FALSE(undecodable.error.message().isEmpty());
+    const QByteArray valid = TestKey().pkcs8Pem();
+    EXPECT_FALSE(firstPrivateKey(valid).error);
 }
 
 TEST(PemTextTest, EncryptedKeyIsNull) {

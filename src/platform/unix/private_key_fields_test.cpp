@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin::platform {
@@ -35,7 +37,9 @@ TEST(PrivateKeyFieldsTest, ExportsAllKeyTypes) {
 
 TEST(PrivateKeyFieldsTest, MatchesKeyWithItsCertificate) {
     const TestKey key(KeyKind::EcP256);
-    const X509Pointer certificate = firstCertificate(selfSigned(key));
+    const std::vector<X509Pointer> certificates = certificatesIn(selfSigned(key));
+    ASSERT_EQ(certificates.size(), 1u);
+    const X509Pointer& certificate = certificates.front();
     EXPECT_TRUE(isKeyOf(*certificate, *key.get()));
     ERR_clear_error();
     EXPECT_FALSE(isKeyOf(*certificate, *TestKey(KeyKind::EcP256).get()));

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <utility>
 
 namespace quorin::platform {
 namespace {
@@ -22,7 +23,7 @@ QByteArray pemOf(const CertificateFields& fields) {
 }
 
 X509Pointer certificateOf(const CertificateFields& fields) {
-    return firstCertificate(pemOf(fields));
+    return std::move(certificatesIn(pemOf(fields)).at(0));
 }
 
 QDateTime toDateTime(std::chrono::sys_seconds time) {
@@ -131,7 +132,7 @@ TEST(X509FieldsTest, ReadsLongSerialNumber) {
 
 TEST(X509FieldsTest, DerMatchesFile) {
     const QByteArray pem = pemOf({});
-    EXPECT_EQ(derOf(*firstCertificate(pem)), quorin::test::derFromPem(pem));
+    EXPECT_EQ(derOf(*certificatesIn(pem).at(0)), quorin::test::derFromPem(pem));
 }
 
 } // namespace

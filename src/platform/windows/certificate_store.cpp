@@ -1,12 +1,16 @@
 #include "platform/certificate_store.h"
 
+#include "platform/windows/key_export.h"
 #include "platform/windows/system.h"
 
 #include <ncrypt.h>
 #include <wincrypt.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <optional>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -28,6 +32,7 @@ using Context = std::unique_ptr<const CERT_CONTEXT, ContextDeleter>;
 // system requires the caller to free it.
 class Key {
 public:
+    // Returns nothing on failure; GetLastError() returns the reason.
     [[nodiscard]] static std::optional<Key> acquire(PCCERT_CONTEXT certificate) {
         Key key;
         BOOL callerFrees = FALSE;
@@ -92,44 +97,54 @@ std::string nameString(PCCERT_CONTEXT certificate, DWORD type, DWORD flags) {
     return names;
 }
 
+constexpr QStringView kIntermediateStore = u"CA";
+
+// Signatures with less than 112 bits of security, and the length of RSA and DSA keys that provides
+// as many.
+constexpr std::array<std::string_view, 7> kWeakSignatures{
+    szOID_RSA_MD2RSA,         szOID_RSA_MD4RSA,   szOID_RSA_MD5RSA, szOID_RSA_SHA1RSA,
+    szOID_OIWSEC_sha1RSASign, szOID_X957_SHA1DSA, szOID_ECDSA_SHA1};
+constexpr DWORD kMinKeyBits = 2048;
+
+SystemError lastError() {
+    return SystemError(GetLastError());
+}
+
+// Returns null on failure; GetLastError() returns the reason.
+Store openLocalMachineStore(QStringView name) {
+    const QString text = name.toString();
+    return Store(CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0,
+                               CERT_SYSTEM_STORE_LOCAL_MACHINE | CERT_STORE_READONLY_FLAG,
+                               wide(text)));
+}
+
 class SystemKeyHandle final : public KeyHandle {
 public:
     explicit SystemKeyHandle(Key key) : key_(std::move(key)) {}
 
-    SecretBytes exportPkcs8() const override {
-        DWORD size = 0;
-        if (exportInto(nullptr, 0, size) != ERROR_SUCCESS || size == 0) {
-            return {};
-        }
-        SecretBytes bytes(size);
-        DWORD written = 0;
-        if (exportInto(bytes.data(), size, written) != ERROR_SUCCESS) {
-            return {};
-        }
-        bytes.truncate(written);
-        return bytes;
+    SystemResult<SecretBytes> exportPkcs8() const override { return exportPlain(key_.handle()); }
+
+    SystemResult<EncryptedKey> exportEncryptedPkcs8() const override {
+        return exportEncrypted(key_.handle());
     }
 
     QueryResult<QString> algorithmGroup() const override {
         DWORD size = 0;
-        if (readGroupInto(nullptr, 0, size) != ERROR_SUCCESS) {
-            return {Outcome::NoSize};
+        if (const SECURITY_STATUS status = readGroupInto(nullptr, 0, size);
+            status != ERROR_SUCCESS) {
+            return {Outcome::NoSize, {}, SystemError(static_cast<std::uint32_t>(status))};
         }
         // One element more guarantees a terminating NUL.
         std::vector<wchar_t> name(size / sizeof(wchar_t) + 1);
         DWORD written = 0;
-        if (readGroupInto(name.data(), size, written) != ERROR_SUCCESS) {
-            return {Outcome::NoData};
+        if (const SECURITY_STATUS status = readGroupInto(name.data(), size, written);
+            status != ERROR_SUCCESS) {
+            return {Outcome::NoData, {}, SystemError(static_cast<std::uint32_t>(status))};
         }
         return {Outcome::Complete, QString::fromWCharArray(name.data())};
     }
 
 private:
-    SECURITY_STATUS exportInto(char* buffer, DWORD size, DWORD& needed) const {
-        return NCryptExportKey(key_.handle(), 0, NCRYPT_PKCS8_PRIVATE_KEY_BLOB, nullptr,
-                               reinterpret_cast<BYTE*>(buffer), size, &needed, 0);
-    }
-
     SECURITY_STATUS readGroupInto(wchar_t* buffer, DWORD size, DWORD& needed) const {
         return NCryptGetProperty(key_.handle(), NCRYPT_ALGORITHM_GROUP_PROPERTY,
                                  reinterpret_cast<BYTE*>(buffer), size, &needed,
@@ -173,9 +188,49 @@ public:
         return {context_->pbCertEncoded, static_cast<qsizetype>(context_->cbCertEncoded)};
     }
 
-    std::unique_ptr<KeyHandle> acquirePrivateKey() const override {
+    SystemResult<std::unique_ptr<KeyHandle>> acquirePrivateKey() const override {
         std::optional<Key> key = Key::acquire(context_.get());
-        return key ? std::make_unique<SystemKeyHandle>(*std::move(key)) : nullptr;
+        if (!key) {
+            return {nullptr, lastError()};
+        }
+        return {std::make_unique<SystemKeyHandle>(*std::move(key)), {}};
+    }
+
+    std::vector<std::unique_ptr<Certificate>> issuers() const override {
+        std::vector<std::unique_ptr<Certificate>> found;
+        const Store store = openLocalMachineStore(kIntermediateStore);
+        DWORD failed = CERT_STORE_SIGNATURE_FLAG; // the checks that are requested and then failed
+        Context issuer;
+        while (store) {
+            // The call frees the previous context.
+            issuer.reset(CertGetIssuerCertificateFromStore(store.get(), context_.get(),
+                                                           issuer.release(), &failed));
+            if (!issuer) {
+                break;
+            }
+            if (failed == 0) {
+                found.push_back(std::make_unique<SystemCertificate>(
+                    Context(CertDuplicateCertificateContext(issuer.get()))));
+            }
+            failed = CERT_STORE_SIGNATURE_FLAG;
+        }
+        return found;
+    }
+
+    bool isSelfSigned() const override {
+        return CertCompareCertificateName(X509_ASN_ENCODING, &context_->pCertInfo->Subject,
+                                          &context_->pCertInfo->Issuer) != FALSE;
+    }
+
+    bool isWeak() const override {
+        const std::string_view signature = context_->pCertInfo->SignatureAlgorithm.pszObjId;
+        CERT_PUBLIC_KEY_INFO& key = context_->pCertInfo->SubjectPublicKeyInfo;
+        // Elliptic curves in use are strong enough, and Wine does not know the length of their
+        // keys.
+        const bool isEc = key.Algorithm.pszObjId == std::string_view(szOID_ECC_PUBLIC_KEY);
+        return std::find(kWeakSignatures.begin(), kWeakSignatures.end(), signature) !=
+                   kWeakSignatures.end() ||
+               (!isEc && CertGetPublicKeyLength(X509_ASN_ENCODING, &key) < kMinKeyBits);
     }
 
 private:
@@ -208,12 +263,12 @@ private:
 
 class LocalMachineCertificates final : public CertificateSystem {
 public:
-    std::unique_ptr<CertificateStore> openStore(QStringView name) const override {
-        const QString text = name.toString();
-        Store store(CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0,
-                                  CERT_SYSTEM_STORE_LOCAL_MACHINE | CERT_STORE_READONLY_FLAG,
-                                  wide(text)));
-        return store ? std::make_unique<SystemStore>(std::move(store)) : nullptr;
+    SystemResult<std::unique_ptr<CertificateStore>> openStore(QStringView name) const override {
+        Store store = openLocalMachineStore(name);
+        if (!store) {
+            return {nullptr, lastError()};
+        }
+        return {std::make_unique<SystemStore>(std::move(store)), {}};
     }
 
     QDateTime currentTime() const override {
@@ -227,11 +282,11 @@ public:
         const auto length = static_cast<DWORD>(bytes.size());
         DWORD size = 0;
         if (CryptBinaryToStringA(data, length, CRYPT_STRING_BASE64, nullptr, &size) == FALSE) {
-            return {Outcome::NoSize};
+            return {Outcome::NoSize, {}, lastError()};
         }
         SecretBytes text(size);
         if (CryptBinaryToStringA(data, length, CRYPT_STRING_BASE64, text.data(), &size) == FALSE) {
-            return {Outcome::NoData};
+            return {Outcome::NoData, {}, lastError()};
         }
         text.truncate(qstrnlen(text.data(), text.size()));
         return {Outcome::Complete, std::move(text)};
