@@ -1,6 +1,9 @@
 // Downloads: files that are streamed, and notifications that are sent whole under a lock.
 
 #include "support/client.h"
+#include "support/deadline.h"
+#include "support/file_names.h"
+#include "support/paused_download.h"
 #include "support/serving_test.h"
 #include "support/system.h"
 
@@ -11,6 +14,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -158,6 +163,62 @@ TEST_P(DownloadTest, KeepsReplyIntactIfClientSendsMore) {
     client.limitReadAhead(0);
     received += client.readToEnd();
     EXPECT_TRUE(received == streamedReply(content)) << received.size();
+}
+
+// What publishers do with a file while a client downloads it.
+class ChangeDuringDownloadTest : public DownloadTest {
+protected:
+    ChangeDuringDownloadTest() {
+        site_.writeFile(kFile, old_);
+        startGateway();
+        client_.emplace(site_.port(), GetParam());
+        requestWithSmallBuffer(*client_, kTarget);
+        received_ = client_->read(kReadAhead);
+    }
+
+    QString path() const { return site_.rootPath(kFile); }
+
+    // Downloads the rest and expects the old content.
+    void expectOldContent() {
+        client_->limitReadAhead(0);
+        received_ += client_->readToEnd();
+        EXPECT_TRUE(received_ == streamedReply(old_)) << received_.size();
+    }
+
+    static const QString kFile;
+    static const QByteArray kTarget;
+
+    const QByteArray old_ = patternOf(kLargeSize);
+    std::optional<Client> client_;
+    QByteArray received_;
+};
+
+const QString ChangeDuringDownloadTest::kFile = u"fwfiles/pattern"_s;
+const QByteArray ChangeDuringDownloadTest::kTarget = "/fwfiles/pattern";
+
+INSTANTIATE_TEST_SUITE_P(Transports, ChangeDuringDownloadTest, testing::ValuesIn(transports()),
+                         TransportName());
+
+TEST_P(ChangeDuringDownloadTest, DeliversOldContentOfReplacedFile) {
+    site_.writeFile(u"fwfiles/new"_s, "new");
+    ASSERT_TRUE(publish(site_.rootPath(u"fwfiles/new"_s), path()));
+    EXPECT_EQ(request(get(kTarget)), streamedReply("new"));
+    expectOldContent();
+}
+
+TEST_P(ChangeDuringDownloadTest, DeliversOldContentOfRenamedFile) {
+    ASSERT_TRUE(QFile::rename(path(), site_.rootPath(u"fwfiles/old"_s)));
+    site_.writeFile(kFile, "new");
+    EXPECT_EQ(request(get(kTarget)), streamedReply("new"));
+    expectOldContent();
+}
+
+TEST_P(ChangeDuringDownloadTest, DeliversOldContentOfDeletedFile) {
+    ASSERT_TRUE(QFile::remove(path()));
+    expectOldContent();
+    // On Windows the name can exist until the gateway has closed the file.
+    ASSERT_TRUE(waitUntil([this] { return !QFile::exists(path()); }));
+    EXPECT_EQ(request(get(kTarget)), kReply404 + kReply500);
 }
 
 TEST_P(DownloadTest, SendsNotificationUnderLock) {
