@@ -319,5 +319,102 @@ TEST_P(DownloadTest, ServesManifestVariantWithoutGeneralOne) {
     EXPECT_EQ(request(get("/patterns/update.json")), kReply404 + kReply500);
 }
 
+// Names that reach a file on Windows although it has another name. They must not bypass the lock of
+// a notification or the limit of large files.
+class FileAliasTest : public ServingTest {
+protected:
+    FileAliasTest() {
+        site_.writeFile(u"fwfiles/a.zip"_s, "zip content");
+        site_.writeFile(u"notifications/n.json"_s, kNotification);
+    }
+
+    // Expects that GET and DELETE treat the targets as missing files.
+    void expectMissing(const QByteArrayList& targets) {
+        startGateway();
+        QStringList lines;
+        for (const QByteArray& target : targets) {
+            EXPECT_EQ(request(get(target)), kReply404 + kReply500) << target.toStdString();
+            EXPECT_EQ(request(resetRequestFor(target, "2024-06-01")), kReply404 + kReply500)
+                << target.toStdString();
+            const QString line = u"5 [End] " + underDocumentRoot(QString::fromUtf8(target)) +
+                                 u" does not exist or directory";
+            lines << line << line;
+        }
+        EXPECT_EQ(site_.readFile(u"fwfiles/a.zip"_s), "zip content");
+        EXPECT_EQ(site_.readFile(u"notifications/n.json"_s), kNotification);
+        EXPECT_EQ(stopAndReadHandlerLog(), lines);
+    }
+
+    static const QByteArray kNotification;
+};
+
+const QByteArray FileAliasTest::kNotification = "{\"a\":1}";
+
+INSTANTIATE_TEST_SUITE_P(Transports, FileAliasTest, testing::ValuesIn(transports()),
+                         TransportName());
+
+TEST_P(FileAliasTest, RefusesNamesThatEndInDot) {
+    expectMissing({"/fwfiles/a.zip.", "/fwfiles/a.zip...", "/fwfiles./a.zip", "/fwfiles/a.zip/.",
+                   "/fwfiles/a.zip/x/..", "//fwfiles.//a.zip", "/notifications./n.json",
+                   "/notifications/n.json.", "/notifications/n.json/."});
+}
+
+TEST_P(FileAliasTest, RefusesTrailingSlash) {
+    expectMissing({"/fwfiles/a.zip/", "/fwfiles/a.zip//", "/notifications/n.json/"});
+}
+
+TEST_P(FileAliasTest, RefusesNamesOfDevices) {
+    expectMissing({"/NUL", "/fwfiles/NUL", "/fwfiles/nul", "/fwfiles/NUL.zip", "/fwfiles/CON",
+                   "/fwfiles/CON.json", "/fwfiles/AUX", "/fwfiles/PRN", "/fwfiles/COM1",
+                   "/fwfiles/LPT1.txt", "/notifications/NUL", "/NUL/a.zip"});
+}
+
+TEST_P(FileAliasTest, RefusesShortNames) {
+    site_.writeFile(u"fwfiles/a long name.zip"_s, "long");
+    const QByteArray folder = shortName(site_.rootPath(u"notifications"_s)).toUtf8();
+    const QByteArray file = shortName(site_.rootPath(u"fwfiles/a long name.zip"_s)).toUtf8();
+    if (folder.isEmpty() || file.isEmpty()) {
+        GTEST_SKIP() << "this system or volume has no short names";
+    }
+    ASSERT_TRUE(QFile::exists(site_.rootPath(QString::fromUtf8(folder + "/n.json"))));
+    ASSERT_TRUE(QFile::exists(site_.rootPath(QString::fromUtf8("fwfiles/" + file))));
+    expectMissing({"/" + folder + "/n.json", "/fwfiles/" + file, "/" + folder.toLower() + "/n.json",
+                   "//" + folder + "//n.json"});
+}
+
+// These characters are percent-encoded, so that they have no special meaning.
+TEST_P(FileAliasTest, EncodesCharactersOfStreamsAndWildcards) {
+    startGateway();
+    for (const char* const target :
+         {"/fwfiles/a.zip::$DATA", "/fwfiles/a.zip:$DATA",
+          "/notifications::$INDEX_ALLOCATION/n.json", "/fwfiles/a.zip%20", "/fwfiles\\a.zip",
+          "/fwfiles/a.zi?", "/fwfiles/*"}) {
+        EXPECT_EQ(request(get(target)), kReply404 + kReply500) << target;
+    }
+}
+
+TEST_P(FileAliasTest, RefusesAliasOfManifestFolder) {
+    site_.writeFile(u"fwfiles/update_127.0.0.1.json"_s, "variant");
+    startGateway();
+    EXPECT_EQ(request(get("/fwfiles/update.json")), streamedReply("variant"));
+    EXPECT_EQ(request(get("/fwfiles./update.json")), kReply404 + kReply500);
+    EXPECT_EQ(request(get("//fwfiles.//update.json")), kReply404 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/update.json.")), kReply404 + kReply500);
+}
+
+// Whether another letter case names the same file depends on the system; it has the same lock then.
+TEST_P(FileAliasTest, LocksNotificationInAnyLetterCase) {
+    if (!QFile::exists(site_.rootPath(u"Notifications/N.json"_s))) {
+        GTEST_SKIP() << "this system distinguishes letter case in file names";
+    }
+    QLockFile lock(site_.stagingPath(u"n.json.lock"_s));
+    ASSERT_TRUE(lock.tryLock());
+    startGateway();
+    EXPECT_EQ(request(get("/notifications/N.json")), kReply500 + kReply500);
+    EXPECT_EQ(request(resetRequestFor("/NOTIFICATIONS/N.JSON", "2024-06-01")),
+              kReply500 + kReply500);
+    EXPECT_EQ(site_.readFile(u"notifications/n.json"_s), kNotification);
+}
+
 } // namespace
 } // namespace quorin::test

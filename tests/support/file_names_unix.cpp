@@ -6,6 +6,10 @@
 
 namespace quorin::test {
 
+QString shortName(const QString& /*path*/) {
+    return {};
+}
+
 bool publish(const QString& from, const QString& to) {
     return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
 }
