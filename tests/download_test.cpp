@@ -1,6 +1,9 @@
 // Downloads: files that are streamed, and notifications that are sent whole under a lock.
 
 #include "support/client.h"
+#include "support/deadline.h"
+#include "support/file_names.h"
+#include "support/paused_download.h"
 #include "support/serving_test.h"
 #include "support/system.h"
 
@@ -11,6 +14,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -160,6 +165,62 @@ TEST_P(DownloadTest, KeepsReplyIntactIfClientSendsMore) {
     EXPECT_TRUE(received == streamedReply(content)) << received.size();
 }
 
+// What publishers do with a file while a client downloads it.
+class ChangeDuringDownloadTest : public DownloadTest {
+protected:
+    ChangeDuringDownloadTest() {
+        site_.writeFile(kFile, old_);
+        startGateway();
+        client_.emplace(site_.port(), GetParam());
+        requestWithSmallBuffer(*client_, kTarget);
+        received_ = client_->read(kReadAhead);
+    }
+
+    QString path() const { return site_.rootPath(kFile); }
+
+    // Downloads the rest and expects the old content.
+    void expectOldContent() {
+        client_->limitReadAhead(0);
+        received_ += client_->readToEnd();
+        EXPECT_TRUE(received_ == streamedReply(old_)) << received_.size();
+    }
+
+    static const QString kFile;
+    static const QByteArray kTarget;
+
+    const QByteArray old_ = patternOf(kLargeSize);
+    std::optional<Client> client_;
+    QByteArray received_;
+};
+
+const QString ChangeDuringDownloadTest::kFile = u"fwfiles/pattern"_s;
+const QByteArray ChangeDuringDownloadTest::kTarget = "/fwfiles/pattern";
+
+INSTANTIATE_TEST_SUITE_P(Transports, ChangeDuringDownloadTest, testing::ValuesIn(transports()),
+                         TransportName());
+
+TEST_P(ChangeDuringDownloadTest, DeliversOldContentOfReplacedFile) {
+    site_.writeFile(u"fwfiles/new"_s, "new");
+    ASSERT_TRUE(publish(site_.rootPath(u"fwfiles/new"_s), path()));
+    EXPECT_EQ(request(get(kTarget)), streamedReply("new"));
+    expectOldContent();
+}
+
+TEST_P(ChangeDuringDownloadTest, DeliversOldContentOfRenamedFile) {
+    ASSERT_TRUE(QFile::rename(path(), site_.rootPath(u"fwfiles/old"_s)));
+    site_.writeFile(kFile, "new");
+    EXPECT_EQ(request(get(kTarget)), streamedReply("new"));
+    expectOldContent();
+}
+
+TEST_P(ChangeDuringDownloadTest, DeliversOldContentOfDeletedFile) {
+    ASSERT_TRUE(QFile::remove(path()));
+    expectOldContent();
+    // On Windows the name can exist until the gateway has closed the file.
+    ASSERT_TRUE(waitUntil([this] { return !QFile::exists(path()); }));
+    EXPECT_EQ(request(get(kTarget)), kReply404 + kReply500);
+}
+
 TEST_P(DownloadTest, SendsNotificationUnderLock) {
     site_.writeFile(u"notifications/n.json"_s, "{\"a\":1}");
     startGateway();
@@ -256,6 +317,103 @@ TEST_P(DownloadTest, ServesManifestVariantWithoutGeneralOne) {
     startGateway();
     EXPECT_EQ(request(get("/fwfiles/update.json")), streamedReply("variant"));
     EXPECT_EQ(request(get("/patterns/update.json")), kReply404 + kReply500);
+}
+
+// Names that reach a file on Windows although it has another name. They must not bypass the lock of
+// a notification or the limit of large files.
+class FileAliasTest : public ServingTest {
+protected:
+    FileAliasTest() {
+        site_.writeFile(u"fwfiles/a.zip"_s, "zip content");
+        site_.writeFile(u"notifications/n.json"_s, kNotification);
+    }
+
+    // Expects that GET and DELETE treat the targets as missing files.
+    void expectMissing(const QByteArrayList& targets) {
+        startGateway();
+        QStringList lines;
+        for (const QByteArray& target : targets) {
+            EXPECT_EQ(request(get(target)), kReply404 + kReply500) << target.toStdString();
+            EXPECT_EQ(request(resetRequestFor(target, "2024-06-01")), kReply404 + kReply500)
+                << target.toStdString();
+            const QString line = u"5 [End] " + underDocumentRoot(QString::fromUtf8(target)) +
+                                 u" does not exist or directory";
+            lines << line << line;
+        }
+        EXPECT_EQ(site_.readFile(u"fwfiles/a.zip"_s), "zip content");
+        EXPECT_EQ(site_.readFile(u"notifications/n.json"_s), kNotification);
+        EXPECT_EQ(stopAndReadHandlerLog(), lines);
+    }
+
+    static const QByteArray kNotification;
+};
+
+const QByteArray FileAliasTest::kNotification = "{\"a\":1}";
+
+INSTANTIATE_TEST_SUITE_P(Transports, FileAliasTest, testing::ValuesIn(transports()),
+                         TransportName());
+
+TEST_P(FileAliasTest, RefusesNamesThatEndInDot) {
+    expectMissing({"/fwfiles/a.zip.", "/fwfiles/a.zip...", "/fwfiles./a.zip", "/fwfiles/a.zip/.",
+                   "/fwfiles/a.zip/x/..", "//fwfiles.//a.zip", "/notifications./n.json",
+                   "/notifications/n.json.", "/notifications/n.json/."});
+}
+
+TEST_P(FileAliasTest, RefusesTrailingSlash) {
+    expectMissing({"/fwfiles/a.zip/", "/fwfiles/a.zip//", "/notifications/n.json/"});
+}
+
+TEST_P(FileAliasTest, RefusesNamesOfDevices) {
+    expectMissing({"/NUL", "/fwfiles/NUL", "/fwfiles/nul", "/fwfiles/NUL.zip", "/fwfiles/CON",
+                   "/fwfiles/CON.json", "/fwfiles/AUX", "/fwfiles/PRN", "/fwfiles/COM1",
+                   "/fwfiles/LPT1.txt", "/notifications/NUL", "/NUL/a.zip"});
+}
+
+TEST_P(FileAliasTest, RefusesShortNames) {
+    site_.writeFile(u"fwfiles/a long name.zip"_s, "long");
+    const QByteArray folder = shortName(site_.rootPath(u"notifications"_s)).toUtf8();
+    const QByteArray file = shortName(site_.rootPath(u"fwfiles/a long name.zip"_s)).toUtf8();
+    if (folder.isEmpty() || file.isEmpty()) {
+        GTEST_SKIP() << "this system or volume has no short names";
+    }
+    ASSERT_TRUE(QFile::exists(site_.rootPath(QString::fromUtf8(folder + "/n.json"))));
+    ASSERT_TRUE(QFile::exists(site_.rootPath(QString::fromUtf8("fwfiles/" + file))));
+    expectMissing({"/" + folder + "/n.json", "/fwfiles/" + file, "/" + folder.toLower() + "/n.json",
+                   "//" + folder + "//n.json"});
+}
+
+// These characters are percent-encoded, so that they have no special meaning.
+TEST_P(FileAliasTest, EncodesCharactersOfStreamsAndWildcards) {
+    startGateway();
+    for (const char* const target :
+         {"/fwfiles/a.zip::$DATA", "/fwfiles/a.zip:$DATA",
+          "/notifications::$INDEX_ALLOCATION/n.json", "/fwfiles/a.zip%20", "/fwfiles\\a.zip",
+          "/fwfiles/a.zi?", "/fwfiles/*"}) {
+        EXPECT_EQ(request(get(target)), kReply404 + kReply500) << target;
+    }
+}
+
+TEST_P(FileAliasTest, RefusesAliasOfManifestFolder) {
+    site_.writeFile(u"fwfiles/update_127.0.0.1.json"_s, "variant");
+    startGateway();
+    EXPECT_EQ(request(get("/fwfiles/update.json")), streamedReply("variant"));
+    EXPECT_EQ(request(get("/fwfiles./update.json")), kReply404 + kReply500);
+    EXPECT_EQ(request(get("//fwfiles.//update.json")), kReply404 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/update.json.")), kReply404 + kReply500);
+}
+
+// Whether another letter case names the same file depends on the system; it has the same lock then.
+TEST_P(FileAliasTest, LocksNotificationInAnyLetterCase) {
+    if (!QFile::exists(site_.rootPath(u"Notifications/N.json"_s))) {
+        GTEST_SKIP() << "this system distinguishes letter case in file names";
+    }
+    QLockFile lock(site_.stagingPath(u"n.json.lock"_s));
+    ASSERT_TRUE(lock.tryLock());
+    startGateway();
+    EXPECT_EQ(request(get("/notifications/N.json")), kReply500 + kReply500);
+    EXPECT_EQ(request(resetRequestFor("/NOTIFICATIONS/N.JSON", "2024-06-01")),
+              kReply500 + kReply500);
+    EXPECT_EQ(site_.readFile(u"notifications/n.json"_s), kNotification);
 }
 
 } // namespace

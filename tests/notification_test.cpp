@@ -524,6 +524,39 @@ TEST_P(NotificationFaultTest, KeepsFileInReadOnlyFolder) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
+// QFile opens a file so that it cannot be replaced on Windows, as virus scanners may do.
+TEST_P(NotificationFaultTest, ReplacesFileOnceItIsReleased) {
+    if (!kOnWindows) {
+        GTEST_SKIP() << "an open file can be replaced on this system";
+    }
+    startGateway();
+    QFile holder(path());
+    ASSERT_TRUE(holder.open(QIODevice::ReadOnly));
+    Client client(site_.port(), GetParam());
+    client.send(resetRequest());
+    ASSERT_TRUE(waitUntil([this] { return staged().contains(u"n.json"_s); }));
+    holder.close();
+    EXPECT_EQ(client.readToEnd(), kReset);
+    EXPECT_EQ(staged(), QStringList());
+    expectSuccess();
+}
+
+TEST_P(NotificationFaultTest, KeepsFileThatIsNotReleased) {
+    if (!kOnWindows) {
+        GTEST_SKIP() << "an open file can be replaced on this system";
+    }
+    startGateway();
+    QFile holder(path());
+    ASSERT_TRUE(holder.open(QIODevice::ReadOnly));
+    expectFailure();
+    EXPECT_FALSE(staged().contains(u"n.json.lock"_s));
+    holder.close();
+    expectSuccess();
+    EXPECT_EQ(stopAndReadHandlerLog(),
+              (QStringList{resetLine(), kFailed, resetLine(),
+                           u"3 DELETE notifications/n.json - -  204 0"_s}));
+}
+
 TEST_P(NotificationFaultTest, DoesNotCopyToOtherVolume) {
     if (kOnWindows) {
         GTEST_SKIP() << "no second volume is known on this system";

@@ -9,14 +9,16 @@
 #include "http/header_names.h"
 #include "http/response.h"
 #include "log/log.h"
+#include "platform/input_file.h"
 
-#include <QFile>
 #include <QFileInfo>
+#include <QIODevice>
 #include <QMimeDatabase>
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -26,8 +28,13 @@ namespace {
 
 constexpr QStringView kServed = u"200";
 
-QByteArray contentTypeOf(const QString& path) {
+QByteArray contentTypeOfFolder(const QString& path) {
     return QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchDefault).name().toUtf8();
+}
+
+// The same as mimeTypeForFile(), without opening the file again after its lock has been released.
+QByteArray contentTypeOf(const QString& path, const QByteArray& content) {
+    return QMimeDatabase().mimeTypeForFileNameAndData(path, content).name().toUtf8();
 }
 
 QByteArrayView view(std::string_view text) {
@@ -64,7 +71,7 @@ constexpr qint64 kPieceSize = qint64{512} * 1024;
 
 // Fills `piece` with the next bytes of `file`. If the file has been truncated since its size was
 // sent, the rest is filled with zeros.
-void readPiece(QFile& file, QByteArray& piece) {
+void readPiece(QIODevice& file, QByteArray& piece) {
     char* const bytes = piece.data(); // detaches: the socket may share the previous content
     qint64 filled = 0;
     while (filled < piece.size()) {
@@ -80,7 +87,7 @@ void readPiece(QFile& file, QByteArray& piece) {
 // Sends the next `size` bytes of `file` and returns 0, or the number of bytes not yet read from the
 // file when kSendTimeout expires: for a slow client no more than one piece is kept in memory.
 // `piece` is a buffer reused by all chunks.
-qint64 sendChunk(RequestContext& context, QFile& file, qint64 size, QByteArray& piece) {
+qint64 sendChunk(RequestContext& context, QIODevice& file, qint64 size, QByteArray& piece) {
     QSslSocket& socket = *context.socket;
     const QDeadlineTimer deadline(kSendTimeout);
     waitUntilSent(socket, deadline); // the rest of the previous chunk
@@ -94,7 +101,7 @@ qint64 sendChunk(RequestContext& context, QFile& file, qint64 size, QByteArray& 
     return size;
 }
 
-void sendBody(RequestContext& context, QFile& file, qint64 size) {
+void sendBody(RequestContext& context, QIODevice& file, qint64 size) {
     const qint64 configured = GatewaySettings::instance().ThreadReadBufferSize;
     const qint64 chunkSize = configured > 0 ? std::min(configured, size) : size;
     QByteArray piece;
@@ -131,14 +138,14 @@ LockedContent readLocked(RequestContext& context, const QString& filePath,
         lock.logFailure();
         refuseUnreadable(context, u"failed to open " + filePath + u" for read (lock failed).");
     }
-    QFile file(filePath);
-    if (!file.open(QIODevice::ReadOnly)) {
+    std::unique_ptr<QIODevice> file = platform::openForReading(filePath);
+    if (!file) {
         lock.unlockIfLocked();
         refuseUnreadable(context, u"failed to open " + filePath + u" for read.");
     }
-    LockedContent content{.bytes = {}, .fileSize = file.size()};
-    content.bytes = file.readAll();
-    file.close();
+    LockedContent content{.bytes = {}, .fileSize = file->size()};
+    content.bytes = file->readAll();
+    file.reset();
     lock.unlockIfLocked();
     return content;
 }
@@ -147,15 +154,15 @@ LockedContent readLocked(RequestContext& context, const QString& filePath,
 
 void sendFile(RequestContext& context, const QFileInfo& fileInfo) {
     const QString filePath = fileInfo.filePath();
-    QFile file(filePath);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    const std::unique_ptr<QIODevice> file = platform::openForReading(filePath);
+    if (!file) {
         refuseUnreadable(context, u"failed to open " + filePath + u" for read.");
     }
     const qint64 size = fileInfo.size();
-    writeIfConnected(*context.socket, streamHeader(size, contentTypeOf(fileInfo.path())));
+    writeIfConnected(*context.socket, streamHeader(size, contentTypeOfFolder(fileInfo.path())));
     waitUntilSent(*context.socket);
     context.responseStarted = true;
-    sendBody(context, file, size);
+    sendBody(context, *file, size);
     finish(context);
 }
 
@@ -175,7 +182,7 @@ void sendNotificationFile(RequestContext& context, const QFileInfo& fileInfo) {
     }
     http::Response response(http::Status::Ok);
     response.headers.set(http::kContentLength, std::to_string(content.size()));
-    response.headers.set(http::kContentType, contentTypeOf(filePath).toStdString());
+    response.headers.set(http::kContentType, contentTypeOf(filePath, content).toStdString());
     response.appendBody({content.constData(), static_cast<std::size_t>(content.size())});
     writeSocket(*context.socket, serialized(response));
     context.responseStarted = true;

@@ -119,6 +119,23 @@ TEST_F(SendNotificationFileTest, SendsWholeFileAndReleasesLock) {
               linesOfReading(path) + QStringList(u"2 GET notifications/n.json - -  200 0"_s));
 }
 
+TEST_F(SendNotificationFileTest, FindsContentTypeByNameThenContent) {
+    const auto typeOf = [this](const QString& name, const QByteArray& content) -> QByteArray {
+        connectTo(QHostAddress(QHostAddress::LocalHost));
+        sendNotificationFile(context_,
+                             QFileInfo(data_.write(u"root/notifications/"_s + name, content)));
+        const QByteArray header = "Content-Type: ";
+        const QByteArray reply = received();
+        const qsizetype start = reply.indexOf(header) + header.size();
+        return reply.mid(start, reply.indexOf("\r\n", start) - start);
+    };
+    EXPECT_EQ(typeOf(u"n.json"_s, "%PDF-1.4"), "application/json");
+    EXPECT_EQ(typeOf(u"n"_s, "%PDF-1.4"), "application/pdf");
+    EXPECT_EQ(typeOf(u"n"_s, "text"), "text/plain");
+    EXPECT_EQ(typeOf(u"n"_s, QByteArray("\0\1", 2)), "application/octet-stream");
+    EXPECT_EQ(typeOf(u"n"_s, ""), "application/x-zerosize");
+}
+
 TEST_F(SendNotificationFileTest, SendsCurrentContentOfGrownFile) {
     const QFileInfo file(notification("{}"));
     EXPECT_EQ(file.size(), 2);

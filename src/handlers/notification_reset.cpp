@@ -5,6 +5,7 @@
 #include "json/value.h"
 #include "json/writer.h"
 #include "log/log.h"
+#include "platform/input_file.h"
 #include "platform/replace_file.h"
 
 #include <QDateTime>
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <optional>
 
 namespace quorin {
@@ -78,11 +80,11 @@ bool resetDocument(ravenjson::Value& document, const QString& resetDate) {
 }
 
 std::optional<ravenjson::Value> readDocument(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    const std::unique_ptr<QIODevice> file = platform::openForReading(path);
+    if (!file) {
         return std::nullopt;
     }
-    const QByteArray text = file.readAll();
+    const QByteArray text = file->readAll();
     ravenjson::Value document;
     std::string error;
     if (!ravenjson::parse({text.constData(), static_cast<std::size_t>(text.size())}, document,

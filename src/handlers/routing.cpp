@@ -11,6 +11,7 @@
 #include "http/method.h"
 #include "http/request.h"
 #include "log/log.h"
+#include "platform/file_alias.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -50,6 +51,14 @@ bool leavesItsFolder(const QString& path) {
            fileName == kUpgradeSetting ? FailureLog::Suppress : FailureLog::Write);
 }
 
+// Returns true if the file, which routing found at `path`, is stored under another name. Such a
+// name would bypass the lock of notifications and the limit of large files, which depend on names.
+bool isAlias(const RequestContext& context, const QString& path, const QFileInfo& fileInfo) {
+    // The file of an update manifest is another one in the same folder.
+    const QString found = path.left(path.lastIndexOf(kSlash) + 1) + fileInfo.fileName();
+    return platform::isFileAlias(context.documentRoot, found.mid(context.documentRoot.size()));
+}
+
 void download(RequestContext& context, const QFileInfo& fileInfo) {
     log::debug([&fileInfo]() -> QString { return u"Target file : " + fileInfo.fileName(); });
     if (folderName(fileInfo) == kNotificationsFolder) {
@@ -60,7 +69,7 @@ void download(RequestContext& context, const QFileInfo& fileInfo) {
 }
 
 // Serves a target that names a file. Sends status 400 if the path contains "/../" or "/./", and
-// 404 if it names no file or is longer than kMaxPathLength.
+// 404 if it names no file, is an alias of one, or is longer than kMaxPathLength.
 void serveFileTarget(RequestContext& context, const http::Request& request) {
     const QString target = textOfTarget(request);
     const QString path = pathBelowRoot(context.documentRoot, target);
@@ -76,7 +85,8 @@ void serveFileTarget(RequestContext& context, const http::Request& request) {
         selectUpdateManifest(context, fileInfo);
     }
     // A target without a leading slash would name a file next to the document root.
-    const bool isFile = target.startsWith(kSlash) && fileInfo.exists() && !fileInfo.isDir();
+    const bool isFile = target.startsWith(kSlash) && fileInfo.exists() && !fileInfo.isDir() &&
+                        !isAlias(context, path, fileInfo);
     if (!isFile) {
         refuseMissing(context, path);
     }

@@ -14,6 +14,10 @@ namespace quorin::platform {
 // `to` at the same time reads the complete old or the complete new content. Both paths must be on
 // the same volume. Returns false, with both files unchanged, if the system refuses.
 //
+// The new file keeps the access rights of an existing `to` (Unix: the mode, Windows: the access
+// control list) as far as the system allows it, but not its owner and group. On Windows, retries
+// for 2 s if another program has one of the files open.
+//
 // The rename has been flushed to the disk when this returns. It survives a power failure if the
 // content of `from` was flushed before. A folder that cannot be flushed, as on some network file
 // systems, is not an error, because the rename cannot be undone; a power failure may then restore

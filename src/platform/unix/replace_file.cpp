@@ -4,10 +4,12 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 
 namespace quorin::platform {
 
@@ -30,6 +32,14 @@ void flushFolderOf(const QString& path) {
     }
 }
 
+std::optional<mode_t> permissions(const char* path) {
+    struct stat status {};
+    if (stat(path, &status) != 0) {
+        return std::nullopt;
+    }
+    return status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+}
+
 } // namespace
 
 bool flushToDisk(QFile& file) {
@@ -37,7 +47,15 @@ bool flushToDisk(QFile& file) {
 }
 
 bool replaceFile(const QString& from, const QString& to) {
-    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
+    const QByteArray source = QFile::encodeName(from);
+    const QByteArray target = QFile::encodeName(to);
+    const std::optional<mode_t> own = permissions(source.constData());
+    const std::optional<mode_t> kept = permissions(target.constData());
+    const bool isChanged = own && kept && chmod(source.constData(), *kept) == 0;
+    if (std::rename(source.constData(), target.constData()) != 0) {
+        if (isChanged) {
+            static_cast<void>(chmod(source.constData(), *own));
+        }
         return false;
     }
     flushFolderOf(to);

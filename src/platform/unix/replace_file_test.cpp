@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -152,6 +153,12 @@ protected:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
     }
 
+    static mode_t modeOf(const QString& path) {
+        struct stat status {};
+        EXPECT_EQ(stat(QFile::encodeName(path).constData(), &status), 0);
+        return status.st_mode & 07777;
+    }
+
     QTemporaryDir temporary_;
     const QString from_ = temporary_.filePath(u"new"_s);
     const QString to_ = temporary_.filePath(u"folder/old"_s);
@@ -204,6 +211,23 @@ TEST_F(ReplaceFileOrderTest, DoesNotFlushFolderAfterFailedRename) {
     EXPECT_FALSE(writeAndReplace());
     EXPECT_EQ(recorder.calls(), (Calls{"write new", "fsync new", "rename new old"}));
     EXPECT_EQ(content(), "old");
+}
+
+TEST_F(ReplaceFileOrderTest, KeepsModeOfTarget) {
+    constexpr mode_t mode = 0464;
+    ASSERT_EQ(chmod(QFile::encodeName(to_).constData(), mode), 0);
+    EXPECT_TRUE(writeAndReplace());
+    EXPECT_EQ(modeOf(to_), mode);
+    EXPECT_EQ(content(), "new");
+}
+
+TEST_F(ReplaceFileOrderTest, RestoresModeAfterFailedRename) {
+    ASSERT_EQ(chmod(QFile::encodeName(to_).constData(), 0444), 0);
+    CallRecorder recorder;
+    recorder.fail("rename new old", EXDEV);
+    EXPECT_FALSE(writeAndReplace());
+    EXPECT_EQ(modeOf(from_) & S_IWUSR, mode_t{S_IWUSR}) << "so that it can be written again";
+    EXPECT_EQ(modeOf(to_), mode_t{0444});
 }
 
 TEST_F(ReplaceFileOrderTest, SucceedsIfFolderCannotBeFlushed) {

@@ -1,10 +1,16 @@
 #include "platform/replace_file.h"
 
+#include "platform/windows/access_list.h"
+#include "platform/windows/move_file.h"
 #include "platform/windows/system.h"
 
 #include <QFile>
 
 #include <io.h>
+
+#include <chrono>
+#include <optional>
+#include <thread>
 
 namespace quorin::platform {
 
@@ -18,9 +24,21 @@ bool flushToDisk(QFile& file) {
            FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor))) != FALSE;
 }
 
+// ReplaceFile() keeps the access rights itself, but is not atomic: if it fails halfway, no file
+// `to` exists.
 bool replaceFile(const QString& from, const QString& to) {
-    return MoveFileExW(wide(from), wide(to), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
-           FALSE;
+    const std::optional<AccessList> ownList = readAccessList(from);
+    const std::optional<AccessList> keptList = readAccessList(to);
+    const bool isListChanged = ownList && keptList && writeAccessList(from, *keptList);
+    const bool isMoved = moveWithRetries({
+        .move = [&] { return moveReplacing(from, to); },
+        .now = &std::chrono::steady_clock::now,
+        .sleep = [](std::chrono::milliseconds pause) { std::this_thread::sleep_for(pause); },
+    });
+    if (!isMoved && isListChanged) {
+        writeAccessList(from, *ownList);
+    }
+    return isMoved;
 }
 
 } // namespace quorin::platform
