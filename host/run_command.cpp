@@ -14,6 +14,7 @@
 #include "usage.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QThread>
 
@@ -45,7 +46,7 @@ check::GatewayStatus currentStatus(const std::string& settingsArgument, const st
     const check::SettingsRecord record(path, group == "primary");
     return {.processId = QCoreApplication::applicationPid(),
             .since = QDateTime::currentDateTimeUtc(),
-            .settings = QFileInfo(path).absoluteFilePath(),
+            .settings = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()),
             .group = QString::fromStdString(group),
             .port = static_cast<quint16>(record.settings().Port),
             .isHttps = record.settings().HttpsEnabled};

@@ -124,7 +124,7 @@ TEST_F(CheckCommandTest, ReportsEverythingAtOnce) {
     changeSettings("<HttpsEnabled>", "<HttpEnabled/><HttpsEnabled>");
     ASSERT_TRUE(QDir().rmdir(site_.rootPath(u"plugins"_s)));
     EXPECT_EQ(check(), 1);
-    const QString root = site_.rootPath(QString());
+    const QString root = QDir::toNativeSeparators(site_.rootPath(QString()));
     EXPECT_THAT(
         lines(),
         ElementsAre(
@@ -187,7 +187,7 @@ TEST_F(CheckCommandTest, WarnsOfRunningGateway) {
     EXPECT_THAT(lines(),
                 ElementsAre(u"warning gateway-running: process "_s +
                                 QString::number(gateway_.processId()) + u" = \"" +
-                                site_.settingsPath() +
+                                QDir::toNativeSeparators(site_.settingsPath()) +
                                 u" primary\": a gateway runs on this machine; another one would "
                                 u"end with exit code 2. Stop it before you start another one.",
                             u"quorin-gateway: 0 errors, 1 warning"_s));

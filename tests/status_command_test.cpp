@@ -4,6 +4,7 @@
 #include "support/lifecycle_fixture.h"
 #include "support/system.h"
 
+#include <QDir>
 #include <QFile>
 #include <QLocalSocket>
 #include <QRegularExpression>
@@ -56,7 +57,7 @@ TEST_F(StatusCommandTest, DescribesRunningGateway) {
     EXPECT_GE(since, before);
     EXPECT_LE(since, QDateTime::currentDateTime());
     EXPECT_EQ(match.captured(2), QString::number(gateway_.processId()));
-    EXPECT_EQ(match.captured(3), site_.settingsPath());
+    EXPECT_EQ(match.captured(3), QDir::toNativeSeparators(site_.settingsPath()));
     EXPECT_EQ(match.captured(4), QString::number(site_.port()));
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_EQ(status(), 3);

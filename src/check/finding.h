@@ -18,7 +18,7 @@ struct Finding {
     QString value;    // the value that was found; may be empty
     QString reason;   // what is wrong; the gateway's log message if it logs one
     QString action;   // what to do; empty if nothing
-    // True if the gateway would not start: it would end with exit code 1.
+    // True if the gateway would not start. False for a running gateway, which may end in time.
     bool failsStart = false;
 };
 

@@ -8,6 +8,7 @@
 #include "server/document_root.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QSet>
 #include <QStorageInfo>
@@ -56,6 +57,18 @@ public:
         }
     }
 
+    // The newest log file, to which the gateway appends. It belongs to another account if that ran
+    // the gateway before.
+    void requireWritableLog(const QString& folder) {
+        const QFileInfoList files =
+            QDir(folder).entryInfoList({u"*.log"_s}, QDir::Files, QDir::Name);
+        if (!files.isEmpty() && !files.last().isWritable()) {
+            add(Severity::Warning, code::kFolderNotWritable, files.last().filePath(),
+                u"nothing is logged while this file is in use"_s,
+                u"Allow the gateway's account to write to the file."_s);
+        }
+    }
+
     void requireProtected(const QString& path) {
         if (platform::isWorldWritable(path)) {
             add(Severity::Warning, code::kRightsTooWide, path, u"every account may change it"_s,
@@ -67,13 +80,13 @@ public:
     void requireFreeSpace(const QString& folder, const QString& consequence) {
         const QStorageInfo disk(folder);
         if (!disk.isValid() || disk.bytesAvailable() >= kMinFreeBytes ||
-            disks_.contains(disk.device())) {
+            disks_.contains(disk.rootPath())) {
             return;
         }
-        disks_.insert(disk.device());
+        disks_.insert(disk.rootPath());
         add(Severity::Warning, code::kDiskSpaceLow, folder,
-            u"only " + QString::number(disk.bytesAvailable() / (1024 * 1024)) + u" MiB are free; " +
-                consequence,
+            u"only " + QString::number(disk.bytesAvailable() / (1024 * 1024)) +
+                u" MiB are free; on a full disk, " + consequence,
             u"Free disk space."_s);
     }
 
@@ -83,14 +96,14 @@ private:
         Finding finding;
         finding.severity = severity;
         finding.code = findingCode;
-        finding.subject = subject;
+        finding.subject = QDir::toNativeSeparators(subject);
         finding.reason = reason;
         finding.action = action;
         findings_.push_back(finding);
     }
 
     Findings& findings_;
-    QSet<QByteArray> disks_; // reported
+    QSet<QString> disks_; // reported
 };
 
 QString nearestExistingFolder(QString path) {
@@ -120,7 +133,7 @@ void checkStagingFolder(FolderCheck& check) {
     if (check.requireReadable(folder, Severity::Warning, consequence)) {
         check.requireWritable(folder, consequence);
         check.requireProtected(folder);
-        check.requireFreeSpace(folder, consequence);
+        check.requireFreeSpace(folder, u"no notification can be acknowledged"_s);
     }
 }
 
@@ -129,6 +142,7 @@ void checkLogFolder(FolderCheck& check) {
     const QString existing = nearestExistingFolder(folder);
     check.requireWritable(existing, u"nothing is logged"_s);
     if (existing == folder) {
+        check.requireWritableLog(folder);
         check.requireProtected(folder);
     }
     check.requireFreeSpace(existing, u"log lines are lost"_s);

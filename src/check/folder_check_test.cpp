@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <gmock/gmock.h>
 
@@ -40,10 +41,10 @@ protected:
             EXPECT_FALSE(finding.failsStart);
             EXPECT_FALSE(finding.action.isEmpty());
             const QString severity = finding.severity == Severity::Error ? u"error "_s : u""_s;
-            if (QDir::fromNativeSeparators(finding.subject)
-                    .startsWith(QDir::fromNativeSeparators(site_.appDataFolder())) ||
-                finding.subject == site_.settingsPath()) {
-                texts.append(severity + finding.code + u' ' + finding.subject);
+            const QString subject = QDir::fromNativeSeparators(finding.subject);
+            if (subject.startsWith(QDir::fromNativeSeparators(site_.appDataFolder())) ||
+                subject == site_.settingsPath()) {
+                texts.append(severity + finding.code + u' ' + subject);
             }
         }
         return texts;
@@ -60,7 +61,7 @@ TEST_F(FolderCheckTest, FindsNothingInCompleteSite) {
 TEST_F(FolderCheckTest, ReportsMissingFolders) {
     ASSERT_TRUE(QDir().rmdir(site_.rootPath(u"patterns"_s)));
     ASSERT_TRUE(QDir().rmdir(site_.stagingPath(QString())));
-    QString staging = site_.stagingPath(QString());
+    QString staging = QDir::fromNativeSeparators(site_.stagingPath(QString()));
     staging.chop(1);
     EXPECT_EQ(check(), (QStringList{u"folder-missing " + site_.rootPath(u"patterns"_s),
                                     u"folder-missing " + staging}));
@@ -71,6 +72,21 @@ TEST_F(FolderCheckTest, MissingDocumentRootIsError) {
     root.chop(1);
     ASSERT_TRUE(QDir(root).removeRecursively());
     EXPECT_EQ(check(), QStringList(u"error folder-missing " + root));
+}
+
+TEST_F(FolderCheckTest, ReportsNewestLogFileWithoutPermission) {
+    ASSERT_TRUE(platform::makeDirectoryPath(logFolder()));
+    for (const QString& day : {u"2026-01-01"_s, u"2026-01-02"_s}) {
+        QFile file(logFolder() + u"/QuorinGatewayHttp_" + day + u".log");
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(file.setPermissions(QFile::ReadOwner));
+        if (QFileInfo(file).isWritable()) {
+            GTEST_SKIP() << "permissions do not apply to this account";
+        }
+    }
+    const QString newest =
+        QDir::fromNativeSeparators(logFolder()) + u"/QuorinGatewayHttp_2026-01-02.log";
+    EXPECT_EQ(check(), QStringList(u"folder-not-writable " + newest));
 }
 
 TEST_F(FolderCheckTest, ReportsWorldWritablePaths) {
@@ -85,9 +101,10 @@ TEST_F(FolderCheckTest, ReportsWorldWritablePaths) {
     open(site_.settingsPath());
     open(fwfiles);
     open(logFolder());
-    EXPECT_EQ(check(),
-              (QStringList{u"rights-too-wide " + site_.settingsPath(),
-                           u"rights-too-wide " + fwfiles, u"rights-too-wide " + logFolder()}));
+    EXPECT_EQ(
+        check(),
+        (QStringList{u"rights-too-wide " + site_.settingsPath(), u"rights-too-wide " + fwfiles,
+                     u"rights-too-wide " + QDir::fromNativeSeparators(logFolder())}));
 }
 
 } // namespace

@@ -87,8 +87,8 @@ TEST_F(SettingsCheckTest, ExplainsFileThatCannotBeOpened) {
     ASSERT_EQ(findings.size(), 1u);
     EXPECT_EQ(findings[0].code, code::kSettingsUnreadable);
     EXPECT_EQ(findings[0].subject, missing);
-    EXPECT_EQ(findings[0].reason,
-              u"[End] failed to open config file (No such file or directory)"_s);
+    EXPECT_TRUE(findings[0].reason.startsWith(u"[End] failed to open config file ("_s))
+        << findings[0].reason.toStdString();
     EXPECT_TRUE(findings[0].failsStart);
 }
 

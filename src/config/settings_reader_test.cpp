@@ -135,7 +135,7 @@ TEST_F(SettingsReaderTest, ExplainsUnreadableFile) {
     readSettings(folder_.filePath(u"missing"_s), true, settings_, missing);
     ASSERT_EQ(missing.readings.size(), 1u);
     EXPECT_EQ(missing.readings[0].fault, u"[End] failed to open config file"_s);
-    EXPECT_EQ(missing.readings[0].faultDetail, u"No such file or directory"_s);
+    EXPECT_FALSE(missing.readings[0].faultDetail.isEmpty()) << "the system's text";
     const Recorder malformed = read("<a>\n<b></a>");
     ASSERT_EQ(malformed.readings.size(), 1u);
     EXPECT_EQ(malformed.readings[0].faultDetail, u"XML_ERROR_MISMATCHED_ELEMENT in line 2"_s);
