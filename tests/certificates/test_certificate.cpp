@@ -125,6 +125,13 @@ std::chrono::sys_seconds CertificateFields::currentSecond() {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
+CertificateFields fieldsForHost(const std::string& name) {
+    CertificateFields fields;
+    fields.subject = {{"CN", name}};
+    fields.alternativeNames = "DNS:" + name;
+    return fields;
+}
+
 QByteArray selfSigned(const TestKey& key, const CertificateFields& fields) {
     const Owned<X509, X509_free> certificate(X509_new());
     X509* const x509 = certificate.get();

@@ -4,11 +4,9 @@
 
 namespace quorin::test {
 
-// Returns true if the tests can add certificates to a site's certificate store on this system.
-[[nodiscard]] bool canInstallCertificates();
-
-// Adds a new self-signed certificate for the host `name`, with its key, to the site's store
-// "WebHosting". Returns the certificate in PEM.
-QByteArray installCertificate(const Site& site, const QByteArray& name);
+// Adds a new self-signed certificate for the host `name`, with its key, to a certificate store of
+// the site: "WebHosting" on Linux, the machine's "My" on Windows, until the site is destroyed.
+// Returns the certificate in PEM. Adds a test failure if the store cannot be written.
+QByteArray installCertificate(Site& site, const QByteArray& name);
 
 } // namespace quorin::test

@@ -11,16 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 
-bool canInstallCertificates() {
-    return true;
-}
-
-QByteArray installCertificate(const Site& site, const QByteArray& name) {
+QByteArray installCertificate(Site& site, const QByteArray& name) {
     const TestKey key;
-    CertificateFields fields;
-    fields.subject = {{"CN", name.toStdString()}};
-    fields.alternativeNames = "DNS:" + name.toStdString();
-    const QByteArray certificate = selfSigned(key, fields);
+    const QByteArray certificate = selfSigned(key, fieldsForHost(name.toStdString()));
     const QString folder = site.appDataPath(u"Vemo/Quorin5/certificates/WebHosting"_s);
     EXPECT_TRUE(QDir().mkpath(folder));
     QFile file(folder + u"/gateway.pem");
