@@ -51,6 +51,9 @@ void loadDocument(const QString& path, tinyxml2::XMLDocument& document) {
     if (!file.open(QIODevice::ReadOnly)) {
         fail(u"failed to open config file"_s);
     }
+    if (file.isSequential()) { // a named pipe on Windows: to read it blocks
+        failAsNotXml();
+    }
     const QByteArray content = file.readAll();
     if (document.Parse(content.constData(), static_cast<std::size_t>(content.size())) !=
         tinyxml2::XML_SUCCESS) {
