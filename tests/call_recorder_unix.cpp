@@ -6,7 +6,7 @@
 //     rename FROM TO
 //     send STATUS-LINE        or write, of a plain HTTP reply
 //
-// A call whose line is equal to QUORIN_FAILING_CALL fails with EIO instead.
+// A call whose line is the content of the file QUORIN_FAILING_CALL fails with EIO instead.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -28,6 +28,18 @@ Function* next(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+// The content of a file of at most PATH_MAX bytes; empty if there is no file.
+std::string contentOf(const char* path) {
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0) {
+        return {};
+    }
+    std::array<char, PATH_MAX> content{};
+    const auto size = read(file, content.data(), content.size());
+    close(file);
+    return {content.data(), static_cast<std::size_t>(size > 0 ? size : 0)};
+}
+
 // Returns false, with errno set, if the call must fail.
 bool record(const std::string& call) {
     const char* const path = std::getenv("QUORIN_CALL_RECORD");
@@ -44,7 +56,7 @@ bool record(const std::string& call) {
         std::abort(); // an incomplete record proves nothing
     }
     const char* const failing = std::getenv("QUORIN_FAILING_CALL");
-    const bool mustFail = failing != nullptr && call == failing;
+    const bool mustFail = failing != nullptr && call == contentOf(failing);
     errno = mustFail ? EIO : previousError;
     return !mustFail;
 }

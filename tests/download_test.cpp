@@ -5,10 +5,9 @@
 #include "support/file_names.h"
 #include "support/paused_download.h"
 #include "support/serving_test.h"
-#include "support/system.h"
+#include "support/unreadable_file.h"
 
 #include <QFile>
-#include <QLocalServer>
 #include <QLockFile>
 #include <QThread>
 
@@ -33,8 +32,7 @@ protected:
     static constexpr qint64 kReadAhead = 4096;
 };
 
-INSTANTIATE_TEST_SUITE_P(Transports, DownloadTest, testing::ValuesIn(transports()),
-                         TransportName());
+INSTANTIATE_TEST_SUITE_P(Transports, DownloadTest, testing::ValuesIn(kTransports), TransportName());
 
 QByteArray patternOf(qsizetype size) {
     QByteArray bytes(size, Qt::Uninitialized);
@@ -108,17 +106,12 @@ TEST_P(DownloadTest, EndsTransferWhenClientDisconnects) {
 }
 
 TEST_P(DownloadTest, Sends500TwiceIfFileCannotBeOpened) {
-    if (kOnWindows) {
-        GTEST_SKIP() << "on this system every existing file can be opened";
-    }
-    // The file of a local socket exists and is not a folder, but no user can open it.
-    const QString path = site_.rootPath(u"fwfiles/socket"_s);
-    QLocalServer socket;
-    ASSERT_TRUE(socket.listen(path)) << socket.errorString().toStdString();
+    const QString path = site_.rootPath(u"fwfiles/unreadable"_s);
+    const UnreadableFile file(path);
     startGateway();
-    EXPECT_EQ(request(get("/fwfiles/socket")), kReply500 + kReply500);
+    EXPECT_EQ(request(get("/fwfiles/unreadable")), kReply500 + kReply500);
     EXPECT_EQ(stopAndReadHandlerLog(),
-              (QStringList{u"2 Target file : socket"_s,
+              (QStringList{u"2 Target file : unreadable"_s,
                            u"5 [End] failed to open " + path + u" for read."}));
 }
 

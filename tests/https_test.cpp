@@ -3,11 +3,12 @@
 #include "support/certificate_store.h"
 #include "support/client.h"
 #include "support/deadline.h"
+#include "support/external_program.h"
 #include "support/serving_test.h"
+#include "support/system.h"
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QSslCertificate>
 
 #include <gmock/gmock.h>
@@ -39,12 +40,6 @@ QByteArray certificateMessage(const std::vector<QByteArray>& certificates) {
 
 class HttpsTest : public testing::Test {
 protected:
-    void SetUp() override {
-        if (!canInstallCertificates()) {
-            GTEST_SKIP() << "the tests cannot install certificates on this system";
-        }
-    }
-
     // Starts the gateway with a certificate for "localhost" that openssl() and curl() trust.
     void startGateway(const Settings& settings = {}) {
         trust(installCertificate(site_, settings.GatewayAddress));
@@ -78,25 +73,14 @@ protected:
         EXPECT_EQ(exchange(site_.port(), get("/api/x"), Transport::Tls), kReply500);
     }
 
-    // Runs a program with `input` on its standard input. Returns its standard output and error.
-    static std::string run(const QString& program, const QStringList& arguments,
-                           const QByteArray& input = {}) {
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(program, arguments);
-        EXPECT_TRUE(process.waitForStarted()) << program.toStdString();
-        process.write(input);
-        process.closeWriteChannel();
-        EXPECT_TRUE(process.waitForFinished(60'000)) << program.toStdString();
-        return process.readAll().toStdString();
-    }
-
     std::string openssl(const QStringList& options, const QByteArray& input) const {
-        return run(u"openssl"_s,
-                   QStringList{u"s_client"_s, u"-connect"_s, u"localhost:%1"_s.arg(site_.port()),
-                               u"-CAfile"_s, caFile_} +
-                       options,
-                   input);
+        return runProgram(u"openssl"_s,
+                          QStringList{u"s_client"_s, u"-connect"_s,
+                                      u"localhost:%1"_s.arg(site_.port()), u"-CAfile"_s,
+                                      pathForProgram(caFile_)} +
+                              options,
+                          input)
+            .toStdString();
     }
 
     // Returns the TLS messages of a connection with TLS 1.2, in which certificates are not
@@ -114,18 +98,22 @@ protected:
     }
 
     std::string curl(const QString& host) const {
-        return run(u"curl"_s, {u"-sS"_s, u"--max-time"_s, u"30"_s, u"--cacert"_s, caFile_,
-                               u"https://%1:%2/fwfiles/a"_s.arg(host).arg(site_.port())});
+        return runProgram(u"curl"_s, {u"-sS"_s, u"--max-time"_s, u"30"_s, u"--cacert"_s,
+                                      pathForProgram(caFile_),
+                                      u"https://%1:%2/fwfiles/a"_s.arg(host).arg(site_.port())})
+            .toStdString();
     }
 
     Site site_;
     Gateway gateway_{site_};
-    QString caFile_ = site_.appDataPath(u"../authority.pem"_s);
+    const QString caFile_ = site_.temporaryPath() + u"/authority.pem";
+    const QString session_ = site_.temporaryPath() + u"/session"; // of openssl
 };
 
 TEST_F(HttpsTest, LogsCertificateSearch) {
     startGateway();
     EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput(), ""); // the test host reports a key handle that is not freed
     const QStringList logged = site_.logged();
     EXPECT_EQ(logged.mid(3, 6),
               (QStringList{
@@ -139,15 +127,38 @@ TEST_F(HttpsTest, LogsCertificateSearch) {
               }));
 }
 
-TEST_F(HttpsTest, StartsWithoutStoresAndLogsErrors) {
+TEST_F(HttpsTest, StartsWithoutCertificateAndLogsErrors) {
     Settings settings;
     settings.HttpsEnabled = "true";
     site_.writeSettings(settings);
     gateway_.start();
     EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_THAT(site_.logged(), testing::Contains(u"5 Failed to find valid certificate."_s));
+    if (!kOnWindows) { // The machine always has these stores.
+        EXPECT_THAT(site_.logged(), testing::IsSupersetOf({
+                                        u"5 Failed to open store (WebHosting)."_s,
+                                        u"5 Failed to open store (My)."_s,
+                                    }));
+    }
+}
+
+TEST_F(HttpsTest, RefusesKeyThatCannotBeExported) {
+    Settings settings;
+    settings.HttpsEnabled = "true";
+    installCertificate(site_, settings.GatewayAddress);
+    if (kOnWindows) { // read by the test host
+        gateway_.setEnvironment(u"QUORIN_TEST_REFUSES_PLAIN_EXPORT"_s, u"1"_s);
+    } else { // other users can read the key
+        const QString path =
+            site_.appDataPath(u"Vemo/Quorin5/certificates/WebHosting/gateway.pem"_s);
+        ASSERT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadOther));
+    }
+    site_.writeSettings(settings);
+    gateway_.start();
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput(), "");
     EXPECT_THAT(site_.logged(), testing::IsSupersetOf({
-                                    u"5 Failed to open store (WebHosting)."_s,
-                                    u"5 Failed to open store (My)."_s,
+                                    u"4 Failed to export private key."_s,
                                     u"5 Failed to find valid certificate."_s,
                                 }));
 }
@@ -209,7 +220,7 @@ TEST_F(HttpsTest, LimitsRequestTo4096Bytes) {
 
 TEST_F(HttpsTest, ResumesSession) {
     startGateway();
-    const QString session = site_.appDataPath(u"../session"_s);
+    const QString session = pathForProgram(session_);
     for (const QString& protocol : {u"-tls1_2"_s, u"-tls1_3"_s}) {
         const std::string first =
             openssl({protocol, u"-ign_eof"_s, u"-sess_out"_s, session}, get("/fwfiles/none"));
@@ -225,13 +236,13 @@ TEST_F(HttpsTest, ResumesSession) {
 // writes only sessions that can be resumed.
 TEST_F(HttpsTest, KeepsNoSessionWithoutTicket) {
     startGateway();
-    const QString session = site_.appDataPath(u"../session"_s);
+    const QString session = pathForProgram(session_);
     const QStringList options{u"-tls1_2"_s, u"-no_ticket"_s, u"-ign_eof"_s};
     const std::string first =
         openssl(options + QStringList{u"-sess_out"_s, session}, get("/fwfiles/none"));
     EXPECT_THAT(first, HasSubstr("HTTP/1.1 404 Not Found"));
     EXPECT_THAT(first, HasSubstr("Session-ID: \n"));
-    if (QFile::exists(session)) {
+    if (QFile::exists(session_)) {
         EXPECT_THAT(openssl(options + QStringList{u"-sess_in"_s, session}, get("/fwfiles/none")),
                     HasSubstr("\nNew, TLSv1.2"));
     }
@@ -245,6 +256,9 @@ TEST_F(HttpsTest, CurlVerifiesHostName) {
 }
 
 TEST_F(HttpsTest, SendsIntermediateOfCertificateFile) {
+    if (kOnWindows) {
+        GTEST_SKIP() << "certificates are not in files on this system";
+    }
     site_.writeFile(u"fwfiles/a"_s, "content over TLS");
     const IssuedCertificate issued = startWithIssuedCertificate(IntermediatePlace::CertificateFile);
     EXPECT_EQ(curl(u"localhost"_s), "content over TLS");
@@ -252,9 +266,9 @@ TEST_F(HttpsTest, SendsIntermediateOfCertificateFile) {
               1);
 }
 
-TEST_F(HttpsTest, SendsIntermediateOfAuthorityFolder) {
+TEST_F(HttpsTest, SendsIntermediateOfAuthorities) {
     site_.writeFile(u"fwfiles/a"_s, "content over TLS");
-    const IssuedCertificate issued = startWithIssuedCertificate(IntermediatePlace::AuthorityFolder);
+    const IssuedCertificate issued = startWithIssuedCertificate(IntermediatePlace::Authorities);
     EXPECT_EQ(curl(u"localhost"_s), "content over TLS");
     EXPECT_EQ(messagesInHex().count(certificateMessage({issued.certificate, issued.intermediate})),
               1);
@@ -269,7 +283,7 @@ TEST_F(HttpsTest, SendsOnlyCertificateIfNoIntermediate) {
 // OpenSSL refuses every handshake if it has to send such a certificate.
 TEST_F(HttpsTest, DoesNotSendWeakIntermediate) {
     const IssuedCertificate issued =
-        startWithIssuedCertificate(IntermediatePlace::CertificateFile, "SHA1");
+        startWithIssuedCertificate(IntermediatePlace::Authorities, "SHA1");
     EXPECT_EQ(messagesInHex().count(certificateMessage({issued.certificate})), 1);
 }
 

@@ -10,7 +10,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLockFile>
-#include <QStandardPaths>
 #include <QStorageInfo>
 
 #include <gmock/gmock.h>
@@ -296,19 +295,29 @@ TEST_P(NotificationTest, ResetsDocumentOf5MiB) {
     EXPECT_TRUE(request(get("/notifications/n.json")) == wholeReply(after));
 }
 
-TEST_P(NotificationTest, WritesDecimalPointInEveryLocale) {
-    const char* const name = "de_DE.UTF-8";
+std::optional<QString> localeWithDecimalComma() {
     const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-    char half[8] = "";
-    if (std::setlocale(LC_NUMERIC, name) != nullptr) {
-        std::snprintf(half, sizeof half, "%.1f", 0.5);
-        std::setlocale(LC_NUMERIC, before.c_str());
+    for (const char* const name : {"de_DE.UTF-8", "German_Germany.1252"}) {
+        char half[8] = "";
+        if (std::setlocale(LC_NUMERIC, name) != nullptr) {
+            std::snprintf(half, sizeof half, "%.1f", 0.5);
+            std::setlocale(LC_NUMERIC, before.c_str());
+        }
+        if (half == std::string("0,5")) {
+            return QString::fromLatin1(name);
+        }
     }
-    if (half != std::string("0,5")) {
-        GTEST_SKIP() << "the locale " << name << " is not installed";
+    return std::nullopt;
+}
+
+TEST_P(NotificationTest, WritesDecimalPointInEveryLocale) {
+    const std::optional<QString> locale = localeWithDecimalComma();
+    if (!locale) {
+        GTEST_SKIP() << "no locale with a decimal comma is installed";
     }
     writeNotification("{" + kNewer + ",\"a\":0.5,\"b\":1234567.891,\"c\":-1.5e-7,\"d\":1e300}");
-    gateway_.setEnvironment(u"LC_ALL"_s, QString::fromLatin1(name));
+    gateway_.setEnvironment(u"LC_ALL"_s, *locale);             // read by Qt on Linux
+    gateway_.setEnvironment(u"QUORIN_TEST_LOCALE"_s, *locale); // read by the test host
     startGateway();
     EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{" + kNewer +
@@ -380,7 +389,7 @@ TEST_P(NotificationTest, BreaksOldLockWithoutHolder) {
     EXPECT_EQ(staged(), QStringList());
 }
 
-INSTANTIATE_TEST_SUITE_P(Transports, NotificationTest, testing::ValuesIn(transports()),
+INSTANTIATE_TEST_SUITE_P(Transports, NotificationTest, testing::ValuesIn(kTransports),
                          TransportName());
 
 // Faults of the file system: they leave the file unchanged, and the next request after the fault is
@@ -404,6 +413,17 @@ protected:
         site_.writeSettings();
         gateway_.startUnder(command);
     }
+
+    // Writes of the gateway that is started next fail half-way, on Windows only.
+    void failWritesToStagingFile() {
+        QFile file(failingCall());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("write " + QDir::fromNativeSeparators(site_.stagingPath(u"n.json"_s)).toUtf8());
+        gateway_.setEnvironment(u"QUORIN_CALL_RECORD"_s, site_.temporaryPath() + u"/calls");
+        gateway_.setEnvironment(u"QUORIN_FAILING_CALL"_s, failingCall());
+    }
+    void stopFailingWrites() const { QFile::remove(failingCall()); }
+    QString failingCall() const { return site_.temporaryPath() + u"/failing-call"; }
 
     void expectSuccess() {
         EXPECT_EQ(request(resetRequest()), kReset);
@@ -468,18 +488,23 @@ TEST_P(NotificationFaultTest, FailsWriteIfStagingFileIsFolder) {
 }
 
 TEST_P(NotificationFaultTest, FailsWriteOnFullDisk) {
-    const QString fullDisk = u"/dev/full"_s;
-    if (!QFile::exists(fullDisk)) {
-        GTEST_SKIP() << "this system has no " << fullDisk.toStdString();
-    }
     const QString stagingFile = site_.stagingPath(u"n.json"_s);
-    ASSERT_TRUE(QFile::link(fullDisk, stagingFile));
+    if (kOnWindows) {
+        failWritesToStagingFile();
+    } else {
+        const QString fullDisk = u"/dev/full"_s;
+        if (!QFile::exists(fullDisk)) {
+            GTEST_SKIP() << "this system has no " << fullDisk.toStdString();
+        }
+        ASSERT_TRUE(QFile::link(fullDisk, stagingFile));
+    }
     startGateway();
     expectFailure();
     EXPECT_TRUE(QFileInfo(path()).isFile());
     EXPECT_FALSE(QFileInfo(path()).isSymLink());
     EXPECT_EQ(staged(), QStringList(u"n.json"_s)) << "the lock must be released";
     ASSERT_TRUE(QFile::remove(stagingFile));
+    stopFailingWrites();
     expectSuccess();
     EXPECT_EQ(stopAndReadHandlerLog(),
               (QStringList{resetLine(), kFailed, resetLine(),
@@ -487,18 +512,22 @@ TEST_P(NotificationFaultTest, FailsWriteOnFullDisk) {
 }
 
 TEST_P(NotificationFaultTest, FailsAfterPartialWrite) {
-    if (QStandardPaths::findExecutable(u"sh"_s).isEmpty()) {
-        GTEST_SKIP() << "this system has no shell that limits the size of files";
-    }
     // The unit of the limit is 512 bytes or 1 KiB, depending on the shell.
     constexpr qsizetype size = 512 * 1024;
     writeNotification("{\"Filler\":\"" + QByteArray(size, 'x') + "\"," + kNewer + "}");
-    startGatewayUnder({u"sh"_s, u"-c"_s, u"trap '' XFSZ; ulimit -f 200; exec \"$@\""_s, u"sh"_s});
+    if (kOnWindows) {
+        failWritesToStagingFile();
+        startGateway();
+    } else {
+        startGatewayUnder(
+            {u"sh"_s, u"-c"_s, u"trap '' XFSZ; ulimit -f 200; exec \"$@\""_s, u"sh"_s});
+    }
     expectFailure();
     EXPECT_GT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), 0)
         << "part of the document must have been written";
     EXPECT_LT(QFileInfo(site_.stagingPath(u"n.json"_s)).size(), size);
     // A smaller document fits, although the part remains.
+    stopFailingWrites();
     writeNotification("{\"Filler\":\"" + QByteArray(size, 'x') + "\"}");
     EXPECT_EQ(request(resetRequest()), kReset);
     EXPECT_EQ(notification(), "{}");
@@ -508,15 +537,22 @@ TEST_P(NotificationFaultTest, FailsAfterPartialWrite) {
                            u"3 DELETE notifications/n.json - -  204 0"_s}));
 }
 
-TEST_P(NotificationFaultTest, KeepsFileInReadOnlyFolder) {
-    const std::optional<QStringList> prefix = prefixBoundByPermissions();
-    if (!prefix) {
-        GTEST_SKIP() << "file permissions do not apply to this user";
+TEST_P(NotificationFaultTest, KeepsFileThatCannotBeReplaced) {
+    QFile reader(path());
+    if (kOnWindows) {
+        ASSERT_TRUE(reader.open(QIODevice::ReadOnly)); // prevents the replacement of the file
+        startGateway();
+    } else {
+        const std::optional<QStringList> prefix = prefixBoundByPermissions();
+        if (!prefix) {
+            GTEST_SKIP() << "file permissions do not apply to this user";
+        }
+        forbidWriting(notificationsFolder());
+        startGatewayUnder(*prefix);
     }
-    forbidWriting(notificationsFolder());
-    startGatewayUnder(*prefix);
     expectFailure();
     EXPECT_FALSE(staged().contains(u"n.json.lock"_s));
+    reader.close();
     allowWriting(notificationsFolder());
     expectSuccess();
     EXPECT_EQ(stopAndReadHandlerLog(),
@@ -657,8 +693,7 @@ TEST_P(ManifestTest, ResetsManifestVariant) {
                            u"3 DELETE update.json - -  204 0"_s}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Transports, ManifestTest, testing::ValuesIn(transports()),
-                         TransportName());
+INSTANTIATE_TEST_SUITE_P(Transports, ManifestTest, testing::ValuesIn(kTransports), TransportName());
 
 } // namespace
 } // namespace quorin::test

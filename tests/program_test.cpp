@@ -316,16 +316,13 @@ TEST_F(StopCommandTest, ReportsDeniedAccess) {
     EXPECT_EQ(gateway_.stop(), 0);
 }
 
-class RunCommandTest : public ProgramTest {
-protected:
-    void SetUp() override {
-        if (kOnWindows) {
-            GTEST_SKIP() << "this system has no such signals, limits or list of sockets";
-        }
-    }
-};
+class RunCommandTest : public ProgramTest {};
 
 TEST_F(RunCommandTest, SecondInterruptDoesNotWaitForPipe) {
+    if (kOnWindows) {
+        GTEST_SKIP()
+            << "Wine delivers Ctrl-C only after the handler of an earlier one has returned";
+    }
     gateway_.startProgram(runArguments());
     ASSERT_TRUE(isListening());
     QLocalSocket silent;
@@ -333,12 +330,15 @@ TEST_F(RunCommandTest, SecondInterruptDoesNotWaitForPipe) {
     gateway_.interrupt();
     ASSERT_TRUE(waitUntilConnected(2)) << "the gateway sends the command to itself";
     gateway_.interrupt();
-    EXPECT_EQ(gateway_.waitForExit(), std::nullopt);
+    EXPECT_TRUE(wasKilledByInterrupt(gateway_));
     EXPECT_FALSE(isRunning(gateway_));
     EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
 }
 
 TEST_F(RunCommandTest, StopsOnSigtermAfterSigusr2) {
+    if (kOnWindows) {
+        GTEST_SKIP() << "this system has no signals";
+    }
     gateway_.startProgram(runArguments());
     ASSERT_TRUE(isListening());
     const QString sigusr2 = u"kill -s USR2 %1"_s.arg(gateway_.processId());

@@ -18,7 +18,7 @@ namespace {
 
 class RequestTest : public ServingTest {};
 
-INSTANTIATE_TEST_SUITE_P(Transports, RequestTest, testing::ValuesIn(transports()), TransportName());
+INSTANTIATE_TEST_SUITE_P(Transports, RequestTest, testing::ValuesIn(kTransports), TransportName());
 
 TEST_P(RequestTest, RefusesPutWith405And500) {
     startGateway();

@@ -111,6 +111,9 @@ bool SettingsReader::readDocument(const QString& path, tinyxml2::XMLDocument& do
     } else if (!file.open(QIODevice::ReadOnly)) {
         reading.fault = endMessage(u"failed to open config file"_s);
         reading.faultDetail = file.errorString();
+    } else if (file.isSequential()) { // a named pipe on Windows, which would block a reader
+        reading.fault = endMessage(kNotXml.toString());
+        reading.faultDetail = u"not a regular file"_s;
     } else {
         const QByteArray content = file.readAll();
         if (document.Parse(content.constData(), static_cast<std::size_t>(content.size())) !=

@@ -1,17 +1,14 @@
 // Clients that send TLS 1.3 key updates: records that keep a connection busy and carry no data.
-// Built where the test can use OpenSSL itself; Qt sends no key updates.
+// Uses OpenSSL itself because Qt sends no key updates.
 
 #include "handlers/handler_fixture.h"
-#include "platform/unix/openssl.h"
 #include "support/deadline.h"
+#include "support/raw_socket.h"
 #include "support/some_certificate.h"
 #include "worker/tls_configuration.h"
 #include "worker/worker.h"
 
 #include <openssl/ssl.h>
-
-#include <fcntl.h>
-#include <sys/socket.h>
 
 #include <memory>
 #include <thread>
@@ -24,11 +21,6 @@ namespace {
 // More than the system and Qt take in before the worker reads them.
 constexpr int kKeyUpdates = 100'000;
 constexpr int kSocketBuffer = 64 * 1024;
-
-void limitBuffer(qintptr descriptor, int option) {
-    ASSERT_EQ(setsockopt(int(descriptor), SOL_SOCKET, option, &kSocketBuffer, sizeof kSocketBuffer),
-              0);
-}
 
 class KeyUpdateTest : public testing::Test {
 protected:
@@ -49,15 +41,15 @@ protected:
     // Runs a worker for the connection and completes the client's handshake.
     void connect() {
         platform::SocketDescriptor descriptor = connection_.takeDescriptor();
-        limitBuffer(descriptor.get(), SO_RCVBUF);
+        setReceiveBuffer(descriptor.get(), kSocketBuffer);
         thread_ = std::thread([this, worker = std::make_unique<Worker>(std::move(descriptor),
                                                                        serverContext_)]() mutable {
             worker->run();
             worker.reset();
         });
-        limitBuffer(client_, SO_SNDBUF);
-        ASSERT_EQ(fcntl(client_, F_SETFL, 0), 0); // blocking
-        ASSERT_EQ(SSL_set_fd(tls_.get(), client_), 1);
+        setSendBuffer(client_, kSocketBuffer);
+        ASSERT_TRUE(makeBlocking(client_));
+        ASSERT_EQ(SSL_set_fd(tls_.get(), int(client_)), 1);
         ASSERT_EQ(SSL_connect(tls_.get()), 1);
         ASSERT_EQ(SSL_version(tls_.get()), TLS1_3_VERSION);
     }
@@ -82,8 +74,7 @@ protected:
     [[nodiscard]] bool sendAll(const QByteArray& bytes) const {
         qsizetype sent = 0;
         while (sent < bytes.size()) {
-            const ssize_t count = ::send(client_, bytes.data() + sent,
-                                         std::size_t(bytes.size() - sent), MSG_NOSIGNAL);
+            const qint64 count = sendSome(client_, QByteArrayView(bytes).sliced(sent));
             if (count < 0) {
                 return false;
             }
@@ -96,10 +87,10 @@ protected:
     DataFolder data_;
     std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();
     Loopback connection_;
-    int client_ = int(connection_.client().socket().socketDescriptor());
-    std::unique_ptr<SSL_CTX, platform::OpensslDeleter<SSL_CTX_free>> context_{
-        SSL_CTX_new(TLS_client_method())};
-    std::unique_ptr<SSL, platform::OpensslDeleter<SSL_free>> tls_{SSL_new(context_.get())};
+    qintptr client_ = connection_.client().socket().socketDescriptor();
+    std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context_{SSL_CTX_new(TLS_client_method()),
+                                                               &SSL_CTX_free};
+    std::unique_ptr<SSL, decltype(&SSL_free)> tls_{SSL_new(context_.get()), &SSL_free};
     std::thread thread_;
 };
 

@@ -173,6 +173,13 @@ std::chrono::sys_seconds CertificateFields::currentSecond() {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
+CertificateFields fieldsForHost(const std::string& name) {
+    CertificateFields fields;
+    fields.subject = {{"CN", name}};
+    fields.alternativeNames = "DNS:" + name;
+    return fields;
+}
+
 QByteArray selfSigned(const TestKey& key, const CertificateFields& fields) {
     return makeCertificate(key, fields, key, fields);
 }

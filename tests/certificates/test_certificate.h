@@ -53,6 +53,9 @@ struct CertificateFields {
     [[nodiscard]] static std::chrono::sys_seconds currentSecond();
 };
 
+// Returns the fields of a certificate for the host `name`.
+[[nodiscard]] CertificateFields fieldsForHost(const std::string& name);
+
 // Returns a self-signed certificate for `key` in PEM.
 [[nodiscard]] QByteArray selfSigned(const TestKey& key, const CertificateFields& fields = {});
 

@@ -6,15 +6,13 @@
 
 namespace quorin::test {
 
-// Returns true if the tests can add certificates to a site's certificate store on this system.
-[[nodiscard]] bool canInstallCertificates();
-
-// Adds a new self-signed certificate for the host `name`, with its key, to the site's store
-// "WebHosting". Returns the certificate in PEM.
-QByteArray installCertificate(const Site& site, const QByteArray& name);
+// Adds a new self-signed certificate for the host `name`, with its key, to a certificate store of
+// the site: "WebHosting" on Linux, the machine's "My" on Windows, until the site is destroyed.
+// Returns the certificate in PEM. Adds a test failure if the store cannot be written.
+QByteArray installCertificate(Site& site, const QByteArray& name);
 
 // Where the certificate of the intermediate authority is installed.
-enum class IntermediatePlace { Nowhere, CertificateFile, AuthorityFolder };
+enum class IntermediatePlace { Nowhere, CertificateFile, Authorities };
 
 // A certificate that an intermediate authority has issued, with the certificates of its chain, all
 // in PEM.
@@ -24,12 +22,13 @@ struct IssuedCertificate {
     QByteArray root;
 };
 
-// Adds such a certificate for the host `name`, with its key, to the site's store "WebHosting".
+// Adds such a certificate for the host `name`, with its key, as installCertificate() does.
 // IntermediatePlace::CertificateFile adds the certificates of both authorities to the file of the
-// certificate. IntermediatePlace::AuthorityFolder puts them into `authorityFolder(site)`, which the
-// gateway uses if its environment variable SSL_CERT_DIR names it. The intermediate authority's
-// certificate is signed with `digest`.
-IssuedCertificate installIssuedCertificate(const Site& site, const QByteArray& name,
+// certificate (Linux only). IntermediatePlace::Authorities puts them into `authorityFolder(site)`,
+// which a gateway on Linux uses if its environment variable SSL_CERT_DIR names it, or into the
+// machine's store "CA" on Windows. The intermediate authority's certificate is signed with
+// `digest`.
+IssuedCertificate installIssuedCertificate(Site& site, const QByteArray& name,
                                            IntermediatePlace place,
                                            const std::string& digest = "SHA256");
 [[nodiscard]] QString authorityFolder(const Site& site);

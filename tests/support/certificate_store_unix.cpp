@@ -26,39 +26,28 @@ void install(const Site& site, const QByteArray& text) {
     write(site.appDataPath(u"Vemo/Quorin5/certificates/WebHosting"_s), u"gateway.pem"_s, text);
 }
 
-CertificateFields fieldsFor(const QByteArray& name) {
-    CertificateFields fields;
-    fields.subject = {{"CN", name.toStdString()}};
-    fields.alternativeNames = "DNS:" + name.toStdString();
-    return fields;
-}
-
 } // namespace
 
-bool canInstallCertificates() {
-    return true;
-}
-
-QByteArray installCertificate(const Site& site, const QByteArray& name) {
+QByteArray installCertificate(Site& site, const QByteArray& name) {
     const TestKey key;
-    const QByteArray certificate = selfSigned(key, fieldsFor(name));
+    const QByteArray certificate = selfSigned(key, fieldsForHost(name.toStdString()));
     install(site, certificate + key.pkcs8Pem());
     return certificate;
 }
 
-IssuedCertificate installIssuedCertificate(const Site& site, const QByteArray& name,
+IssuedCertificate installIssuedCertificate(Site& site, const QByteArray& name,
                                            IntermediatePlace place, const std::string& digest) {
     const TestKey key;
     const TestAuthority root("root");
     const TestAuthority intermediate("intermediate", root, digest);
-    const IssuedCertificate issued{intermediate.issue(key, fieldsFor(name)),
+    const IssuedCertificate issued{intermediate.issue(key, fieldsForHost(name.toStdString())),
                                    intermediate.certificate(), root.certificate()};
     QByteArray text = issued.certificate + key.pkcs8Pem();
     if (place == IntermediatePlace::CertificateFile) {
         text += issued.root + issued.intermediate;
     }
     install(site, text);
-    if (place == IntermediatePlace::AuthorityFolder) {
+    if (place == IntermediatePlace::Authorities) {
         for (const QByteArray& certificate : {issued.root, issued.intermediate}) {
             write(authorityFolder(site), hashedFileName(certificate), certificate);
         }

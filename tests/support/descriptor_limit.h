@@ -4,8 +4,8 @@
 
 namespace quorin::test {
 
-// Sets this process's limit of open files and sockets; the destructor restores it. Only one object
-// may exist at a time, and only if platform::descriptorLimit() returns a limit.
+// Sets this process's limit of open files and sockets; the destructor restores it. Does nothing on
+// systems without such a limit. Only one object may exist at a time.
 class DescriptorLimit {
 public:
     // `limit` must not exceed the current limit.

@@ -52,6 +52,7 @@ Gateway::Gateway(const Site& site, LogLibrary log) : site_(site) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"QUORIN_COMMON_APPDATA"_s, site.appDataFolder());
     environment.insert(u"QUORIN_STUB_LOG"_s, site.recordPath());
+    environment.insert(u"QUORIN_TEST_PRIVATE_KEY"_s, site.privateKeyPath());
     environment.insert(u"TMPDIR"_s, site.temporaryPath());
     addLibraryFolders(environment, {folderOf(log), QStringLiteral(QUORIN_BARE_FOLDER)});
     process_.setProcessEnvironment(environment);

@@ -8,12 +8,18 @@ namespace quorin::test {
 
 // Resource usage of a running process.
 struct ProcessFigures {
-    qint64 residentBytes = 0; // resident anonymous memory, without mapped files
-    int descriptors = 0;
+    qint64 privateBytes = 0; // memory of the process alone, without mapped files
+    int descriptors = 0;     // handles on Windows
     int threads = 0;
 };
 
-// Returns the usage, or nothing if the system does not report it or the process does not exist.
+// The greatest number of descriptors that Qt opens for the event loop of a thread.
+extern const int kDescriptorsPerThread;
+
+// The greatest number of descriptors that a process opens late and keeps, however long it runs.
+extern const int kDescriptorsOpenedLate;
+
+// Returns the usage, or nothing if the process does not exist.
 [[nodiscard]] std::optional<ProcessFigures> processFigures(qint64 processId);
 
 } // namespace quorin::test

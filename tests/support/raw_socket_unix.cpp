@@ -1,5 +1,8 @@
 #include "support/raw_socket.h"
 
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -35,6 +38,23 @@ qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes) {
     socklen_t size = sizeof(granted);
     getsockopt(static_cast<int>(socketDescriptor), SOL_SOCKET, SO_RCVBUF, &granted, &size);
     return granted;
+}
+
+void setSendBuffer(qintptr socketDescriptor, int bytes) {
+    EXPECT_TRUE(setOption(socketDescriptor, SO_SNDBUF, bytes));
+}
+
+void setReceiveBuffer(qintptr socketDescriptor, int bytes) {
+    EXPECT_TRUE(setOption(socketDescriptor, SO_RCVBUF, bytes));
+}
+
+bool makeBlocking(qintptr socketDescriptor) {
+    return fcntl(static_cast<int>(socketDescriptor), F_SETFL, 0) == 0;
+}
+
+qint64 sendSome(qintptr socketDescriptor, QByteArrayView bytes) {
+    return send(static_cast<int>(socketDescriptor), bytes.data(),
+                static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
 }
 
 qint64 unreadBytes(qintptr socketDescriptor) {

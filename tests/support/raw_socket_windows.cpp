@@ -2,6 +2,8 @@
 
 #include <winsock2.h>
 
+#include <gtest/gtest.h>
+
 namespace quorin::test {
 
 namespace {
@@ -29,6 +31,26 @@ qint64 enlargeReceiveBuffer(qintptr socketDescriptor, qint64 bytes) {
     getsockopt(static_cast<SOCKET>(socketDescriptor), SOL_SOCKET, SO_RCVBUF,
                reinterpret_cast<char*>(&granted), &size);
     return granted;
+}
+
+void setSendBuffer(qintptr socketDescriptor, int bytes) {
+    EXPECT_TRUE(setOption(socketDescriptor, SO_SNDBUF, bytes));
+}
+
+void setReceiveBuffer(qintptr socketDescriptor, int bytes) {
+    EXPECT_TRUE(setOption(socketDescriptor, SO_RCVBUF, bytes));
+}
+
+bool makeBlocking(qintptr socketDescriptor) {
+    const auto socket = static_cast<SOCKET>(socketDescriptor);
+    u_long isNonBlocking = 0;
+    WSAEventSelect(socket, nullptr, 0); // with events a socket does not block
+    return ioctlsocket(socket, static_cast<long>(FIONBIO), &isNonBlocking) == 0;
+}
+
+qint64 sendSome(qintptr socketDescriptor, QByteArrayView bytes) {
+    return send(static_cast<SOCKET>(socketDescriptor), bytes.data(), static_cast<int>(bytes.size()),
+                0);
 }
 
 qint64 unreadBytes(qintptr socketDescriptor) {

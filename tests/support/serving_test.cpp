@@ -8,11 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 
-std::vector<Transport> transports() {
-    return canInstallCertificates() ? std::vector{Transport::Plain, Transport::Tls}
-                                    : std::vector{Transport::Plain};
-}
-
 void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings) {
     if (transport == Transport::Tls) {
         settings.HttpsEnabled = "true";

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <ostream>
-#include <vector>
 
 namespace quorin::test {
 
@@ -32,7 +32,7 @@ inline const QString kQuitLine = QStringLiteral("3 quit command recieved");
 void startGateway(Gateway& gateway, Site& site, Transport transport, Settings settings = {});
 
 // For tests of what a gateway replies and logs, which is the same over plain TCP and over TLS.
-// Instantiate with testing::ValuesIn(transports()).
+// Instantiate with testing::ValuesIn(kTransports).
 class ServingTest : public testing::TestWithParam<Transport> {
 protected:
     void startGateway(const Settings& settings = {}) {
@@ -61,8 +61,8 @@ protected:
     Gateway gateway_{site_};
 };
 
-// Returns the transports that can be tested on this system.
-[[nodiscard]] std::vector<Transport> transports();
+// The transports that serve the same replies.
+inline constexpr std::array kTransports{Transport::Plain, Transport::Tls};
 
 [[nodiscard]] inline const char* transportName(Transport transport) {
     return transport == Transport::Plain ? "Plain" : "Tls";

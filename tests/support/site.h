@@ -9,6 +9,10 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <memory>
+#include <utility>
+#include <vector>
+
 namespace quorin::test {
 
 // The data of a gateway for one test, in a temporary folder: document root, staging folder,
@@ -44,6 +48,12 @@ public:
     void writeFile(const QString& relative, const QByteArray& content) const;
     [[nodiscard]] QByteArray readFile(const QString& relative) const;
 
+    // The file with the private key of the gateway's certificate on Windows, in PKCS #8.
+    [[nodiscard]] QString privateKeyPath() const { return path(QStringLiteral("private-key")); }
+
+    // Keeps `resource` until the site is destroyed.
+    void keep(std::shared_ptr<void> resource) { resources_.push_back(std::move(resource)); }
+
     // The gateway's temporary folder, and the file of its control pipe if the pipe is a file.
     [[nodiscard]] QString temporaryPath() const { return path(QStringLiteral("tmp")); }
     [[nodiscard]] QString pipePath() const;
@@ -61,6 +71,7 @@ private:
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
 
     QTemporaryDir folder_;
+    std::vector<std::shared_ptr<void>> resources_;
     quint16 port_ = 0;
 };
 

@@ -1,7 +1,5 @@
 #include "support/process_figures.h"
 
-#include "support/system.h"
-
 #include <QDir>
 #include <QFile>
 
@@ -26,10 +24,10 @@ qint64 statusNumber(const QByteArray& status, const QByteArray& field) {
 
 } // namespace
 
+const int kDescriptorsPerThread = 1;
+const int kDescriptorsOpenedLate = 0;
+
 std::optional<ProcessFigures> processFigures(qint64 processId) {
-    if (kOnWindows) {
-        return std::nullopt;
-    }
     const QString folder = QStringLiteral("/proc/") + QString::number(processId);
     QFile file(folder + QStringLiteral("/status"));
     if (!file.open(QIODevice::ReadOnly)) {
@@ -37,7 +35,7 @@ std::optional<ProcessFigures> processFigures(qint64 processId) {
     }
     const QByteArray status = file.readAll();
     ProcessFigures figures;
-    figures.residentBytes = statusNumber(status, "RssAnon") * 1024;
+    figures.privateBytes = statusNumber(status, "RssAnon") * 1024;
     figures.threads = int(statusNumber(status, "Threads"));
     figures.descriptors = int(QDir(folder + QStringLiteral("/fd"))
                                   .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)

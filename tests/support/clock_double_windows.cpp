@@ -1,0 +1,81 @@
+#include "support/clock_double_windows.h"
+
+#include "platform/shared_library.h"
+#include "platform/windows/system.h"
+#include "support/import_table_windows.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+namespace quorin::test {
+
+namespace {
+
+std::filesystem::path clockFile;
+
+// The offset in seconds. The last one if the test is just writing a new one.
+long long clockOffset() {
+    static std::atomic<long long> offset = 0;
+    std::ifstream file(clockFile);
+    long long read = 0;
+    if (file >> read) {
+        offset = read;
+    }
+    return offset;
+}
+
+FILETIME currentTime() {
+    constexpr long long kTicksPerSecond = 10'000'000;
+    FILETIME time{};
+    GetSystemTimeAsFileTime(&time);
+    ULARGE_INTEGER ticks{};
+    ticks.LowPart = time.dwLowDateTime;
+    ticks.HighPart = time.dwHighDateTime;
+    ticks.QuadPart += static_cast<ULONGLONG>(clockOffset() * kTicksPerSecond);
+    return {ticks.LowPart, ticks.HighPart};
+}
+
+void WINAPI getSystemTimeAsFileTime(FILETIME* time) {
+    *time = currentTime();
+}
+
+void WINAPI getSystemTime(SYSTEMTIME* time) {
+    const FILETIME now = currentTime();
+    FileTimeToSystemTime(&now, time);
+}
+
+void WINAPI getLocalTime(SYSTEMTIME* time) {
+    SYSTEMTIME now{};
+    getSystemTime(&now);
+    SystemTimeToTzSpecificLocalTime(nullptr, &now, time);
+}
+
+int getClockTime(clockid_t clock, timespec* time) {
+    const int result = clock_gettime(clock, time);
+    if (result == 0 && clock == CLOCK_REALTIME) {
+        time->tv_sec += clockOffset();
+    }
+    return result;
+}
+
+} // namespace
+
+void installClockDouble() {
+    const wchar_t* const path = _wgetenv(L"QUORIN_TEST_CLOCK");
+    if (path == nullptr) {
+        return;
+    }
+    clockFile = path;
+    // Never unloaded: the gateway's own handle is another one.
+    static const auto loggingLibrary =
+        platform::SharedLibrary::load(platform::loggingLibraryName());
+    replaceImport("GetSystemTimeAsFileTime", getSystemTimeAsFileTime);
+    replaceImport("GetSystemTime", getSystemTime);
+    replaceImport("GetLocalTime", getLocalTime);
+    replaceImport("clock_gettime", getClockTime);
+}
+
+} // namespace quorin::test
