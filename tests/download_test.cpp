@@ -189,7 +189,7 @@ protected:
 const QString ChangeDuringDownloadTest::kFile = u"fwfiles/pattern"_s;
 const QByteArray ChangeDuringDownloadTest::kTarget = "/fwfiles/pattern";
 
-INSTANTIATE_TEST_SUITE_P(Transports, ChangeDuringDownloadTest, testing::ValuesIn(transports()),
+INSTANTIATE_TEST_SUITE_P(Transports, ChangeDuringDownloadTest, testing::ValuesIn(kTransports),
                          TransportName());
 
 TEST_P(ChangeDuringDownloadTest, DeliversOldContentOfReplacedFile) {
@@ -343,7 +343,7 @@ protected:
 
 const QByteArray FileAliasTest::kNotification = "{\"a\":1}";
 
-INSTANTIATE_TEST_SUITE_P(Transports, FileAliasTest, testing::ValuesIn(transports()),
+INSTANTIATE_TEST_SUITE_P(Transports, FileAliasTest, testing::ValuesIn(kTransports),
                          TransportName());
 
 TEST_P(FileAliasTest, RefusesNamesThatEndInDot) {

@@ -126,16 +126,20 @@ TEST_F(LifecycleTest, SecondInstanceRunsAfterFirstStops) {
 }
 
 TEST_F(LifecycleTest, TakesOverFromKilledGatewayAtOnce) {
+    QElapsedTimer timer;
+    timer.start();
     gateway_.start();
     EXPECT_TRUE(isListening());
+    const qint64 startTime = timer.elapsed();
     gateway_.kill();
 
-    QElapsedTimer timer;
     timer.start();
     Gateway next(site_);
     next.start();
     EXPECT_TRUE(isListening());
-    EXPECT_LT(timer.elapsed(), 8'000) << "a second instance waits ten seconds for the first";
+    // On a loaded machine a start takes some seconds, and it takes longer under Wine.
+    EXPECT_LT(timer.elapsed(), startTime + 8'000)
+        << "a second instance waits ten seconds for the first";
     EXPECT_EQ(next.stop(), 0);
 }
 
