@@ -239,10 +239,9 @@ TEST_F(CheckCommandTest, FindsCertificate) {
     EXPECT_TRUE(output_.startsWith("error certificate-missing: gateway.example: no usable "
                                    "certificate has this name, so that every TLS handshake fails: "
                                    "Failed to open store (WebHosting).; Failed to open store "
-                                   "(My).; Failed to find valid certificate.; store WebHosting: No "
-                                   "such file or directory (0x2); store My: No such file or "
-                                   "directory (0x2). Install"))
+                                   "(My).; Failed to find valid certificate.; store WebHosting: "))
         << output_.constData();
+    EXPECT_THAT(output_.toStdString(), testing::HasSubstr("No such file or directory (0x2)"));
     EXPECT_TRUE(output_.endsWith("quorin-gateway: 1 error, 0 warnings\n")) << output_.constData();
     installCertificate(site_, "gateway.example");
     EXPECT_EQ(check(), 0);

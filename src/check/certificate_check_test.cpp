@@ -109,7 +109,7 @@ TEST_F(CertificateCheckTest, GivesCauseOfSystem) {
     const Findings findings = check();
     ASSERT_EQ(findings.size(), 1u);
     EXPECT_THAT(findings[0].reason.toStdString(),
-                testing::HasSubstr("store My: No such file or directory (0x2)"));
+                testing::HasSubstr("/My: No such file or directory (0x2)"));
 }
 
 TEST_F(CertificateCheckTest, WarnsThirtyDaysBeforeExpiry) {
