@@ -26,7 +26,8 @@ else()
   install(TARGETS ${package_programs}
     RUNTIME DESTINATION ${package_folder}
     LIBRARY DESTINATION ${package_folder})
-  install(FILES packaging/settings.xml DESTINATION share/doc/quorin-gateway/examples)
+  install(FILES packaging/settings.xml packaging/haproxy/haproxy.cfg packaging/nginx/nginx.conf
+    DESTINATION share/doc/quorin-gateway/examples)
   install(FILES packaging/linux/quorin-gateway.service DESTINATION lib/systemd/system)
   # Outside the prefix; only for the .deb.
   install(FILES packaging/settings.xml DESTINATION /etc/quorin-gateway
