@@ -108,12 +108,18 @@ class HaProxy(Balancer):
 
 
 class Nginx(Balancer):
+    FAIL_TIMEOUT = 2  # seconds, as in the shipped file
+
     def __init__(self, machine, folder):
         configuration = folder / "nginx.conf"
         configuration.write_text(nginx_configuration(folder))
         folder.chmod(0o755)
         super().__init__(machine, ["nginx", "-c", configuration, "-e", folder / "error.log", "-g",
                                    "daemon off;"], PLAIN_PORT, folder / "nginx.log")
+
+    def wait_until_up(self):
+        """nginx does not use a gateway for this time after a failed connection."""
+        time.sleep(self.FAIL_TIMEOUT + 0.1)
 
 
 def is_listening(port, address="127.0.0.1"):
