@@ -26,7 +26,8 @@ else()
   install(TARGETS ${package_programs}
     RUNTIME DESTINATION ${package_folder}
     LIBRARY DESTINATION ${package_folder})
-  install(FILES packaging/settings.xml DESTINATION share/doc/quorin-gateway/examples)
+  install(FILES packaging/settings.xml packaging/haproxy/haproxy.cfg packaging/nginx/nginx.conf
+    DESTINATION share/doc/quorin-gateway/examples)
   install(FILES packaging/linux/quorin-gateway.service DESTINATION lib/systemd/system)
   file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/link" "${CMAKE_BINARY_DIR}/man")
   set(package_link "${CMAKE_BINARY_DIR}/link/quorin-gateway")

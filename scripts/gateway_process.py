@@ -1,5 +1,5 @@
 """A gateway process, the site that it serves, and its use of resources, for scripts/bench,
-scripts/soak and the tests in tests/clients."""
+scripts/soak, scripts/test-two-gateways and the tests in tests/clients."""
 
 import os
 import pathlib
@@ -15,16 +15,17 @@ import time
 TREE = pathlib.Path(__file__).resolve().parent.parent
 ORGANIZATION = "sample"
 
-SETTINGS = """<QuorinGatewaySetting><PrimaryGatewaySetting>
+SETTINGS = """<QuorinGatewaySetting><{group}GatewaySetting>
 <Http><Log><QueueSize>8192</QueueSize>
 <ApplicationLog><LogLevel>info</LogLevel><Generation>1</Generation></ApplicationLog></Log>
 <Port>{port}</Port><MaxUserSession>{sessions}</MaxUserSession>
-<MaxTCPConnection>1000</MaxTCPConnection><ConnectionTimeout>30</ConnectionTimeout>
+<MaxTCPConnection>1000</MaxTCPConnection><ConnectionTimeout>{timeout}</ConnectionTimeout>
 <HTTPRequestTimeout>{request_timeout}</HTTPRequestTimeout>
 <ThreadReadBufferSize>{chunk}</ThreadReadBufferSize>
-<HttpsEnabled>{https}</HttpsEnabled></Http>
+<MaxLargeFileRequest>{large}</MaxLargeFileRequest><HttpsEnabled>{https}</HttpsEnabled></Http>
 <Proxy><IsEnabledHttpInFacility>false</IsEnabledHttpInFacility></Proxy>
-</PrimaryGatewaySetting><General>
+</{group}GatewaySetting><General>
+<GatewayConnectSetting><GatewayAddress>localhost</GatewayAddress></GatewayConnectSetting>
 <GatewayConnectSetting><GatewayAddress>localhost</GatewayAddress></GatewayConnectSetting>
 <OrganizationId>{organization}</OrganizationId>
 <QuorinCloud><RootUrl>https://cloud.example/QuorinCloud5</RootUrl></QuorinCloud>
@@ -61,8 +62,8 @@ class Site:
         self.root = product / "QuorinGatewayHttp/wwwroot"
         self.files = self.root / "fwfiles"
         self.notifications = self.root / "notifications"
-        for folder in (self.files, self.notifications, store, self.folder / "tmp",
-                       product / "QuorinGatewayApp/NotificationTmp"):
+        self.staging = product / "QuorinGatewayApp/NotificationTmp"
+        for folder in (self.files, self.notifications, self.staging, store, self.folder / "tmp"):
             folder.mkdir(parents=True)
         self.certificate, self.key = store / "localhost.pem", store / "localhost.key"
         subprocess.run(
@@ -98,11 +99,14 @@ class Server:
         while time.monotonic() < deadline:
             if self.process.poll() is not None:
                 sys.exit(f"{self.process.args[0]} ended with {self.process.returncode}")
-            with socket.socket() as probe:
-                if probe.connect_ex(("127.0.0.1", self.port)) == 0:
-                    return
+            if self._is_listening():
+                return
             time.sleep(0.05)
         sys.exit(f"{self.process.args[0]} does not listen on port {self.port}")
+
+    def _is_listening(self):
+        with socket.socket() as probe:
+            return probe.connect_ex(("127.0.0.1", self.port)) == 0
 
     def stop(self):
         """Returns true if the process exits with 0 within a minute of SIGTERM. Kills it after
@@ -159,14 +163,26 @@ class Server:
 
 
 class Gateway(Server):
-    """A gateway that serves a site. A site has at most one gateway at a time."""
+    """A gateway that serves a site. A site has at most one gateway at a time.
 
-    def __init__(self, program, site, *, tls, sessions, chunk=65536, request_timeout=600):
-        port = free_port()
+    group is primary or secondary, prefix a command that runs the gateway, timeout is
+    ConnectionTimeout, request_timeout HTTPRequestTimeout. Without a port, a free one is chosen.
+    """
+
+    def __init__(self, program, site, *, tls, sessions, chunk=65536, port=None, timeout=30,
+                 request_timeout=600, group="primary", prefix=()):
+        port = port or free_port()
         settings = site.folder / "settings.xml"
-        settings.write_text(SETTINGS.format(port=port, sessions=sessions, chunk=chunk,
-                                            request_timeout=request_timeout,
+        settings.write_text(SETTINGS.format(group=group.capitalize(), port=port, sessions=sessions,
+                                            timeout=timeout, request_timeout=request_timeout,
+                                            chunk=chunk, large=sessions - 1,
                                             https=str(tls).lower(), organization=ORGANIZATION))
+        super().__init__([*prefix, program, "run", settings, group], port, tls,
+                         self.environment(program, site))
+
+    @staticmethod
+    def environment(program, site):
+        """Of the programs that run and stop a gateway."""
         environment = dict(os.environ, QUORIN_COMMON_APPDATA=str(site.folder),
                            TMPDIR=str(site.folder / "tmp"),
                            # A sanitizer finds libraries only here.
@@ -179,4 +195,4 @@ class Gateway(Server):
                 "TSAN_OPTIONS": f"suppressions={TREE}/tests/tsan.supp:"
                                 "ignore_noninstrumented_modules=1"}.items():
             environment.setdefault(name, value)
-        super().__init__([program, "run", settings, "primary"], port, tls, environment)
+        return environment
