@@ -19,6 +19,9 @@ extern const int kDescriptorsPerThread;
 // The greatest number of descriptors that a process opens late and keeps, however long it runs.
 extern const int kDescriptorsOpenedLate;
 
+// The greatest size of the memory that an idle thread keeps, in bytes, where it is considerable.
+extern const qint64 kMemoryPerThread;
+
 // Returns the usage, or nothing if the process does not exist.
 [[nodiscard]] std::optional<ProcessFigures> processFigures(qint64 processId);
 

@@ -26,6 +26,7 @@ qint64 statusNumber(const QByteArray& status, const QByteArray& field) {
 
 const int kDescriptorsPerThread = 1;
 const int kDescriptorsOpenedLate = 0;
+const qint64 kMemoryPerThread = 0;
 
 std::optional<ProcessFigures> processFigures(qint64 processId) {
     const QString folder = QStringLiteral("/proc/") + QString::number(processId);

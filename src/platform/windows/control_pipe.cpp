@@ -31,7 +31,17 @@ std::optional<QString> ControlPipe::open() {
     }
     // If this fails, QLocalServer keeps the instances that it has created, and no first instance
     // could be created again. The reservation is therefore kept as well.
-    return listen(name_) ? std::nullopt : std::optional(errorString());
+    if (!listen(name_)) {
+        return errorString();
+    }
+    // Like other connections, an early one is reported by the event loop.
+    const auto acceptEarlyController = [this] {
+        if (Handle controller = state_->reservation.takeEarlyController()) {
+            incomingConnection(reinterpret_cast<quintptr>(controller.release()));
+        }
+    };
+    QMetaObject::invokeMethod(this, acceptEarlyController, Qt::QueuedConnection);
+    return std::nullopt;
 }
 
 QString obstacleToControlPipe(const QString& /*name*/) {

@@ -6,9 +6,9 @@
 
 namespace quorin::platform {
 
-// Creates the mutex `name`, which no thread owns, with `create`, which tests replace. Returns null if
-// an object of that name exists already, whether this account may open it or not, and on any other
-// failure. Every account may open the mutex to see that it exists; no account may do more.
+// Creates the mutex `name`, which no thread owns, with `create`, which tests replace. Returns null
+// if an object of that name exists already, whether this account may open it or not, and on any
+// other failure. Every account may open the mutex to see that it exists; no account may do more.
 //
 // This does not prevent a denial of service: no privilege is necessary to create a mutex in the
 // global namespace, so that any process can create it first, or open it and keep it in existence.

@@ -35,7 +35,7 @@ QString creationFailure(const QString& name, DWORD error) {
 } // namespace
 
 std::optional<QString> PipeReservation::reserve(const QString& name) {
-    if (client_) {
+    if (server_) {
         return std::nullopt;
     }
     const QString account = ownAccount();
@@ -55,16 +55,19 @@ std::optional<QString> PipeReservation::reserve(const QString& name) {
     if (!server) {
         return creationFailure(name, GetLastError());
     }
-    // Fails if a controller has connected in the meantime. The instance is then closed and the next
-    // attempt creates another one.
+    // A controller can connect before this process does.
     Handle client = ownHandle(system_.open(wide(name), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                            SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS, nullptr));
-    if (!client) {
+    if (!client && GetLastError() != ERROR_PIPE_BUSY) {
         return failure(name, GetLastError());
     }
     server_ = std::move(server);
     client_ = std::move(client);
     return std::nullopt;
+}
+
+Handle PipeReservation::takeEarlyController() {
+    return client_ ? nullptr : std::move(server_);
 }
 
 } // namespace quorin::platform

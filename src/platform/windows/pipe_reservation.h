@@ -16,7 +16,7 @@ struct PipeFunctions {
 
 // The first instance of a named pipe. It determines who may open the pipe and create further
 // instances of it: administrators, the local system and the account of this process, except from
-// the network. It serves no client.
+// the network. It serves no client but one that connects before this object can occupy it.
 class PipeReservation {
 public:
     explicit PipeReservation(const PipeFunctions& system = {}) : system_(system) {}
@@ -26,10 +26,14 @@ public:
     // object holds the instance already.
     [[nodiscard]] std::optional<QString> reserve(const QString& name);
 
+    // Transfers the first instance to the caller if a client connected to it before reserve() could
+    // occupy it; otherwise returns null. Another instance must exist.
+    [[nodiscard]] Handle takeEarlyController();
+
 private:
     PipeFunctions system_;
     Handle server_;
-    Handle client_; // occupies the instance
+    Handle client_; // occupies the instance; null if an early client does
 };
 
 } // namespace quorin::platform

@@ -202,11 +202,24 @@ HANDLE WINAPI findPipeBusy(LPCWSTR /*name*/, DWORD /*access*/, DWORD /*share*/,
     return INVALID_HANDLE_VALUE;
 }
 
-TEST_F(PipeReservationTest, ClosesInstanceThatControllerHas) {
+TEST_F(PipeReservationTest, PassesOnEarlyController) {
     PipeReservation reservation({&CreateNamedPipeW, &findPipeBusy});
-    EXPECT_EQ(text(reservation.reserve(name_)), cannotBeCreated(name_, ERROR_PIPE_BUSY));
-    EXPECT_EQ(WaitNamedPipeW(wide(name_), 1), FALSE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+    ASSERT_EQ(text(reservation.reserve(name_)), kOpen);
+    EXPECT_EQ(text(reservation.reserve(name_)), kOpen);
+    const std::unique_ptr<QLocalSocket> controller = connectController();
+    controller->write("quit");
+    QLocalSocket accepted;
+    ASSERT_TRUE(accepted.setSocketDescriptor(
+        reinterpret_cast<qintptr>(reservation.takeEarlyController().release())));
+    ASSERT_TRUE(accepted.waitForReadyRead(kTimeoutMs));
+    EXPECT_EQ(accepted.readAll(), "quit");
+    EXPECT_EQ(reservation.takeEarlyController(), nullptr);
+}
+
+TEST_F(PipeReservationTest, HasNoEarlyControllerIfOccupied) {
+    PipeReservation reservation;
+    ASSERT_EQ(text(reservation.reserve(name_)), kOpen);
+    EXPECT_EQ(reservation.takeEarlyController(), nullptr);
 }
 
 } // namespace
