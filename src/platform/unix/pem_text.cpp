@@ -128,7 +128,10 @@ SystemResult<std::optional<PemKey>> firstPrivateKey(QByteArrayView pem) {
             break;
         }
     }
-    return {std::nullopt, opensslError(ERR_peek_last_error())};
+    // OpenSSL rejects a block with a malformed header without an error.
+    const unsigned long code = ERR_peek_last_error();
+    return {std::nullopt,
+            opensslError(code != 0 ? code : ERR_PACK(ERR_LIB_PEM, 0, PEM_R_NO_START_LINE))};
 }
 
 } // namespace quorin::platform
