@@ -23,8 +23,9 @@ namespace quorin::check {
 
 namespace {
 
+constexpr qint64 kMebibyte = qint64{1024} * 1024;
 // Free space below which notifications and log lines are soon lost.
-constexpr qint64 kMinFreeBytes = qint64{100} * 1024 * 1024;
+constexpr qint64 kMinFreeBytes = 100 * kMebibyte;
 
 constexpr std::array<QStringView, 4> kServedFolders{u"fwfiles", kNotificationsFolder, u"patterns",
                                                     u"plugins"};
@@ -85,7 +86,7 @@ public:
         }
         disks_.insert(disk.rootPath());
         add(Severity::Warning, code::kDiskSpaceLow, folder,
-            u"only " + QString::number(disk.bytesAvailable() / (1024 * 1024)) +
+            u"only " + QString::number(disk.bytesAvailable() / kMebibyte) +
                 u" MiB are free; on a full disk, " + consequence,
             u"Free disk space."_s);
     }
