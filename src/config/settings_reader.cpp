@@ -105,13 +105,13 @@ void SettingsReader::read(const QString& path, bool primary) {
 bool SettingsReader::readDocument(const QString& path, tinyxml2::XMLDocument& document) {
     SettingReading reading{.path = path, .type = SettingType::File};
     QFile file(path);
-    if (isSpecialFile(path)) {
-        reading.fault = endMessage(kNotXml.toString());
-        reading.faultDetail = u"not a regular file"_s;
-    } else if (!file.open(QIODevice::ReadOnly)) {
+    // Opening or reading a special file could block. A named pipe on Windows is recognized only
+    // after it has been opened.
+    const bool isSpecial = isSpecialFile(path);
+    if (!isSpecial && !file.open(QIODevice::ReadOnly)) {
         reading.fault = endMessage(u"failed to open config file"_s);
         reading.faultDetail = file.errorString();
-    } else if (file.isSequential()) { // a named pipe on Windows, which would block a reader
+    } else if (isSpecial || file.isSequential()) {
         reading.fault = endMessage(kNotXml.toString());
         reading.faultDetail = u"not a regular file"_s;
     } else {
