@@ -16,7 +16,6 @@ using namespace Qt::StringLiterals;
 namespace quorin {
 namespace {
 
-constexpr qint64 kMaxRegion = qint64{1} << 30; // larger regions belong to sanitizers
 constexpr qint64 kChunk = qint64{1} << 20;
 
 // Returns how often the program's writable memory contains the inversion of `inverted`.
@@ -34,9 +33,6 @@ int countInMemory(const QByteArray& inverted) {
         const QList<QByteArray> bounds = fields[0].split('-');
         const qint64 begin = bounds[0].toLongLong(nullptr, 16);
         const qint64 end = bounds[1].toLongLong(nullptr, 16);
-        if (end - begin > kMaxRegion) {
-            continue;
-        }
         for (qint64 position = begin; position < end; position += kChunk) {
             // The chunks overlap, so that each contains a secret that begins in it.
             const qint64 size = std::min(kChunk + inverted.size() - 1, end - position);
