@@ -101,6 +101,10 @@ TEST_F(ClockTest, KeepsConnectionTimeoutAfterClockChange) {
 
 // The date is part of the log file's name, so the log may consist of two files.
 TEST_F(ClockTest, LogsAfterClockIsSetBack) {
+    if (kOnWindows) {
+        GTEST_SKIP()
+            << "the clock of the logging library cannot be replaced: it is linked statically";
+    }
     Gateway gateway(site_, LogLibrary::Bundled);
     EXPECT_EQ(gateway_.stop(), 0);
     start(gateway);

@@ -1,12 +1,10 @@
 #include "support/clock_double_windows.h"
 
-#include "platform/shared_library.h"
 #include "platform/windows/system.h"
 #include "support/import_table_windows.h"
 
 #include <atomic>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 
@@ -53,14 +51,6 @@ void WINAPI getLocalTime(SYSTEMTIME* time) {
     SystemTimeToTzSpecificLocalTime(nullptr, &now, time);
 }
 
-int getClockTime(clockid_t clock, timespec* time) {
-    const int result = clock_gettime(clock, time);
-    if (result == 0 && clock == CLOCK_REALTIME) {
-        time->tv_sec += clockOffset();
-    }
-    return result;
-}
-
 } // namespace
 
 void installClockDouble() {
@@ -69,13 +59,9 @@ void installClockDouble() {
         return;
     }
     clockFile = path;
-    // Never unloaded: the gateway's own handle is another one.
-    static const auto loggingLibrary =
-        platform::SharedLibrary::load(platform::loggingLibraryName());
     replaceImport("GetSystemTimeAsFileTime", getSystemTimeAsFileTime);
     replaceImport("GetSystemTime", getSystemTime);
     replaceImport("GetLocalTime", getLocalTime);
-    replaceImport("clock_gettime", getClockTime);
 }
 
 } // namespace quorin::test
