@@ -43,7 +43,7 @@ SECURITY_STATUS copy(std::string_view bytes, BYTE* buffer, DWORD bufferSize, DWO
 }
 
 BOOL WINAPI acquirePrivateKey(PCCERT_CONTEXT, DWORD flags, void*,
-                              HCRYPTPROV_OR_NCRYPT_KEY_HANDLE* handle, DWORD* specification,
+                              HCRYPTPROV_OR_NCRYPT_KEY_HANDLE* handle, DWORD* keySpec,
                               BOOL* callerFrees) {
     if ((flags & CRYPT_ACQUIRE_ONLY_NCRYPT_KEY_FLAG) == 0) {
         SetLastError(static_cast<DWORD>(NTE_BAD_FLAGS));
@@ -51,7 +51,7 @@ BOOL WINAPI acquirePrivateKey(PCCERT_CONTEXT, DWORD flags, void*,
     }
     ++keysInUse;
     *handle = handleOfKey();
-    *specification = CERT_NCRYPT_KEY_SPEC;
+    *keySpec = CERT_NCRYPT_KEY_SPEC;
     *callerFrees = TRUE;
     return TRUE;
 }

@@ -37,7 +37,7 @@ public:
         Key key;
         BOOL callerFrees = FALSE;
         if (CryptAcquireCertificatePrivateKey(certificate, CRYPT_ACQUIRE_ONLY_NCRYPT_KEY_FLAG,
-                                              nullptr, &key.handle_, &key.specification_,
+                                              nullptr, &key.handle_, &key.keySpec_,
                                               &callerFrees) == FALSE) {
             return std::nullopt;
         }
@@ -49,7 +49,7 @@ public:
         if (!isOwned_) {
             return;
         }
-        if (specification_ == CERT_NCRYPT_KEY_SPEC) {
+        if (keySpec_ == CERT_NCRYPT_KEY_SPEC) {
             NCryptFreeObject(handle_);
         } else {
             CryptReleaseContext(handle_, 0);
@@ -58,7 +58,7 @@ public:
 
     Key(Key&& other) noexcept
         : handle_(other.handle_),
-          specification_(other.specification_),
+          keySpec_(other.keySpec_),
           isOwned_(std::exchange(other.isOwned_, false)) {}
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
@@ -70,7 +70,7 @@ private:
     Key() = default;
 
     HCRYPTPROV_OR_NCRYPT_KEY_HANDLE handle_ = 0;
-    DWORD specification_ = 0;
+    DWORD keySpec_ = 0;
     bool isOwned_ = false;
 };
 

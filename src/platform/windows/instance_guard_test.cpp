@@ -81,7 +81,7 @@ TEST_F(GlobalMutexTest, IsNotCreatedIfAccessIsDenied) {
     EXPECT_EQ(createMutex(key_, &denyAccess), nullptr);
     EXPECT_EQ(creation.access, "D:P(A;;0x100000;;;WD)");
     EXPECT_EQ(creation.isInheritable, FALSE);
-    EXPECT_EQ(creation.flags, 0U) << "nobody owns the mutex";
+    EXPECT_EQ(creation.flags, 0U) << "no thread owns the mutex";
     EXPECT_EQ(creation.desiredAccess, DWORD{SYNCHRONIZE});
 }
 
