@@ -6,10 +6,21 @@
 
 namespace quorin::test {
 
+class TestKey;
+
 // Adds a new self-signed certificate for the host `name`, with its key, to a certificate store of
 // the site: "WebHosting" on Linux, the machine's "My" on Windows, until the site is destroyed.
 // Returns the certificate in PEM. Adds a test failure if the store cannot be written.
 QByteArray installCertificate(Site& site, const QByteArray& name);
+
+// The same for a given certificate in PEM and its key. Linux also writes `others` into the file of
+// the certificate.
+void addCertificate(Site& site, const QByteArray& certificate, const TestKey& key,
+                    const QByteArray& others = {});
+
+// Adds the certificate of an authority, in PEM, to `authorityFolder(site)` or, on Windows, to the
+// machine's store "CA" until the site is destroyed.
+void addAuthority(Site& site, const QByteArray& certificate);
 
 // Where the certificate of the intermediate authority is installed.
 enum class IntermediatePlace { Nowhere, CertificateFile, Authorities };

@@ -55,37 +55,20 @@ void install(Site& site, const wchar_t* store, const QByteArray& certificate) {
     site.keep(std::make_shared<InstalledCertificate>(store, derFromPem(certificate)));
 }
 
+} // namespace
+
 // The key is not stored with the certificate: Wine cannot export it. The test host reads it from a
 // file instead.
-void install(Site& site, const QByteArray& certificate, const TestKey& key) {
+void addCertificate(Site& site, const QByteArray& certificate, const TestKey& key,
+                    const QByteArray& /*others*/) {
     QFile file(site.privateKeyPath());
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(key.pkcs8Der());
     install(site, L"My", certificate);
 }
 
-} // namespace
-
-QByteArray installCertificate(Site& site, const QByteArray& name) {
-    const TestKey key;
-    const QByteArray certificate = selfSigned(key, fieldsForHost(name.toStdString()));
-    install(site, certificate, key);
-    return certificate;
-}
-
-IssuedCertificate installIssuedCertificate(Site& site, const QByteArray& name,
-                                           IntermediatePlace place, const std::string& digest) {
-    const TestKey key;
-    const TestAuthority root("root");
-    const TestAuthority intermediate("intermediate", root, digest);
-    const IssuedCertificate issued{intermediate.issue(key, fieldsForHost(name.toStdString())),
-                                   intermediate.certificate(), root.certificate()};
-    install(site, issued.certificate, key);
-    if (place == IntermediatePlace::Authorities) {
-        install(site, L"CA", issued.root);
-        install(site, L"CA", issued.intermediate);
-    }
-    return issued;
+void addAuthority(Site& site, const QByteArray& certificate) {
+    install(site, L"CA", certificate);
 }
 
 QString authorityFolder(const Site& /*site*/) {

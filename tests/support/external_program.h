@@ -14,6 +14,10 @@ namespace quorin::test {
 [[nodiscard]] QByteArray runProgram(const QString& name, const QStringList& arguments,
                                     const QByteArray& input = {});
 
+// Does the same without regard to Wine: the program is a child process.
+[[nodiscard]] QByteArray runChildProgram(const QString& name, const QStringList& arguments,
+                                         const QByteArray& input);
+
 // Returns the path in the form that these programs expect.
 [[nodiscard]] QString pathForProgram(const QString& path);
 

@@ -25,18 +25,6 @@ UnixPathFunction unixPathFunction() {
         GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
 }
 
-QByteArray runOnWindows(const QString& name, const QStringList& arguments,
-                        const QByteArray& input) {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(name, arguments);
-    EXPECT_TRUE(process.waitForStarted()) << name.toStdString();
-    process.write(input);
-    process.closeWriteChannel();
-    EXPECT_TRUE(process.waitForFinished(kTestTimeoutMs)) << name.toStdString();
-    return process.readAll();
-}
-
 // Wine starts programs of its system, but returns no handle to wait for, so a shell creates a file
 // when the program has ended.
 QByteArray runOutsideWine(const QString& name, const QStringList& arguments,
@@ -61,7 +49,7 @@ QByteArray runOutsideWine(const QString& name, const QStringList& arguments,
 
 QByteArray runProgram(const QString& name, const QStringList& arguments, const QByteArray& input) {
     return unixPathFunction() != nullptr ? runOutsideWine(name, arguments, input)
-                                         : runOnWindows(name, arguments, input);
+                                         : runChildProgram(name, arguments, input);
 }
 
 QString pathForProgram(const QString& path) {

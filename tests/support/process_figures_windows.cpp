@@ -1,23 +1,18 @@
 #include "support/process_figures.h"
 
-#include "platform/windows/system.h"
+#include "platform/windows/handle.h"
 
 #include <psapi.h>
 #include <tlhelp32.h>
 
 #include <algorithm>
-#include <memory>
-#include <type_traits>
 #include <vector>
 
 namespace quorin::test {
 
 namespace {
 
-struct HandleCloser {
-    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleCloser>;
+using platform::Handle;
 
 // The handles of all processes, as NtQuerySystemInformation() returns them.
 struct SystemHandle {

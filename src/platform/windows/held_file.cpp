@@ -1,24 +1,18 @@
 #include "platform/held_file.h"
 
-#include "platform/windows/system.h"
+#include "platform/windows/handle.h"
 
 #include <QFile>
 
-#include <type_traits>
+#include <utility>
 
 namespace quorin::platform {
 
 namespace {
 
-struct HandleCloser {
-    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleCloser>;
-
 Handle openFile(const QString& path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags) {
-    const HANDLE handle =
-        CreateFileW(wide(path), access, sharing, nullptr, disposition, flags, nullptr);
-    return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
+    return ownHandle(
+        CreateFileW(wide(path), access, sharing, nullptr, disposition, flags, nullptr));
 }
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
