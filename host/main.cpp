@@ -1,24 +1,27 @@
 // quorin-gateway: starts and stops the gateway.
 
+#include "exit_codes.h"
+#include "gateway_call.h"
+#include "gateway_events.h"
 #include "platform/command_line.h"
 #include "platform/descriptors.h"
-#include "platform/shared_library.h"
+#include "platform/event_log.h"
 #include "platform/termination.h"
+#include "service_command.h"
 #include "stop_command.h"
 
 #include <QCoreApplication>
-#include <QThread>
 
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace {
 
-// The gateway itself ends the process with 1 or 2 if its start fails. The last two codes are
-// EX_USAGE and EX_NOPERM of sysexits.h.
-enum ExitCode : int { kOk = 0, kFailed = 1, kUsageError = 64, kPermissionDenied = 77 };
+using quorin::kFailed;
+using quorin::kOk;
+using quorin::kPermissionDenied;
+using quorin::kUsageError;
 
 constexpr const char* kUsage = "usage: quorin-gateway run SETTINGS primary|secondary\n"
                                "       quorin-gateway stop\n"
@@ -50,34 +53,12 @@ int reportUsageError(const std::string& message) {
     return kUsageError;
 }
 
-// Stops the gateway in this process, which completes its current requests first. Returns false if
-// the gateway does not listen for commands (yet).
-bool stopOnTermination() {
-    bool isStopping = false;
-    const std::unique_ptr<QThread> thread(QThread::create([&isStopping] {
-        isStopping = quorin::sendStopCommand(quorin::StopTarget::GatewayOfThisProcess) ==
-                     quorin::StopResult::Delivered;
-    }));
-    thread->start();
-    thread->wait();
-    return isStopping;
-}
-
-int run(std::string program, std::string settings, std::string group) {
+int run(const std::string& program, const std::string& settings, const std::string& group) {
     quorin::platform::raiseDescriptorLimit();
-    using MainFunc = int(int, char**);
-    const auto library =
-        quorin::platform::SharedLibrary::load(quorin::platform::gatewayLibraryName());
-    auto* const mainFunc = library.function<MainFunc>("QuorinGatewayHttpMainFunc");
-    if (mainFunc == nullptr) {
-        std::fprintf(stderr, "quorin-gateway: cannot load the gateway library %s: %s\n",
-                     quorin::platform::gatewayLibraryName(),
-                     quorin::platform::SharedLibrary::lastError());
-        return kFailed;
-    }
-    const quorin::platform::TerminationWatch watch(stopOnTermination);
-    std::vector<char*> arguments{program.data(), settings.data(), group.data(), nullptr};
-    return mainFunc(static_cast<int>(arguments.size() - 1), arguments.data());
+    const quorin::platform::TerminationWatch watch(quorin::stopOwnGateway);
+    quorin::GatewayEvents events(quorin::platform::EventLog::ofProgram(),
+                                 QString::fromStdString(settings), QString::fromStdString(group));
+    return quorin::callGateway(program, settings, group, events);
 }
 
 int stop(int argc, char** argv) {
@@ -105,7 +86,7 @@ int main(int argc, char** argv) {
     }
     const std::string& command = arguments[1];
     if (command == "--help" || command == "-h") {
-        std::printf("%s%s", kUsage, kHelp);
+        std::printf("%s%s%s%s", kUsage, quorin::kServiceUsage, kHelp, quorin::kServiceHelp);
         return kOk;
     }
     if (command == "--version") {
@@ -125,6 +106,9 @@ int main(int argc, char** argv) {
     if (command == "stop") {
         return arguments.size() == 2 ? stop(argc, argv)
                                      : reportUsageError("'stop' takes no arguments");
+    }
+    if (command == "service") {
+        return quorin::serviceCommand(arguments);
     }
     return reportUsageError("unknown command '" + command + "'");
 }

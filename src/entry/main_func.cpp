@@ -1,10 +1,21 @@
 #include "entry/main_func.h"
 
 #include "entry/gateway_run.h"
+#include "platform/application_report.h"
 
 #include <QCoreApplication>
+#include <QVariant>
 
 #include <cstdlib>
+
+namespace {
+
+[[noreturn]] void endProcess(QCoreApplication& application, int exitCode) {
+    application.setProperty(quorin::platform::kExitCodeProperty, exitCode);
+    std::exit(exitCode);
+}
+
+} // namespace
 
 int QuorinGatewayHttpMainFunc(int argc, char** argv) {
     constexpr int duplicateInstance = 2;
@@ -13,9 +24,9 @@ int QuorinGatewayHttpMainFunc(int argc, char** argv) {
     QCoreApplication application(argc, argv);
     switch (quorin::runGateway(application, argc, argv)) {
     case quorin::RunOutcome::Failed:
-        std::exit(EXIT_FAILURE);
+        endProcess(application, EXIT_FAILURE);
     case quorin::RunOutcome::DuplicateInstance:
-        std::exit(duplicateInstance);
+        endProcess(application, duplicateInstance);
     case quorin::RunOutcome::Stopped:
         break;
     }

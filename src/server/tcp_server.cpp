@@ -5,6 +5,7 @@
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
 #include "log/log.h"
+#include "platform/application_report.h"
 #include "platform/control_pipe.h"
 #include "platform/listen_backlog.h"
 #include "server/polling.h"
@@ -19,6 +20,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QThreadPool>
+#include <QVariant>
 
 #include <chrono>
 #include <cstddef>
@@ -90,6 +92,10 @@ void TcpServer::loadCertificate() {
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const auto [certificate, privateKey] = findServerCertificate(name);
+    application_->setProperty(platform::kCertificateNameProperty, QString::fromUtf8(name));
+    if (!certificate.isNull() && !privateKey.isNull()) {
+        application_->setProperty(platform::kCertificateEndProperty, certificate.expiryDate());
+    }
     serverContext_->tls.configure(tlsConfiguration(certificate, privateKey));
 }
 

@@ -27,7 +27,7 @@ DEPENDENCIES = {
     "json": set(),
     "http": set(),
     "platform": set(),
-    "host": {"platform"},
+    "host": {"handlers", "platform"},
 }
 
 # Namespaces that a module may declare besides quorin.

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace quorin::platform {
+
+// Returns the command line that CommandLineToArgvW() and the C runtime split into `arguments`. The
+// first is the path of the program, which must not contain a quotation mark.
+[[nodiscard]] QString commandLineText(const QStringList& arguments);
+
+} // namespace quorin::platform
