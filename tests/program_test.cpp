@@ -1,6 +1,7 @@
 // The program quorin-gateway as a process: commands, control pipe, signals, limits.
 
 #include "platform/control_pipe.h"
+#include "support/certificate_store.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/lifecycle_fixture.h"
@@ -291,6 +292,113 @@ TEST_F(StopCommandTest, ReportsDeniedAccess) {
               "quorin-gateway: permission denied: cannot open the gateway's control pipe\n");
     EXPECT_THAT(site_.logged(), Not(Contains(kQuitLine)));
     EXPECT_EQ(gateway_.stop(), 0);
+}
+
+// The events for administrators, which on Linux go to the journal.
+class EventTest : public ProgramTest {
+protected:
+    void SetUp() override {
+        if (kOnWindows) {
+            GTEST_SKIP() << "this system has no journal";
+        }
+    }
+
+    // Starts the gateway as systemd does, which announces the stream that the journal reads.
+    void startUnit() {
+        gateway_.startProcess(
+            u"sh"_s,
+            QStringList{u"-c"_s, u"JOURNAL_STREAM=$(stat -L -c %d:%i /dev/stderr) exec \"$@\""_s,
+                        u"sh"_s, QStringLiteral(QUORIN_PROGRAM)} +
+                runArguments());
+    }
+
+    void startHttpsUnit() {
+        Settings settings;
+        settings.HttpsEnabled = "true";
+        site_.writeSettings(settings);
+        startUnit();
+        ASSERT_TRUE(isListening());
+        ASSERT_EQ(gateway_.stop(), 0);
+    }
+
+    std::string started() const {
+        return "<6>The gateway has started. Settings: " + settingsAndGroup();
+    }
+    std::string settingsAndGroup() const {
+        return site_.settingsPath().toStdString() + " (primary).\n";
+    }
+};
+
+TEST_F(EventTest, JournalReceivesStartAndStop) {
+    startUnit();
+    ASSERT_TRUE(isListening());
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput().toStdString(), started() + "<6>The gateway has stopped.\n");
+}
+
+TEST_F(EventTest, JournalReceivesReasonOfFailedStart) {
+    ASSERT_TRUE(QFile::remove(site_.settingsPath()));
+    startUnit();
+    EXPECT_EQ(gateway_.waitForExit(), 1);
+    EXPECT_EQ(gateway_.errorOutput().toStdString(),
+              "<3>The gateway did not start (exit code 1): failed to open config file. Settings: " +
+                  settingsAndGroup());
+}
+
+TEST_F(EventTest, JournalReceivesDuplicateStart) {
+    Gateway first(site_);
+    first.start();
+    ASSERT_TRUE(isListening());
+    startUnit();
+    EXPECT_EQ(gateway_.waitForExit(), 2);
+    EXPECT_EQ(gateway_.errorOutput().toStdString(),
+              "<3>The gateway did not start (exit code 2): Duplicate execution of applications. "
+              "Settings: " +
+                  settingsAndGroup());
+    EXPECT_EQ(first.stop(), 0);
+}
+
+TEST_F(EventTest, JournalReceivesMissingCertificate) {
+    startHttpsUnit();
+    EXPECT_EQ(gateway_.errorOutput().toStdString(),
+              started() +
+                  "<3>HTTPS is enabled, but there is no valid certificate for localhost with an "
+                  "exportable private key. Clients cannot connect.\n"
+                  "<6>The gateway has stopped.\n");
+}
+
+TEST_F(EventTest, JournalReceivesEndOfCertificate) {
+    if (!canInstallCertificates()) {
+        GTEST_SKIP() << "the tests cannot install certificates on this system";
+    }
+    installCertificate(site_, "localhost"); // valid for less than 30 days
+    startHttpsUnit();
+    EXPECT_THAT(gateway_.errorOutput().toStdString(),
+                testing::MatchesRegex("<6>The gateway has started[^\n]*\n"
+                                      "<4>The certificate for localhost expires at 20[-0-9T:]*Z. "
+                                      "Install a new one and restart the gateway before then.\n"
+                                      "<6>The gateway has stopped.\n"));
+}
+
+TEST_F(EventTest, IsSilentWithoutJournal) {
+    gateway_.startProgram(runArguments());
+    ASSERT_TRUE(isListening());
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput(), "");
+    ASSERT_TRUE(QFile::remove(site_.settingsPath()));
+    EXPECT_EQ(run(runArguments()), 1);
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(EventTest, ServiceCommandIsForWindows) {
+    for (const QStringList& arguments :
+         {QStringList{u"service"_s}, QStringList{u"service"_s, u"install"_s},
+          QStringList{u"service"_s, u"run"_s, site_.settingsPath(), u"primary"_s}}) {
+        EXPECT_EQ(run(arguments), 64);
+        EXPECT_EQ(errors_, "quorin-gateway: 'service' is for Windows; on this system, use the "
+                           "systemd unit quorin-gateway.service\n");
+        EXPECT_EQ(output_, "");
+    }
 }
 
 class RunCommandTest : public ProgramTest {

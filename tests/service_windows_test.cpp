@@ -67,6 +67,7 @@ protected:
     void TearDown() override {
         if (manager_) {
             run({u"uninstall"_s, u"--name"_s, name_});
+            EXPECT_TRUE(waitUntil([this] { return !open(); }));
             QDir(top_).removeRecursively();
         }
     }
@@ -160,8 +161,9 @@ TEST_F(ServiceTest, ServesAndStops) {
     EXPECT_EQ(run({u"uninstall"_s, u"--name"_s, name_}), 0) << errors_;
     EXPECT_EQ(output_,
               "The service " + name_.toStdString() + " has been removed. Its folders remain.\n");
-    EXPECT_EQ(open(), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_SERVICE_DOES_NOT_EXIST});
+    // The system removes it when the process has ended.
+    EXPECT_TRUE(
+        waitUntil([this] { return !open() && GetLastError() == ERROR_SERVICE_DOES_NOT_EXIST; }));
     EXPECT_TRUE(QFile::exists(product_ + u"/QuorinGatewayHttp/wwwroot/fwfiles/file.bin"));
 }
 
@@ -219,12 +221,11 @@ TEST_F(ServiceTest, FailedStartReportsExitCode) {
 
 TEST_F(ServiceTest, SecondGatewayReportsExitCode) {
     writeSettings();
+    ASSERT_EQ(install(), 0) << errors_;
     QProcess first;
     first.start(QStringLiteral(QUORIN_PROGRAM),
                 {u"run"_s, folder_.filePath(settingsName_), u"primary"_s});
     ASSERT_TRUE(Client(port_).isConnected());
-    QDir(top_).removeRecursively(); // created for the log; its owner is refused
-    ASSERT_EQ(install(), 0) << errors_;
     start();
     ASSERT_TRUE(waitFor(SERVICE_STOPPED));
     EXPECT_EQ(status().dwWin32ExitCode, DWORD{ERROR_SERVICE_SPECIFIC_ERROR});
