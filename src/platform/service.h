@@ -39,8 +39,9 @@ struct ServiceError {
 // If a step fails, the service is removed again.
 [[nodiscard]] std::optional<ServiceError> installService(const ServiceDefinition& definition);
 
-// Stops and removes the service `name`. Waits up to 3 minutes until it has stopped. If it is still
-// running then, returns an error; the system removes it as soon as it stops.
+// Stops and removes the service `name`, whose command must begin with the arguments "service"
+// "run". Waits up to 3 minutes until it has stopped. If it is still running then, returns an error;
+// the system removes it as soon as it stops.
 [[nodiscard]] std::optional<ServiceError> uninstallService(const QString& name);
 
 // The connection of a process that runs as a service to the service manager, which is told:

@@ -1,5 +1,11 @@
 #include "platform/windows/command_line_text.h"
 
+#include "platform/windows/system.h"
+
+#include <shellapi.h>
+
+#include <memory>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin::platform {
@@ -30,6 +36,17 @@ QString commandLineText(const QStringList& arguments) {
         text += u' ' + quoted(argument);
     }
     return text;
+}
+
+QStringList commandLineArguments(const QString& commandLine) {
+    int count = 0;
+    const std::unique_ptr<LPWSTR, decltype(&LocalFree)> arguments(
+        CommandLineToArgvW(wide(commandLine), &count), &LocalFree);
+    QStringList texts;
+    for (int i = 0; arguments && i < count; ++i) {
+        texts += QString::fromWCharArray(arguments.get()[i]);
+    }
+    return texts;
 }
 
 } // namespace quorin::platform

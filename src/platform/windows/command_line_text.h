@@ -9,4 +9,7 @@ namespace quorin::platform {
 // first is the path of the program, which must not contain a quotation mark.
 [[nodiscard]] QString commandLineText(const QStringList& arguments);
 
+// Returns the arguments of a command line as the system splits it, starting with the program.
+[[nodiscard]] QStringList commandLineArguments(const QString& commandLine);
+
 } // namespace quorin::platform

@@ -1,28 +1,11 @@
 #include "platform/windows/command_line_text.h"
 
-#include "platform/windows/system.h"
-
-#include <shellapi.h>
-
 #include <gtest/gtest.h>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace quorin::platform {
 namespace {
-
-QStringList split(const QString& commandLine) {
-    int count = 0;
-    const std::unique_ptr<LPWSTR, decltype(&LocalFree)> arguments(
-        CommandLineToArgvW(wide(commandLine), &count), &LocalFree);
-    QStringList texts;
-    for (int i = 0; arguments && i < count; ++i) {
-        texts += QString::fromWCharArray(arguments.get()[i]);
-    }
-    return texts;
-}
 
 TEST(CommandLineTextTest, SystemSplitsTextIntoSameArguments) {
     const QStringList programs{u"C:\\quorin-gateway.exe"_s,
@@ -45,7 +28,7 @@ TEST(CommandLineTextTest, SystemSplitsTextIntoSameArguments) {
     for (const QString& program : programs) {
         for (const QString& argument : arguments) {
             const QStringList command{program, argument, u"primary"_s};
-            EXPECT_EQ(split(commandLineText(command)), command)
+            EXPECT_EQ(commandLineArguments(commandLineText(command)), command)
                 << commandLineText(command).toStdString();
         }
     }

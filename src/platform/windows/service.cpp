@@ -117,6 +117,20 @@ std::optional<ServiceError> configure(const ServiceManagerFunctions& system, SC_
     return std::nullopt;
 }
 
+// Prevents that a wrong name removes a service of the system.
+bool isGatewayService(const ServiceManagerFunctions& system, SC_HANDLE service) {
+    constexpr DWORD maxSize = 8192; // of the system
+    alignas(QUERY_SERVICE_CONFIGW) std::array<BYTE, maxSize> buffer{};
+    auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(buffer.data());
+    DWORD needed = 0;
+    if (system.queryConfig(service, config, maxSize, &needed) == FALSE) {
+        return false;
+    }
+    const QStringList command =
+        commandLineArguments(QString::fromWCharArray(config->lpBinaryPathName));
+    return command.mid(1, 2) == QStringList{u"service"_s, u"run"_s};
+}
+
 bool isStopped(const ServiceManagerFunctions& system, SC_HANDLE service) {
     SERVICE_STATUS_PROCESS status{};
     DWORD needed = 0;
@@ -188,11 +202,15 @@ std::optional<ServiceError> uninstallServiceWith(const ServiceManagerFunctions& 
     if (manager.get() == nullptr) {
         return lastError(u"open the service manager"_s);
     }
-    const ServiceHandle service(system,
-                                system.openService(manager.get(), wide(name),
-                                                   SERVICE_STOP | SERVICE_QUERY_STATUS | DELETE));
+    const ServiceHandle service(system, system.openService(manager.get(), wide(name),
+                                                           SERVICE_STOP | SERVICE_QUERY_CONFIG |
+                                                               SERVICE_QUERY_STATUS | DELETE));
     if (service.get() == nullptr) {
         return lastError(u"open the service"_s);
+    }
+    if (!isGatewayService(system, service.get())) {
+        return ServiceError{ServiceError::Kind::Other,
+                            u"the service "_s + name + u" does not run a gateway"};
     }
     const bool hasStopped = stopService(system, service.get());
     if (system.deleteService(service.get()) == FALSE) {

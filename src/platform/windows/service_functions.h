@@ -12,6 +12,7 @@ struct ServiceManagerFunctions {
     decltype(&CreateServiceW) createService = &CreateServiceW;
     decltype(&ChangeServiceConfig2W) changeConfig = &ChangeServiceConfig2W;
     decltype(&OpenServiceW) openService = &OpenServiceW;
+    decltype(&QueryServiceConfigW) queryConfig = &QueryServiceConfigW;
     decltype(&QueryServiceStatusEx) queryStatus = &QueryServiceStatusEx;
     decltype(&ControlService) control = &ControlService;
     decltype(&DeleteService) deleteService = &DeleteService;

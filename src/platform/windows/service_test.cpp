@@ -28,7 +28,7 @@ struct Manager {
 
     std::wstring name;
     std::wstring displayName;
-    std::wstring command;
+    std::wstring command = L"\"C:\\a b\\quorin-gateway.exe\" service run --name QuorinTest s.xml";
     std::wstring account;
     DWORD type = 0;
     DWORD startType = 0;
@@ -112,6 +112,10 @@ ServiceManagerFunctions fakeFunctions() {
     functions.openService = [](SC_HANDLE, const wchar_t* name, DWORD) {
         manager->name = name;
         return manager->fails("open") ? nullptr : fakeHandle<SC_HANDLE>();
+    };
+    functions.queryConfig = [](SC_HANDLE, QUERY_SERVICE_CONFIGW* config, DWORD, DWORD*) -> BOOL {
+        config->lpBinaryPathName = manager->command.data();
+        return !manager->fails("query");
     };
     functions.queryStatus = [](SC_HANDLE, SC_STATUS_TYPE, BYTE* buffer, DWORD, DWORD*) -> BOOL {
         auto& status = *reinterpret_cast<SERVICE_STATUS_PROCESS*>(buffer);
@@ -239,15 +243,33 @@ TEST_F(ServiceTest, UninstallWaitsUntilServiceHasStopped) {
     EXPECT_EQ(uninstallServiceWith(fakeFunctions(), u"QuorinTest"_s), std::nullopt);
     EXPECT_EQ(manager_.name, L"QuorinTest");
     EXPECT_THAT(manager_.calls,
-                ElementsAre("open manager", "open", "stop", "delete", "close", "close"));
+                ElementsAre("open manager", "open", "query", "stop", "delete", "close", "close"));
     EXPECT_EQ(manager_.state, DWORD{SERVICE_STOPPED});
 }
 
 TEST_F(ServiceTest, UninstallDoesNotStopStoppedService) {
     manager_.state = SERVICE_STOPPED;
     EXPECT_EQ(uninstallServiceWith(fakeFunctions(), u"QuorinTest"_s), std::nullopt);
-    EXPECT_THAT(manager_.calls, ElementsAre("open manager", "open", "delete", "close", "close"));
+    EXPECT_THAT(manager_.calls,
+                ElementsAre("open manager", "open", "query", "delete", "close", "close"));
     EXPECT_EQ(manager_.slept, 0u);
+}
+
+TEST_F(ServiceTest, UninstallRefusesServicesOfOthers) {
+    for (const wchar_t* command :
+         {L"C:\\Windows\\System32\\spoolsv.exe", L"svchost.exe -k service run",
+          L"\"C:\\service run\" run service", L""}) {
+        manager_ = {};
+        manager_.command = command;
+        const auto error = uninstallServiceWith(fakeFunctions(), u"Spooler"_s);
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->text.toStdString(), "the service Spooler does not run a gateway");
+        EXPECT_THAT(manager_.calls, ElementsAre("open manager", "open", "query", "close", "close"));
+    }
+    manager_ = {};
+    manager_.failing = "query";
+    EXPECT_TRUE(uninstallServiceWith(fakeFunctions(), u"Spooler"_s));
+    EXPECT_EQ(manager_.state, DWORD{SERVICE_RUNNING});
 }
 
 TEST_F(ServiceTest, UninstallGivesUpWaitingAfter3Minutes) {
