@@ -207,6 +207,7 @@ TEST_F(ServiceConnectionTest, EndsProcessIfStopFails) {
     EXPECT_EQ(manager_.last().dwCurrentState, DWORD{SERVICE_STOPPED})
         << "otherwise the system restarts the service";
     EXPECT_EQ(manager_.last().dwServiceSpecificExitCode, 1u);
+    connection_.reportStopped(0); // if it was not reported, the destructor would wait for it
 }
 
 TEST_F(ServiceConnectionTest, ReturnsErrorIfStartedByHand) {
