@@ -1,9 +1,10 @@
-// quorin-gateway: runs, checks, watches and stops the gateway.
+// quorin-gateway: runs, checks, watches and stops the gateway, as a program or as a service.
 
 #include "check_command.h"
 #include "command_line.h"
 #include "platform/command_line.h"
 #include "run_command.h"
+#include "service_command.h"
 #include "status_command.h"
 #include "stop_command.h"
 #include "usage.h"
@@ -30,6 +31,7 @@ constexpr std::array kCommands{
     Command{"check", quorin::checkCommand, quorin::kCheckHelp},
     Command{"status", quorin::statusCommand, quorin::kStatusHelp},
     Command{"stop", quorin::stopCommand, quorin::kStopHelp},
+    Command{"service", quorin::serviceCommand, quorin::kServiceHelp},
 };
 
 constexpr const char* kHelp =
@@ -37,15 +39,17 @@ constexpr const char* kHelp =
     "       quorin-gateway check SETTINGS primary|secondary [--json]\n"
     "       quorin-gateway status\n"
     "       quorin-gateway stop\n"
+    "       quorin-gateway service install|uninstall ...\n"
     "       quorin-gateway COMMAND --help\n"
     "       quorin-gateway --help | --version\n"
     "\n"
-    "run     Runs a gateway until it is stopped.\n"
-    "check   Reports what would make the start of a gateway fail, or the gateway\n"
-    "        serve other than it was set up to. Changes nothing.\n"
-    "status  Reports whether a gateway runs on this machine.\n"
-    "stop    Tells the gateway on this machine to complete its current requests and\n"
-    "        stop.\n"
+    "run      Runs a gateway until it is stopped.\n"
+    "check    Reports what would make the start of a gateway fail, or the gateway\n"
+    "         serve other than it was set up to. Changes nothing.\n"
+    "status   Reports whether a gateway runs on this machine.\n"
+    "stop     Tells the gateway on this machine to complete its current requests and\n"
+    "         stop.\n"
+    "service  Installs or removes the gateway as a service (Windows).\n"
     "\n"
     "SETTINGS is the settings file. The gateway uses the settings of its group,\n"
     "primary or secondary.\n"

@@ -1,7 +1,6 @@
 #include "start_notice.h"
 
 #include "check/finding_codes.h"
-#include "check/running_gateway.h"
 #include "check/start_check.h"
 #include "check_report.h"
 #include "config/settings_file.h"
@@ -13,7 +12,7 @@
 #include <QDir>
 
 #include <cstdio>
-#include <cstdlib>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -22,17 +21,6 @@ namespace quorin {
 namespace {
 
 constexpr QStringView kProgram = u"quorin-gateway: ";
-
-// Printed when the process exits before the gateway serves; empty if nothing is to be printed. No
-// QString: when the process exits, Qt may have been shut down.
-std::string& failureText() {
-    static std::string text;
-    return text;
-}
-
-void printFailure() {
-    std::fputs(failureText().c_str(), stderr);
-}
 
 } // namespace
 
@@ -58,31 +46,32 @@ QString failedStartText(const check::Findings& findings, const QString& logFolde
                           : text;
 }
 
-StartNotice::StartNotice(const std::string& program, const std::string& settings,
-                         const std::string& group)
-    : isEnabled_(platform::isErrorOutputTerminal()) {
+StartNotice::StartNotice(GatewayArguments arguments, check::GatewayStatus status)
+    : arguments_(std::move(arguments)),
+      status_(std::move(status)),
+      isEnabled_(platform::isErrorOutputTerminal()) {}
+
+void StartNotice::onStarting() {
     if (!isEnabled_) {
         return;
     }
-    std::string name = program;
-    char* arguments[] = {name.data(), nullptr};
+    std::string program = arguments_.program;
+    char* arguments[] = {program.data(), nullptr};
     int count = 1;
     const QCoreApplication application(count, arguments);
     const check::Findings findings =
-        check::checkStart(settingsPath(settings.c_str()), group == "primary");
-    failureText() = failedStartText(findings, logFolder()).toStdString();
-    std::atexit(&printFailure);
+        check::checkStart(settingsPath(arguments_.settings.c_str()), arguments_.group == "primary");
+    failureText_ = failedStartText(findings, logFolder()).toStdString();
 }
 
-void StartNotice::reportServing(const check::GatewayStatus& status) {
+void StartNotice::onStarted() {
     if (isEnabled_) {
-        failureText().clear();
-        std::fputs(qUtf8Printable(servingText(status, documentRoot(), logFolder())), stderr);
+        std::fputs(qUtf8Printable(servingText(status_, documentRoot(), logFolder())), stderr);
     }
 }
 
-void StartNotice::endStart() {
-    failureText().clear();
+void StartNotice::onStartFailed(int /*exitCode*/, const QString& /*reason*/) {
+    std::fputs(failureText_.c_str(), stderr); // empty if the library could not be loaded
 }
 
 } // namespace quorin

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "gateway_call.h"
+
 #include "check/finding.h"
+#include "check/running_gateway.h"
 
 #include <QString>
 
@@ -8,27 +11,23 @@
 
 namespace quorin {
 
-namespace check {
-struct GatewayStatus;
-} // namespace check
-
-// Tells a person at a terminal how the start of a gateway went. If standard error is not a
-// terminal, does nothing. At most one object per process; main thread only.
-class StartNotice {
+// Prints how the start of a gateway went, for a person at a terminal. Prints nothing if standard
+// error is not a terminal.
+class StartNotice final : public GatewayObserver {
 public:
-    // Checks the start, so that the reason is known if it fails. A process that exits between the
-    // constructor and reportServing() or endStart() prints the reason. Creates and destroys a
-    // QCoreApplication if standard error is a terminal.
-    StartNotice(const std::string& program, const std::string& settings, const std::string& group);
+    StartNotice(GatewayArguments arguments, check::GatewayStatus status);
 
-    // Prints where the gateway serves.
-    void reportServing(const check::GatewayStatus& status);
-
-    // The gateway has ended by itself.
-    void endStart();
+    // Checks the start, so that all reasons are known if it fails. Creates and destroys a
+    // QCoreApplication.
+    void onStarting() override;
+    void onStarted() override;
+    void onStartFailed(int exitCode, const QString& reason) override;
 
 private:
-    bool isEnabled_;
+    const GatewayArguments arguments_;
+    const check::GatewayStatus status_;
+    const bool isEnabled_;
+    std::string failureText_;
 };
 
 // Returns the lines that describe where the gateway serves and how to stop it.

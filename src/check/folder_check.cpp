@@ -5,6 +5,7 @@
 #include "handlers/notification_lock.h"
 #include "log/application_logger.h"
 #include "platform/folders.h"
+#include "platform/protected_folders.h"
 #include "server/document_root.h"
 
 #include <QCoreApplication>
@@ -71,8 +72,10 @@ public:
     }
 
     void requireProtected(const QString& path) {
-        if (platform::isWorldWritable(path)) {
-            add(Severity::Warning, code::kRightsTooWide, path, u"every account may change it"_s,
+        const QStringList writers = platform::unprivilegedWriters(path);
+        if (!writers.isEmpty()) {
+            add(Severity::Warning, code::kRightsTooWide, path,
+                writers.join(u", "_s) + u" may change it",
                 u"Allow only the accounts to write to it that must."_s);
         }
     }
@@ -112,6 +115,16 @@ QString nearestExistingFolder(QString path) {
         path = QFileInfo(path).path();
     }
     return path;
+}
+
+// Accounts that may change these can replace the folders in them.
+void checkParentFolders(FolderCheck& check) {
+    const QString product =
+        platform::commonApplicationDataFolder() + u'/' + platform::kProductFolder;
+    check.requireProtected(QFileInfo(product).path());
+    check.requireProtected(product);
+    check.requireProtected(QFileInfo(documentRoot()).path());
+    check.requireProtected(QFileInfo(stagingFolder()).path());
 }
 
 void checkDocumentRoot(FolderCheck& check) {
@@ -155,6 +168,7 @@ void checkFolders(const QString& settingsFile, Findings& findings) {
     FolderCheck check(findings);
     check.requireProtected(settingsFile);
     check.requireProtected(QCoreApplication::applicationDirPath());
+    checkParentFolders(check);
     checkDocumentRoot(check);
     checkStagingFolder(check);
     checkLogFolder(check);

@@ -5,6 +5,7 @@
 #include "config/settings_file.h"
 #include "log/application_logger.h"
 #include "log/log.h"
+#include "platform/application_report.h"
 #include "platform/folders.h"
 #include "platform/instance_guard.h"
 #include "server/document_root.h"
@@ -13,6 +14,7 @@
 
 #include <QCoreApplication>
 #include <QThreadPool>
+#include <QVariant>
 
 #include <cstring>
 
@@ -105,6 +107,7 @@ RunOutcome runGateway(QCoreApplication& application, int argc, char** argv) {
         return RunOutcome::Stopped;
     } catch (const GatewayException& exception) {
         log::error(exception.message());
+        application.setProperty(platform::kStartErrorProperty, exception.message());
         switch (exception.kind()) {
         case GatewayException::Fatal:
             logEnd(argumentText(argc, argv), kFailure);

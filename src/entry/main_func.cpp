@@ -1,11 +1,22 @@
 #include "entry/main_func.h"
 
 #include "entry/gateway_run.h"
+#include "platform/application_report.h"
 #include "platform/own_libraries.h"
 
 #include <QCoreApplication>
+#include <QVariant>
 
 #include <cstdlib>
+
+namespace {
+
+[[noreturn]] void endProcess(QCoreApplication& application, int exitCode) {
+    application.setProperty(quorin::platform::kExitCodeProperty, exitCode);
+    std::exit(exitCode);
+}
+
+} // namespace
 
 int QuorinGatewayHttpMainFunc(int argc, char** argv) {
     constexpr int duplicateInstance = 2;
@@ -15,9 +26,9 @@ int QuorinGatewayHttpMainFunc(int argc, char** argv) {
     quorin::platform::useOwnLibraries();
     switch (quorin::runGateway(application, argc, argv)) {
     case quorin::RunOutcome::Failed:
-        std::exit(EXIT_FAILURE);
+        endProcess(application, EXIT_FAILURE);
     case quorin::RunOutcome::DuplicateInstance:
-        std::exit(duplicateInstance);
+        endProcess(application, duplicateInstance);
     case quorin::RunOutcome::Stopped:
         break;
     }

@@ -13,7 +13,6 @@ namespace {
 
 constexpr const char* kLoggerName = "GW";
 constexpr const char* kLogFileBaseName = "QuorinGatewayHttp";
-constexpr QStringView kLogFolder = u"log";
 
 struct LevelName {
     QStringView name;
@@ -46,7 +45,7 @@ std::int32_t filesToKeep(std::int32_t generation) {
 QString logFolder() {
     const QString base = platform::commonApplicationDataFolderForLog();
     return platform::joinPath(platform::joinPath(base, platform::kProductFolder.toString()),
-                              kLogFolder.toString());
+                              platform::kLogFolder.toString());
 }
 
 QuorinGatewayApplicationLogger::QuorinGatewayApplicationLogger()

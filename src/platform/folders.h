@@ -9,6 +9,9 @@ namespace quorin::platform {
 // below it.
 inline constexpr QStringView kProductFolder = u"Vemo/Quorin5";
 
+// The folder of the log files, in the product folder.
+inline constexpr QStringView kLogFolder = u"log";
+
 // Returns false if the system library that provides the shell folders cannot be loaded; the gateway
 // must not start then. Always returns true on systems that do not need such a library.
 [[nodiscard]] bool shellFoldersAvailable();
@@ -22,7 +25,7 @@ inline constexpr QStringView kProductFolder = u"Vemo/Quorin5";
 [[nodiscard]] QString commonApplicationDataFolderForLog();
 
 // Returns the folder for files that describe the running gateway: on Linux the temporary folder, on
-// Windows the product folder, which all accounts can read.
+// Windows the folder of the log files, to which the account of a gateway can always write.
 [[nodiscard]] QString runtimeFolder();
 
 // Joins two paths: always appends the system's separator to `left`, and removes one leading
@@ -34,10 +37,6 @@ inline constexpr QStringView kProductFolder = u"Vemo/Quorin5";
 
 // Returns true if this process may create files in the directory `path`.
 [[nodiscard]] bool canCreateFilesIn(const QString& path);
-
-// Returns true if every account of the machine may write to the file or directory `path`. Returns
-// false if `path` does not exist.
-[[nodiscard]] bool isWorldWritable(const QString& path);
 
 // Creates the directory `path` and its parents. Returns false if it does not exist afterwards.
 bool makeDirectoryPath(const QString& path);

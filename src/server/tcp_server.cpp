@@ -5,6 +5,7 @@
 #include "config/gateway_exception.h"
 #include "config/gateway_settings.h"
 #include "log/log.h"
+#include "platform/application_report.h"
 #include "platform/control_pipe.h"
 #include "platform/listen_backlog.h"
 #include "server/polling.h"
@@ -18,6 +19,7 @@
 #include <QCoreApplication>
 #include <QLocalSocket>
 #include <QThreadPool>
+#include <QVariant>
 
 #include <chrono>
 #include <cstddef>
@@ -88,6 +90,11 @@ void TcpServer::loadCertificate() {
     const QByteArray name =
         chooseCertificateName(settings.OrganizationId, settings.RootUrl, settings.GatewayAddress);
     const ServerCertificate found = findServerCertificate(name);
+    application_->setProperty(platform::kCertificateNameProperty, QString::fromUtf8(name));
+    if (!found.certificate.isNull() && !found.privateKey.isNull()) {
+        application_->setProperty(platform::kCertificateEndProperty,
+                                  found.certificate.expiryDate());
+    }
     serverContext_->tls.configure(
         tlsConfiguration(found.certificate, found.privateKey, found.intermediates));
 }

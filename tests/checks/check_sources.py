@@ -28,7 +28,7 @@ DEPENDENCIES = {
     "json": set(),
     "http": set(),
     "platform": set(),
-    "host": {"check", "server", "json", "config", "log", "platform"},
+    "host": {"check", "handlers", "server", "json", "config", "log", "platform"},
 }
 
 # Namespaces that a module may declare besides quorin.

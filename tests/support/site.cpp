@@ -36,9 +36,6 @@ void store(const QString& path, const QByteArray& content) {
 // The number of sites that exist, which share the machine's folder.
 int siteCount = 0;
 
-// The first site marks the machine's folder as used by tests with a file of this name.
-constexpr QStringView kClaim = u"/claimed-by-tests";
-
 // Aborts the tests if the folder holds the data of a gateway that is in use.
 void claimMachine(const QString& productFolder) {
     const bool isClaimed = QFile::exists(productFolder + kClaim);

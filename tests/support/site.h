@@ -75,6 +75,10 @@ private:
     quint16 port_ = 0;
 };
 
+// The name of a file in the machine's product folder that marks the folder as used by tests: tests
+// may remove it.
+inline constexpr QStringView kClaim = u"/claimed-by-tests";
+
 // Returns a port that is not in use.
 [[nodiscard]] quint16 freePort();
 

@@ -48,12 +48,6 @@ bool canCreateFilesIn(const QString& path) {
     return isDirectory(path) && access(QFile::encodeName(path).constData(), W_OK | X_OK) == 0;
 }
 
-bool isWorldWritable(const QString& path) {
-    struct stat status {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 &&
-           (status.st_mode & S_IWOTH) != 0;
-}
-
 bool makeDirectoryPath(const QString& path) {
     return QDir().mkpath(path);
 }

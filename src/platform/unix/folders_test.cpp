@@ -12,15 +12,6 @@ using namespace Qt::StringLiterals;
 namespace quorin::platform {
 namespace {
 
-TEST(UnixFoldersTest, KnowsWorldWritablePaths) {
-    const QTemporaryDir folder;
-    EXPECT_FALSE(isWorldWritable(folder.path()));
-    ASSERT_TRUE(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::WriteOwner |
-                                                         QFile::ExeOwner | QFile::WriteOther));
-    EXPECT_TRUE(isWorldWritable(folder.path()));
-    EXPECT_FALSE(isWorldWritable(folder.filePath(u"missing"_s)));
-}
-
 class PipeObstacleTest : public testing::Test {
 protected:
     PipeObstacleTest() { setTemporaryFolder(folder_.path()); }

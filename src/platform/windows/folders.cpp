@@ -2,7 +2,6 @@
 
 #include "platform/windows/system.h"
 
-#include <aclapi.h>
 #include <dbghelp.h>
 #include <shlobj.h>
 #include <shlwapi.h>
@@ -73,7 +72,8 @@ QString joinPath(const QString& left, const QString& right) {
 }
 
 QString runtimeFolder() {
-    return joinPath(commonApplicationDataFolder(), kProductFolder.toString());
+    return joinPath(joinPath(commonApplicationDataFolder(), kProductFolder.toString()),
+                    kLogFolder.toString());
 }
 
 bool canCreateFilesIn(const QString& path) {
@@ -86,39 +86,6 @@ bool canCreateFilesIn(const QString& path) {
     }
     CloseHandle(directory);
     return isDirectory(path);
-}
-
-bool isWorldWritable(const QString& path) {
-    PACL list = nullptr;
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (GetNamedSecurityInfoW(wide(path), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
-                              nullptr, &list, nullptr, &descriptor) != ERROR_SUCCESS) {
-        return false;
-    }
-    const std::unique_ptr<void, decltype(&LocalFree)> owned(descriptor, &LocalFree);
-    if (list == nullptr) {
-        return true; // without a list, everyone has all rights
-    }
-    std::array<BYTE, SECURITY_MAX_SID_SIZE> everyone{};
-    DWORD size = everyone.size();
-    if (CreateWellKnownSid(WinWorldSid, nullptr, everyone.data(), &size) == FALSE) {
-        return false;
-    }
-    constexpr ACCESS_MASK writing =
-        FILE_WRITE_DATA | FILE_APPEND_DATA | WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
-    for (DWORD index = 0; index < list->AceCount; ++index) {
-        void* entry = nullptr;
-        if (GetAce(list, index, &entry) == FALSE) {
-            continue;
-        }
-        auto* const allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
-        if (allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE &&
-            (allowed->Header.AceFlags & INHERIT_ONLY_ACE) == 0 && (allowed->Mask & writing) != 0 &&
-            EqualSid(everyone.data(), &allowed->SidStart) != FALSE) {
-            return true;
-        }
-    }
-    return false;
 }
 
 // The ANSI functions are used for every path that the ANSI code page can represent, the wide

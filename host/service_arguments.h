@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace quorin {
+
+inline constexpr QStringView kDefaultServiceName = u"QuorinGateway";
+
+struct ServiceArguments {
+    enum class Action { Install, Uninstall, Run };
+    Action action = Action::Run;
+    QString name = kDefaultServiceName.toString();
+    QString settings; // as given; empty for Uninstall
+    QString group;    // "primary" or "secondary"; empty for Uninstall
+};
+
+// Parses what follows `quorin-gateway service` on the command line, in UTF-8. Returns the error
+// text if it is malformed.
+[[nodiscard]] std::variant<ServiceArguments, std::string>
+parseServiceArguments(const std::vector<std::string>& arguments);
+
+} // namespace quorin

@@ -1,0 +1,67 @@
+#include "service_arguments.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace quorin {
+namespace {
+
+using testing::HasSubstr;
+using Action = ServiceArguments::Action;
+
+void expectParsed(const std::vector<std::string>& arguments, Action action, const char* name,
+                  const char* settings, const char* group) {
+    const auto parsed = parseServiceArguments(arguments);
+    const auto* const result = std::get_if<ServiceArguments>(&parsed);
+    ASSERT_NE(result, nullptr) << std::get<std::string>(parsed);
+    EXPECT_EQ(result->action, action);
+    EXPECT_EQ(result->name.toStdString(), name);
+    EXPECT_EQ(result->settings.toStdString(), settings);
+    EXPECT_EQ(result->group.toStdString(), group);
+}
+
+TEST(ServiceArgumentsTest, ParsesCommands) {
+    expectParsed({"install", "my settings.xml", "primary"}, Action::Install, "QuorinGateway",
+                 "my settings.xml", "primary");
+    expectParsed({"install", "--name", "Other-1_a", "s.xml", "secondary"}, Action::Install,
+                 "Other-1_a", "s.xml", "secondary");
+    expectParsed({"run", "--name", "Other", "s.xml", "primary"}, Action::Run, "Other", "s.xml",
+                 "primary");
+    expectParsed({"uninstall"}, Action::Uninstall, "QuorinGateway", "", "");
+    expectParsed({"uninstall", "--name", "Other"}, Action::Uninstall, "Other", "", "");
+}
+
+TEST(ServiceArgumentsTest, RefusesMalformedCommands) {
+    const std::vector<std::vector<std::string>> malformed{
+        {},
+        {"start"},
+        {"install"},
+        {"install", "s.xml"},
+        {"install", "s.xml", "Primary"},
+        {"install", "s.xml", "primary", "more"},
+        {"install", "", "primary"},
+        {"install", "--nmae", "primary"},
+        {"install", "--name"},
+        {"install", "--name", "Other", "s.xml"},
+        {"run", "primary"},
+        {"uninstall", "s.xml"},
+        {"uninstall", "--name"},
+    };
+    for (const auto& arguments : malformed) {
+        EXPECT_TRUE(std::holds_alternative<std::string>(parseServiceArguments(arguments)))
+            << testing::PrintToString(arguments);
+    }
+}
+
+TEST(ServiceArgumentsTest, RefusesNamesThatNeedQuoting) {
+    for (const std::string& name :
+         {std::string(), std::string("a b"), std::string("a\\b"), std::string("a/b"),
+          std::string("a\"b"), std::string("gr\u00f6\u00dfer"), std::string(81, 'a')}) {
+        const auto parsed = parseServiceArguments({"uninstall", "--name", name});
+        ASSERT_TRUE(std::holds_alternative<std::string>(parsed)) << name;
+        EXPECT_THAT(std::get<std::string>(parsed), HasSubstr("'--name'"));
+    }
+}
+
+} // namespace
+} // namespace quorin
