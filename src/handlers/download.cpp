@@ -158,7 +158,8 @@ void sendFile(RequestContext& context, const QFileInfo& fileInfo) {
     if (!file) {
         refuseUnreadable(context, u"failed to open " + filePath + u" for read.");
     }
-    const qint64 size = fileInfo.size();
+    // Not that of `fileInfo`: a publisher may have replaced the file since it was looked up.
+    const qint64 size = file->size();
     writeIfConnected(*context.socket, streamHeader(size, contentTypeOfFolder(fileInfo.path())));
     waitUntilSent(*context.socket);
     context.responseStarted = true;
