@@ -3,6 +3,7 @@
 #include "check_command.h"
 #include "command_line.h"
 #include "platform/command_line.h"
+#include "platform/service.h"
 #include "run_command.h"
 #include "service_command.h"
 #include "status_command.h"
@@ -34,28 +35,31 @@ constexpr std::array kCommands{
     Command{"service", quorin::serviceCommand, quorin::kServiceHelp},
 };
 
-constexpr const char* kHelp =
-    "usage: quorin-gateway run SETTINGS primary|secondary\n"
-    "       quorin-gateway check SETTINGS primary|secondary [--json]\n"
-    "       quorin-gateway status\n"
-    "       quorin-gateway stop\n"
-    "       quorin-gateway service install|uninstall ...\n"
-    "       quorin-gateway COMMAND --help\n"
-    "       quorin-gateway --help | --version\n"
-    "\n"
-    "run      Runs a gateway until it is stopped.\n"
-    "check    Reports what would make the start of a gateway fail, or the gateway\n"
-    "         serve other than it was set up to. Changes nothing.\n"
-    "status   Reports whether a gateway runs on this machine.\n"
-    "stop     Tells the gateway on this machine to complete its current requests and\n"
-    "         stop.\n"
-    "service  Installs or removes the gateway as a service (Windows).\n"
-    "\n"
-    "SETTINGS is the settings file. The gateway uses the settings of its group,\n"
-    "primary or secondary.\n"
-    "\n"
-    "'quorin-gateway COMMAND --help' lists the options and exit codes of a command.\n"
-    "The exit code is 64 if the program is used wrongly.\n";
+// The command 'service' is only shown where it can be used.
+std::string help() {
+    const bool hasServices = quorin::platform::servicesAvailable();
+    return std::string("usage: quorin-gateway run SETTINGS primary|secondary\n"
+                       "       quorin-gateway check SETTINGS primary|secondary [--json]\n"
+                       "       quorin-gateway status\n"
+                       "       quorin-gateway stop\n") +
+           (hasServices ? "       quorin-gateway service install|uninstall ...\n" : "") +
+           "       quorin-gateway COMMAND --help\n"
+           "       quorin-gateway --help | --version\n"
+           "\n"
+           "run      Runs a gateway until it is stopped.\n"
+           "check    Reports what would make the start of a gateway fail, or the gateway\n"
+           "         serve other than it was set up to. Changes nothing.\n"
+           "status   Reports whether a gateway runs on this machine.\n"
+           "stop     Tells the gateway on this machine to complete its current requests\n"
+           "         and stop.\n" +
+           (hasServices ? "service  Installs or removes the gateway as a service.\n" : "") +
+           "\n"
+           "SETTINGS is the settings file. The gateway uses the settings of its group,\n"
+           "primary or secondary.\n"
+           "\n"
+           "'quorin-gateway COMMAND --help' lists the options and exit codes of a command.\n"
+           "The exit code is 64 if the program is used wrongly.\n";
+}
 
 bool isHelpOption(const std::string& argument) {
     return argument == "--help" || argument == "-h";
@@ -82,7 +86,7 @@ int main(int argc, char** argv) {
     }
     const std::string& name = arguments[1];
     if (isHelpOption(name)) {
-        return print(kHelp);
+        return print(help());
     }
     if (name == "--version") {
         return print("quorin-gateway " QUORIN_VERSION "\n");
