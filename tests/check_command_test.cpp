@@ -106,6 +106,14 @@ protected:
 
 TEST_F(CheckCommandTest, FindsNothingInCompleteSite) {
     EXPECT_EQ(check(), 0);
+    if (kOnWindows) { // the account of the tests may change the folders of the site
+        for (const QByteArray& line : output_.trimmed().split('\n')) {
+            EXPECT_TRUE(line.startsWith("warning rights-too-wide: ") ||
+                        line.startsWith("quorin-gateway: 0 errors, "))
+                << line.toStdString();
+        }
+        return;
+    }
     EXPECT_EQ(output_, "quorin-gateway: 0 errors, 0 warnings\n");
 }
 
