@@ -106,14 +106,6 @@ protected:
 
 TEST_F(CheckCommandTest, FindsNothingInCompleteSite) {
     EXPECT_EQ(check(), 0);
-    if (kOnWindows) { // the account of the tests may change the folders of the site
-        for (const QByteArray& line : output_.trimmed().split('\n')) {
-            EXPECT_TRUE(line.startsWith("warning rights-too-wide: ") ||
-                        line.startsWith("quorin-gateway: 0 errors, "))
-                << line.toStdString();
-        }
-        return;
-    }
     EXPECT_EQ(output_, "quorin-gateway: 0 errors, 0 warnings\n");
 }
 
@@ -262,12 +254,8 @@ enum class StartOutcome { Fails, Serves };
 
 class AgreementTest : public CheckCommandTest {
 protected:
-    void SetUp() override {
-        if (kOnWindows) {
-            GTEST_SKIP() << "hundreds of processes take too long on this system; the unit tests "
-                            "compare the check with the reader of the start";
-        }
-    }
+    // Hundreds of processes take too long under Wine: one of so many samples is compared there.
+    static constexpr int kStride = kOnWindows ? 12 : 1;
 
     // Returns whether the check states that the start would fail.
     std::optional<StartOutcome> checkedOutcome() {
@@ -282,7 +270,8 @@ protected:
     std::optional<StartOutcome> startOutcome() {
         Gateway gateway(site_);
         gateway.startProgram({u"run"_s, site_.settingsPath(), group_});
-        const QString statusPath = site_.temporaryPath() + u"/quorin-gateway.status";
+        const QString statusPath = kOnWindows ? check::gatewayStatusPath()
+                                              : site_.temporaryPath() + u"/quorin-gateway.status";
         const auto isServing = [&] { return platform::HeldFile::read(statusPath).has_value(); };
         const bool isDecided = waitUntil([&] {
             QCoreApplication::processEvents();
@@ -329,13 +318,14 @@ protected:
 };
 
 TEST_F(AgreementTest, ChecksSamplesAsTheyStart) {
-    for (const SettingsSample& sample : settingsSamples()) {
-        compare(sample);
+    const std::vector<SettingsSample> samples = settingsSamples();
+    for (std::size_t i = 0; i < samples.size(); i += kStride) {
+        compare(samples[i]);
     }
     RecordProperty("failures", failures_);
     RecordProperty("successes", successes_);
-    EXPECT_GT(failures_, 50);
-    EXPECT_GT(successes_, 30);
+    EXPECT_GT(failures_, 50 / kStride - 1);
+    EXPECT_GT(successes_, 30 / kStride - 1);
 }
 
 TEST_F(AgreementTest, ChecksFuzzerSeedsAsTheyStart) {

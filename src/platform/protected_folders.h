@@ -16,14 +16,15 @@ struct UnsafePath {
 };
 
 // Returns the names of the accounts that can change the file or folder `path` and are neither
-// administrators nor the system nor services: because they own it or because the access list allows
-// it. Empty if there are none, or if `path` or its access list cannot be read. On Linux only
-// reports that every account can write to it.
+// administrators nor the system nor services nor the account of this process: because they own it
+// or because the access list allows it. Empty if there are none, or if `path` or its access list
+// cannot be read. On Linux only reports that every account can write to it.
 [[nodiscard]] QStringList unprivilegedWriters(const QString& path);
 
 // Examines `root` and everything below it. Returns the first `limit` paths with
-// unprivilegedWriters(). Access that the list denies again is reported nevertheless. The target of
-// a link is examined, but not what is below it.
+// unprivilegedWriters(), to which the account of this process counts here. Access that the list
+// denies again is reported nevertheless. The target of a link is examined, but not what is below
+// it.
 //
 // Returns nothing if `root` does not exist. On Linux only reports what every account can write to.
 [[nodiscard]] std::vector<UnsafePath> findUnsafePaths(const QString& root, int limit = 20);

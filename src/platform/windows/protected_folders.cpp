@@ -69,9 +69,10 @@ bool isUnsafe(const UnsafePath& path) {
     return !path.writers.isEmpty() || !path.error.isEmpty();
 }
 
-bool isTrusted(PSID identifier) {
+// `alsoTrusted` is a further identifier; may be empty.
+bool isTrusted(PSID identifier, const QString& alsoTrusted) {
     const QString text = textOf(identifier);
-    return text.startsWith(kServicePrefix) ||
+    return text.startsWith(kServicePrefix) || text == alsoTrusted ||
            std::find(kTrusted.begin(), kTrusted.end(), text) != kTrusted.end();
 }
 
@@ -104,7 +105,8 @@ Allowed allowedBy(void* entry) {
     return {&allowed->SidStart, allowed->Mask};
 }
 
-UnsafePath examine(const ProtectedFoldersFunctions& system, const QString& path) {
+UnsafePath examine(const ProtectedFoldersFunctions& system, const QString& path,
+                   const QString& alsoTrusted = {}) {
     UnsafePath result{path, {}, {}};
     PSID owner = nullptr;
     ACL* list = nullptr;
@@ -122,7 +124,7 @@ UnsafePath examine(const ProtectedFoldersFunctions& system, const QString& path)
             result.writers.append(account);
         }
     };
-    if (owner != nullptr && !isTrusted(owner)) {
+    if (owner != nullptr && !isTrusted(owner, alsoTrusted)) {
         add(accountName(system, owner) + u" (owner)");
     }
     if (list == nullptr) {
@@ -135,7 +137,7 @@ UnsafePath examine(const ProtectedFoldersFunctions& system, const QString& path)
             continue;
         }
         const Allowed allowed = allowedBy(entry);
-        if ((allowed.rights & kWriteRights) != 0 && !isTrusted(allowed.account)) {
+        if ((allowed.rights & kWriteRights) != 0 && !isTrusted(allowed.account, alsoTrusted)) {
             add(accountName(system, allowed.account));
         }
     }
@@ -215,6 +217,11 @@ DWORD grantAccess(const ProtectedFoldersFunctions& system, const ProtectedFolder
 
 } // namespace
 
+QStringList unprivilegedWritersWith(const ProtectedFoldersFunctions& system, const QString& path,
+                                    const QString& ownAccount) {
+    return examine(system, QDir::toNativeSeparators(path), ownAccount).writers;
+}
+
 std::vector<UnsafePath> findUnsafePathsWith(const ProtectedFoldersFunctions& system,
                                             const QString& root, int limit) {
     std::vector<UnsafePath> found;
@@ -259,7 +266,7 @@ QString serviceIdentifier(const QString& name) {
 }
 
 QStringList unprivilegedWriters(const QString& path) {
-    return examine({}, QDir::toNativeSeparators(path)).writers;
+    return unprivilegedWritersWith({}, path, ownAccount());
 }
 
 std::vector<UnsafePath> findUnsafePaths(const QString& root, int limit) {

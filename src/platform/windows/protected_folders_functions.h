@@ -17,7 +17,10 @@ struct ProtectedFoldersFunctions {
     decltype(&CreateDirectoryW) createFolder = &CreateDirectoryW;
 };
 
-// The functions of protected_folders.h, with the given functions of the system.
+// The functions of protected_folders.h, with the given functions of the system. `ownAccount` is the
+// identifier of the account of this process.
+[[nodiscard]] QStringList unprivilegedWritersWith(const ProtectedFoldersFunctions& system,
+                                                  const QString& path, const QString& ownAccount);
 [[nodiscard]] std::vector<UnsafePath> findUnsafePathsWith(const ProtectedFoldersFunctions& system,
                                                           const QString& root, int limit = 20);
 [[nodiscard]] std::optional<QString>

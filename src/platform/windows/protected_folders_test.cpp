@@ -168,6 +168,19 @@ TEST_F(ProtectedFoldersTest, ReportsOwner) {
     expectUnsafe("O:S-1-5-21-1-2-3-1001D:P(A;;FA;;;BA)", "S-1-5-21-1-2-3-1001 (owner)");
 }
 
+TEST_F(ProtectedFoldersTest, CheckTrustsOwnAccount) {
+    makeTree();
+    rights_.areNamesKnown = false;
+    const QString own = u"S-1-5-21-1-2-3-1001"_s;
+    const QString other = u"S-1-5-21-1-2-3-1002"_s;
+    rights_.special[u"wwwroot"_s] =
+        QString(u"O:" + own + u"D:P(A;;FA;;;" + own + u")(A;;FA;;;" + other + u')').toStdString();
+    const QString folder = path(u"top/wwwroot"_s);
+    EXPECT_EQ(unprivilegedWritersWith(fakeFunctions(), folder, own), QStringList(other));
+    EXPECT_EQ(unprivilegedWritersWith(fakeFunctions(), folder, other),
+              (QStringList{own + u" (owner)", own}));
+}
+
 // Each right to write, alone. An inherited entry of the users is what new folders in C:\ProgramData
 // have.
 TEST_F(ProtectedFoldersTest, ReportsEachRightToWrite) {
