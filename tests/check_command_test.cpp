@@ -1,6 +1,6 @@
 // `quorin-gateway check` as a process, and its agreement with the start of the gateway.
 
-#include "check/running_gateway.h"
+#include "platform/folders.h"
 #include "platform/held_file.h"
 #include "platform/shared_library.h"
 #include "support/certificate_store.h"
@@ -270,8 +270,9 @@ protected:
     std::optional<StartOutcome> startOutcome() {
         Gateway gateway(site_);
         gateway.startProgram({u"run"_s, site_.settingsPath(), group_});
-        const QString statusPath = kOnWindows ? check::gatewayStatusPath()
-                                              : site_.temporaryPath() + u"/quorin-gateway.status";
+        const QString statusPath =
+            platform::joinPath(kOnWindows ? platform::runtimeFolder() : site_.temporaryPath(),
+                               u"quorin-gateway.status"_s);
         const auto isServing = [&] { return platform::HeldFile::read(statusPath).has_value(); };
         const bool isDecided = waitUntil([&] {
             QCoreApplication::processEvents();
