@@ -30,6 +30,7 @@ std::optional<ServiceError> uninstallService(const QString& /*name*/) {
     return unavailable();
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the implementation for Windows keeps it.
 ServiceProcess::ServiceProcess(std::function<bool()> /*stop*/) {}
 
 ServiceProcess::~ServiceProcess() = default;
