@@ -3,6 +3,10 @@
 #include "handlers/handler_fixture.h"
 #include "support/system.h"
 
+#include <QProcess>
+
+#include <thread>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin::test {
@@ -191,6 +195,27 @@ TEST_F(SendNotificationFileTest, ReleasesLockOfFileThatCannotBeOpened) {
     EXPECT_FALSE(isLocked());
     EXPECT_EQ(received(), kPlain500);
     EXPECT_EQ(log_.lines(), QStringList(u"2 notification file " + path));
+}
+
+// The file is a FIFO, which holds less than its content: it can be written only while it is read.
+TEST_F(SendNotificationFileTest, ReadsFileUnderLock) {
+    const QString path = data_.path(u"n.json"_s);
+    if (QProcess::execute(u"mkfifo"_s, {path}) != 0) {
+        GTEST_SKIP() << "this system has no FIFOs in folders";
+    }
+    const QByteArray content(1024 * 1024, 'x');
+    bool wasLocked = false;
+    std::thread writer([&] {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        EXPECT_EQ(file.write(content), content.size());
+        wasLocked = isLocked();
+    });
+    sendNotificationFile(context_, QFileInfo(path));
+    writer.join();
+    EXPECT_TRUE(wasLocked);
+    EXPECT_FALSE(isLocked());
+    EXPECT_TRUE(received().endsWith(content));
 }
 
 TEST_F(SendNotificationFileTest, RetriesLockFiveTimes) {

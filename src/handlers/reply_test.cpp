@@ -2,7 +2,10 @@
 
 #include "handlers/handler_fixture.h"
 #include "http/response.h"
+#include "support/deadline.h"
+#include "support/some_certificate.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 
 using namespace Qt::StringLiterals;
@@ -125,6 +128,24 @@ TEST_F(ReplyTest, WriteFailsOnUnconnectedSocket) {
     QSslSocket unconnected;
     EXPECT_EQ(failureOf([&] { writeSocket(unconnected, "x"); }),
               u"[End] Failed to write socket data."_s);
+}
+
+TEST_F(ReplyTest, EncryptedBytesAreUnsent) {
+    socket().setLocalCertificate(someCertificate());
+    socket().setPrivateKey(keyOfSomeCertificate());
+    socket().startServerEncryption();
+    QSslSocket& client = connection_->client().socket();
+    client.setPeerVerifyMode(QSslSocket::VerifyNone);
+    client.startClientEncryption();
+    ASSERT_TRUE(waitUntil([&] {
+        QCoreApplication::processEvents();
+        return socket().isEncrypted() && client.isEncrypted();
+    })) << client.errorString().toStdString();
+    socket().write(QByteArray(kTooMuch, 'x'));
+    socket().flush();
+    ASSERT_EQ(socket().bytesToWrite(), 0);
+    EXPECT_GT(unsentBytes(socket()), 0);
+    socket().abort();
 }
 
 } // namespace
