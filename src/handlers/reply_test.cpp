@@ -130,6 +130,24 @@ TEST_F(ReplyTest, WriteFailsOnUnconnectedSocket) {
               u"[End] Failed to write socket data."_s);
 }
 
+TEST_F(ReplyTest, UnconnectedSocketIsNotWritten) {
+    static int warnings = 0;
+    const auto previous = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+    QSslSocket unconnected;
+    writeIfConnected(unconnected, "x");
+    qInstallMessageHandler(previous);
+    EXPECT_EQ(warnings, 0);
+}
+
+TEST_F(ReplyTest, CountsUnsentBytesOfPlainSocket) {
+    QTcpSocket plain;
+    EXPECT_EQ(unsentBytes(plain), 0);
+    ASSERT_TRUE(plain.setSocketDescriptor(Loopback().takeDescriptor().release()));
+    plain.write("abc");
+    EXPECT_EQ(unsentBytes(plain), 3);
+}
+
 TEST_F(ReplyTest, EncryptedBytesAreUnsent) {
     socket().setLocalCertificate(someCertificate());
     socket().setPrivateKey(keyOfSomeCertificate());
