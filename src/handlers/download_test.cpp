@@ -86,6 +86,27 @@ TEST_F(SendFileTest, StopsWhenPeerDisconnects) {
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
+TEST_F(SendFileTest, ChecksConnectionBeforeEachChunk) {
+    GatewaySettings::instance().ThreadReadBufferSize = 4;
+    QObject::connect(context_.socket.get(), &QSslSocket::bytesWritten,
+                     [this](qint64 bytes) { context_.disconnected = bytes == 4; });
+    const QFileInfo file(data_.write(u"root/a"_s, "0123456789"));
+    EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
+    EXPECT_EQ(received(), header(10) + "0123");
+}
+
+TEST_F(SendFileTest, PadsFileTruncatedDuringTransfer) {
+    GatewaySettings::instance().ThreadReadBufferSize = 4;
+    const QString path = data_.write(u"root/a"_s, "longer than before");
+    QObject::connect(context_.socket.get(), &QSslSocket::bytesWritten, [&](qint64 bytes) {
+        if (bytes == 4) {
+            EXPECT_TRUE(QFile::resize(path, 5));
+        }
+    });
+    sendFile(context_, QFileInfo(path));
+    EXPECT_EQ(received(), header(18) + "longe" + QByteArray(13, '\0'));
+}
+
 TEST_F(SendFileTest, RefusesFileThatCannotBeOpened) {
     const QString path = data_.path(u"none"_s);
     EXPECT_EQ(failureOf([&] { sendFile(context_, QFileInfo(path)); }),
