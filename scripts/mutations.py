@@ -30,7 +30,7 @@ STATEMENT = re.compile(
     r"decltype\b|[A-Z]\w*\()[A-Za-z_*(][\w.:>\-\[\]<*]*(?:\(| [+\-|&]?= |\+\+;|--;)"
     r"|^\s+(?:const )?std::(?:lock_guard|unique_lock|scoped_lock|shared_lock)\b"
     r"|^\s+(?:Q_EMIT \w|(?:break|continue);)")
-SKIPPED = re.compile(r"^\s*(?:#|using\b|namespace\b|template\b|static_assert\b|typedef\b|\[\[nodiscard"
+SKIPPED = re.compile(r"^\s*(?:#|\*|/\*|using\b|namespace\b|template\b|static_assert\b|typedef\b|\[\[nodiscard"
                      r"\]\] bool operator)")
 
 
