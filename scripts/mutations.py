@@ -65,7 +65,9 @@ def changes_of_line(line):
         for text in OPERATORS[match[0]]:
             yield replaced(match, text)
     for match in NUMBER.finditer(code):
-        yield replaced(match, str(int(match[0].replace("'", "")) + 1))
+        digits = match[0].replace("'", "")
+        is_octal = digits[0] == "0" and len(digits) > 1
+        yield replaced(match, f"0{int(digits, 8) + 1:o}" if is_octal else str(int(digits) + 1))
     for match in NEGATION.finditer(code):
         yield replaced(match, "")
     for match in TERNARY.finditer(code):

@@ -21,6 +21,7 @@ class MutationsTest(unittest.TestCase):
 
     def test_changes_numbers_and_truth_values(self):
         self.assertEqual(changes("    return 1'000;"), {"return 1001;"})
+        self.assertEqual(changes("    return 0667;"), {"return 0670;"})
         self.assertEqual(changes("    return true;"), {"return false;"})
         self.assertEqual(changes("    QString utf8 = x16;"), set())
 
