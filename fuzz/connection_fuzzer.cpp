@@ -77,9 +77,9 @@ public:
           gatewayEnd_(static_cast<int>(gatewayEnd)),
           steps_(std::move(steps)) {}
 
-    // Does one step while the worker waits.
+    // Does one step while the worker waits. With a request, the worker ends its loop.
     void takeTurn(quorin::Worker& worker, std::atomic<bool>& quitRequested) {
-        if (hasUnreadBytes()) {
+        if (request_ || hasUnreadBytes()) {
             return;
         }
         if (next_ == steps_.size()) {
