@@ -76,5 +76,10 @@ TEST(EventLogTest, IsSilentWithoutJournal) {
     EXPECT_EQ(errors.read(), "");
 }
 
+TEST(EventLogTest, NeedsNoRegisteredSource) {
+    EXPECT_EQ(registerEventSource(u"source"_s, u"/missing"_s), std::nullopt);
+    EXPECT_EQ(removeEventSource(u"source"_s), std::nullopt);
+}
+
 } // namespace
 } // namespace quorin::platform
