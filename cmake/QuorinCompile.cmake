@@ -44,6 +44,13 @@ else()
   if(NOT QUORIN_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(quorin_compile INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   endif()
+  if(MINGW AND CMAKE_BUILD_TYPE STREQUAL "Release")
+    # Functions and line numbers for the archive with debug information; the packages are stripped.
+    # Tests do without, which keeps their programs small.
+    set(is_product $<NOT:$<BOOL:$<TARGET_PROPERTY:QUORIN_ONLY_FOR_TESTS>>>)
+    target_compile_options(quorin_compile INTERFACE
+      $<${is_product}:-g1> "$<${is_product}:-fdebug-prefix-map=${PROJECT_SOURCE_DIR}/=>")
+  endif()
   if(WIN32)
     target_link_options(quorin_compile INTERFACE
       -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)

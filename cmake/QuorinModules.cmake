@@ -22,6 +22,7 @@ endfunction()
 # fast, and GCC compiles it in half the time. The tests link to the product's libraries as they are
 # shipped.
 function(quorin_compile_for_tests target)
+  set_target_properties(${target} PROPERTIES QUORIN_ONLY_FOR_TESTS ON)
   if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
     target_compile_options(${target} PRIVATE -O1)
   endif()

@@ -1,5 +1,6 @@
-# Installation rules, and the packages that `cpack` creates from them: a zip for Windows, a .deb and
-# a .tar.gz for Linux. Include this file after all targets are defined.
+# Installation rules, and the packages that are created from them: by `cpack` a .deb and a .tar.gz for
+# Linux, by scripts/package-windows those for Windows. Include this file after all targets are
+# defined.
 
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # installs without building the tests
 set(package_programs QuorinGatewayHttp lumetrix quorin-gateway)
@@ -20,6 +21,23 @@ if(WIN32)
                   /usr/share/common-licenses/LGPL-3
       DESTINATION licences)
   endif()
+  # For scripts/package-windows.
+  set(binaries "")
+  foreach(target IN LISTS package_programs)
+    list(APPEND binaries "\"$<TARGET_FILE_NAME:${target}>\"")
+  endforeach()
+  list(JOIN binaries ", " binaries)
+  file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/package.json" CONTENT
+"{
+  \"name\": \"quorin-gateway-${PROJECT_VERSION}-windows-x64\",
+  \"version\": \"${PROJECT_VERSION}\",
+  \"product\": \"${QUORIN_PRODUCT_NAME}\",
+  \"vendor\": \"${QUORIN_VENDOR}\",
+  \"binaries\": [${binaries}],
+  \"objcopy\": \"${CMAKE_OBJCOPY}\",
+  \"strip\": \"${CMAKE_STRIP}\"
+}
+")
 else()
   # All in one folder: each searches its own folder for the others.
   set(package_folder lib/quorin-gateway)
@@ -58,31 +76,30 @@ else()
     COMPONENT debian EXCLUDE_FROM_ALL)
 endif()
 
+if(WIN32)
+  return() # cpack does not create its packages
+endif()
+
 set(CPACK_PACKAGE_NAME quorin-gateway)
-set(CPACK_PACKAGE_VENDOR "Quorin Gateway developers")
-set(CPACK_PACKAGE_CONTACT "Quorin Gateway developers <root@localhost>")
+set(CPACK_PACKAGE_VENDOR "${QUORIN_VENDOR}")
+set(CPACK_PACKAGE_CONTACT "${QUORIN_VENDOR} <root@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGE_CHECKSUM SHA256)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_THREADS 0)
 set(CPACK_PACKAGE_DIRECTORY "${CMAKE_BINARY_DIR}/packages")
 
-if(WIN32)
-  set(CPACK_GENERATOR ZIP)
-  set(CPACK_SYSTEM_NAME windows-x64)
-else()
-  set(CPACK_GENERATOR TGZ DEB)
-  set(CPACK_SYSTEM_NAME linux-x64)
-  set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/QuorinPackageDebian.cmake")
+set(CPACK_GENERATOR TGZ DEB)
+set(CPACK_SYSTEM_NAME linux-x64)
+set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/QuorinPackageDebian.cmake")
 
-  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-  set(CPACK_DEBIAN_PACKAGE_SECTION net)
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-  set(CPACK_DEBIAN_PACKAGE_DEPENDS adduser)
-  set(package_scripts "${PROJECT_SOURCE_DIR}/packaging/linux/debian")
-  set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${package_scripts}/conffiles"
-      "${package_scripts}/postinst" "${package_scripts}/prerm" "${package_scripts}/postrm")
-endif()
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS adduser)
+set(package_scripts "${PROJECT_SOURCE_DIR}/packaging/linux/debian")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${package_scripts}/conffiles"
+    "${package_scripts}/postinst" "${package_scripts}/prerm" "${package_scripts}/postrm")
 
 include(CPack)

@@ -32,6 +32,34 @@ bool isServiceName(const std::string& name) {
            });
 }
 
+// Moves the options at the begin of `rest` to `result`. Returns an error message or an empty text.
+std::string takeOptions(std::vector<std::string>& rest, ServiceArguments& result) {
+    const bool isInstall = result.action == ServiceArguments::Action::Install;
+    while (!rest.empty()) {
+        const std::string option = rest.front();
+        const std::string value = rest.size() > 1 ? rest[1] : std::string();
+        std::ptrdiff_t used = 2;
+        if (option == "--name") {
+            if (!isServiceName(value)) {
+                return "'--name' requires a name of letters, digits, '-' and '_'";
+            }
+            result.name = QString::fromStdString(value);
+        } else if (isInstall && option == "--sample") {
+            if (value.empty()) {
+                return "'--sample' requires a file";
+            }
+            result.sample = QString::fromStdString(value);
+        } else if (isInstall && option == "--update") {
+            result.updates = true;
+            used = 1;
+        } else {
+            break;
+        }
+        rest.erase(rest.begin(), rest.begin() + used);
+    }
+    return {};
+}
+
 } // namespace
 
 std::variant<ServiceArguments, std::string>
@@ -43,12 +71,8 @@ parseServiceArguments(const std::vector<std::string>& arguments) {
     ServiceArguments result;
     result.action = *action;
     std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
-    if (!rest.empty() && rest.front() == "--name") {
-        if (rest.size() < 2 || !isServiceName(rest[1])) {
-            return "'--name' requires a name of letters, digits, '-' and '_'";
-        }
-        result.name = QString::fromStdString(rest[1]);
-        rest.erase(rest.begin(), rest.begin() + 2);
+    if (const std::string error = takeOptions(rest, result); !error.empty()) {
+        return error;
     }
     if (*action == ServiceArguments::Action::Uninstall) {
         if (!rest.empty()) {

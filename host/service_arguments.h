@@ -16,6 +16,8 @@ struct ServiceArguments {
     QString name = kDefaultServiceName.toString();
     QString settings; // as given; empty for Uninstall
     QString group;    // "primary" or "secondary"; empty for Uninstall
+    QString sample;   // only for Install: copied to `settings` if that does not exist; may be empty
+    bool updates = false; // only for Install: an existing service gets the new arguments
 };
 
 // Parses what follows `quorin-gateway service` on the command line, in UTF-8. Returns the error

@@ -31,6 +31,20 @@ TEST(ServiceArgumentsTest, ParsesCommands) {
     expectParsed({"uninstall", "--name", "Other"}, Action::Uninstall, "Other", "", "");
 }
 
+TEST(ServiceArgumentsTest, ParsesOptionsOfInstall) {
+    const auto parsed = parseServiceArguments(
+        {"install", "--update", "--sample", "a sample.xml", "--name", "Other", "s.xml", "primary"});
+    const auto* const result = std::get_if<ServiceArguments>(&parsed);
+    ASSERT_NE(result, nullptr) << std::get<std::string>(parsed);
+    EXPECT_TRUE(result->updates);
+    EXPECT_EQ(result->sample.toStdString(), "a sample.xml");
+    EXPECT_EQ(result->name.toStdString(), "Other");
+    EXPECT_EQ(result->settings.toStdString(), "s.xml");
+    const auto without = parseServiceArguments({"install", "s.xml", "primary"});
+    EXPECT_FALSE(std::get<ServiceArguments>(without).updates);
+    EXPECT_TRUE(std::get<ServiceArguments>(without).sample.isEmpty());
+}
+
 TEST(ServiceArgumentsTest, RefusesMalformedCommands) {
     const std::vector<std::vector<std::string>> malformed{
         {},
@@ -43,7 +57,13 @@ TEST(ServiceArgumentsTest, RefusesMalformedCommands) {
         {"install", "--nmae", "primary"},
         {"install", "--name"},
         {"install", "--name", "Other", "s.xml"},
+        {"install", "--sample"},
+        {"install", "--sample", "", "s.xml", "primary"},
+        {"install", "s.xml", "primary", "--update"},
         {"run", "primary"},
+        {"run", "--update", "s.xml", "primary"},
+        {"run", "--sample", "a.xml", "s.xml", "primary"},
+        {"uninstall", "--update"},
         {"uninstall", "s.xml"},
         {"uninstall", "--name"},
     };

@@ -14,6 +14,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -81,44 +82,86 @@ int refuseFolder(const QString& folder, const std::vector<platform::UnsafePath>&
     return kFailed;
 }
 
-int install(const CommandLine& line, const ServiceArguments& arguments) {
-    const QCoreApplication application(line.argc, line.argv); // finds the program's path
-    if (const auto error = platform::checkInstallPermission()) {
-        return reportError(*error);
-    }
+int createFolders(const QString& serviceName) {
     const auto folders = serviceFolders();
     const QString& top = folders.front().path;
     const auto unsafe = platform::findUnsafePaths(top);
     if (!unsafe.empty()) {
         return refuseFolder(top, unsafe);
     }
-    if (const auto error = platform::createProtectedFolders(folders, arguments.name)) {
+    if (const auto error = platform::createProtectedFolders(folders, serviceName)) {
         return report(kFailed, u"cannot create the folders: "_s + *error);
     }
+    return kOk;
+}
 
+// Copies `sample` to `settings`, unless `sample` is empty or there are settings.
+int copySample(const QString& sample, const QString& settings) {
+    QFile source(sample);
+    if (!sample.isEmpty() && !QFileInfo::exists(settings) && !source.copy(settings)) {
+        return report(kFailed, u"cannot copy "_s + sample + u" to " + settings + u": " +
+                                   source.errorString());
+    }
+    return kOk;
+}
+
+int registerSource(const platform::ServiceDefinition& service) {
+    const auto error = platform::registerEventSource(service.name, service.command.constFirst());
+    return error ? report(kFailed, u"cannot register the event source: "_s + *error) : kOk;
+}
+
+int createService(const platform::ServiceDefinition& service) {
+    if (const int code = createFolders(service.name); code != kOk) {
+        return code;
+    }
+    const auto error = platform::installService(service);
+    return error ? reportError(*error) : kOk;
+}
+
+int install(const CommandLine& line, const ServiceArguments& arguments) {
+    const QCoreApplication application(line.argc, line.argv); // finds the program's path
+    if (const auto error = platform::checkInstallPermission()) {
+        return reportError(*error);
+    }
     // The service is started in another folder.
     const QString settings =
         QDir::toNativeSeparators(QFileInfo(arguments.settings).absoluteFilePath());
     const QString program = QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
     const bool isDefault = arguments.name == kDefaultServiceName;
-    if (const auto error = platform::installService(
-            {arguments.name,
-             isDefault ? u"Quorin Gateway"_s : u"Quorin Gateway ("_s + arguments.name + u')',
-             kDescription.toString(),
-             {program, u"service"_s, u"run"_s, u"--name"_s, arguments.name, settings,
-              arguments.group}})) {
-        return reportError(*error);
+    const platform::ServiceDefinition service{
+        arguments.name,
+        isDefault ? u"Quorin Gateway"_s : u"Quorin Gateway ("_s + arguments.name + u')',
+        kDescription.toString(),
+        {program, u"service"_s, u"run"_s, u"--name"_s, arguments.name, settings, arguments.group}};
+    bool isUpdated = false;
+    if (arguments.updates) {
+        const auto error = platform::updateService(service);
+        isUpdated = !error;
+        if (error && error->kind != ServiceError::Kind::NotFound) {
+            return reportError(*error);
+        }
     }
-    if (const auto error = platform::registerEventSource(arguments.name, program)) {
-        static_cast<void>(platform::uninstallService(arguments.name));
-        return report(kFailed, u"cannot register the event source: "_s + *error);
+    // The folders of an existing service keep their access rights: administrators may have granted
+    // access to other accounts.
+    int code = isUpdated ? kOk : createService(service);
+    if (code != kOk) {
+        return code;
+    }
+    code = copySample(arguments.sample, settings);
+    code = code == kOk ? registerSource(service) : code;
+    if (code != kOk) {
+        if (!isUpdated) {
+            static_cast<void>(platform::uninstallService(service.name));
+        }
+        return code;
     }
     warnOfUnsafeFiles(settings);
     if (!QFileInfo::exists(settings)) {
         report(kOk, u"warning: the settings file "_s + settings + u" does not exist yet");
     }
-    std::printf("The service %s has been installed. To start it: sc start %s\n",
-                qUtf8Printable(arguments.name), qUtf8Printable(arguments.name));
+    std::printf("The service %s has been %s. To start it: sc start %s\n",
+                qUtf8Printable(service.name), isUpdated ? "updated" : "installed",
+                qUtf8Printable(service.name));
     return kOk;
 }
 

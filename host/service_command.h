@@ -5,14 +5,19 @@ namespace quorin {
 struct CommandLine;
 
 inline constexpr const char* kServiceHelp =
-    "usage: quorin-gateway service install [--name NAME] SETTINGS primary|secondary\n"
+    "usage: quorin-gateway service install [--name NAME] [--sample FILE] [--update]\n"
+    "                                      SETTINGS primary|secondary\n"
     "       quorin-gateway service uninstall [--name NAME]\n"
     "\n"
     "Installs the gateway as a service of Windows that starts with the system, and\n"
     "creates its folders; or stops and removes the service, and leaves the folders.\n"
     "Requires an administrator. NAME is QuorinGateway if it is not given.\n"
     "\n"
-    "Exit codes:  0   installed or removed\n"
+    "  --sample FILE  copies FILE to SETTINGS if there is no such file\n"
+    "  --update       gives an existing service these arguments; leaves its folders and\n"
+    "                 other properties as they are\n"
+    "\n"
+    "Exit codes:  0   installed, updated or removed\n"
     "             1   refused or failed; the reason is on standard error\n"
     "             64  wrong usage, or not on Windows\n"
     "             77  this account is not an administrator\n";

@@ -159,7 +159,9 @@ class Server:
         return total
 
     def descriptors(self):
-        return len(list(pathlib.Path(f"/proc/{self.process.pid}/fd").iterdir()))
+        """Open descriptors of the process and its children."""
+        return sum(len(list(pathlib.Path(f"/proc/{member}/fd").iterdir()))
+                   for member in self.family())
 
 
 class Gateway(Server):

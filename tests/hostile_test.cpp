@@ -198,7 +198,9 @@ protected:
             return processFigures(gateway_.processId())->descriptors <=
                    figuresBefore_->descriptors + kDescriptorsOpenedLate + openedByThreads();
         })) << after->descriptors
-            << " descriptors after " << figuresBefore_->descriptors;
+            << " descriptors after " << figuresBefore_->descriptors << ", " << after->threads
+            << " threads after " << figuresBefore_->threads << '\n'
+            << describeDescriptors(gateway_.processId());
         // Sanitizers delay freeing memory, so growth means nothing.
         if (!QUORIN_IS_SANITIZED) {
             EXPECT_LE(after->privateBytes - figuresBefore_->privateBytes,

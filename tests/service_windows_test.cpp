@@ -34,7 +34,9 @@ using namespace Qt::StringLiterals;
 namespace quorin::test {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 
 struct ServiceCloser {
     void operator()(SC_HANDLE handle) const noexcept { CloseServiceHandle(handle); }
@@ -49,6 +51,12 @@ void store(const QString& path, const QByteArray& content) {
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
     ASSERT_EQ(file.write(content), content.size());
+}
+
+std::string contentOf(const QString& path) {
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll().toStdString();
 }
 
 class ServiceTest : public testing::Test {
@@ -191,6 +199,57 @@ TEST_F(ServiceTest, IsConfigured) {
                                      &needed));
     EXPECT_THAT(QString::fromWCharArray(description->lpDescription).toStdString(),
                 HasSubstr("to the workstations"));
+}
+
+TEST_F(ServiceTest, InstallCopiesSample) {
+    store(folder_.filePath(u"sample.xml"_s), "sample");
+    const QStringList arguments{u"install"_s, u"--sample"_s, u"sample.xml"_s, u"--name"_s,
+                                name_,        settingsName_, u"primary"_s};
+    ASSERT_EQ(run(arguments), 0) << errors_;
+    EXPECT_EQ(contentOf(folder_.filePath(settingsName_)), "sample");
+    EXPECT_THAT(errors_, Not(HasSubstr("does not exist yet")));
+
+    store(folder_.filePath(settingsName_), "edited");
+    ASSERT_EQ(run({u"uninstall"_s, u"--name"_s, name_}), 0) << errors_;
+    QDir(top_).removeRecursively();
+    ASSERT_EQ(run(arguments), 0) << errors_;
+    EXPECT_EQ(contentOf(folder_.filePath(settingsName_)), "edited");
+}
+
+TEST_F(ServiceTest, InstallIsUndoneWithoutSample) {
+    EXPECT_EQ(run({u"install"_s, u"--sample"_s, u"missing.xml"_s, u"--name"_s, name_, settingsName_,
+                   u"primary"_s}),
+              1);
+    EXPECT_THAT(errors_, HasSubstr("cannot copy missing.xml to "));
+    EXPECT_EQ(open(), nullptr);
+}
+
+TEST_F(ServiceTest, UpdateKeepsChangesOfAdministrator) {
+    const QStringList arguments{u"install"_s, u"--update"_s, u"--name"_s,
+                                name_,        settingsName_, u"secondary"_s};
+    ASSERT_EQ(install(), 0) << errors_;
+    ASSERT_TRUE(ChangeServiceConfigW(open().get(), SERVICE_NO_CHANGE, SERVICE_DEMAND_START,
+                                     SERVICE_NO_CHANGE, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                     nullptr, nullptr));
+    store(top_ + u"/file", "of another account");
+    EXPECT_EQ(run(arguments), 0) << errors_;
+    EXPECT_THAT(output_, HasSubstr("has been updated"));
+    std::vector<BYTE> buffer(8192);
+    DWORD needed = 0;
+    auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(buffer.data());
+    ASSERT_TRUE(QueryServiceConfigW(open().get(), config, 8192, &needed));
+    EXPECT_THAT(QString::fromWCharArray(config->lpBinaryPathName).toStdString(),
+                EndsWith(" \"secondary\""));
+    EXPECT_EQ(config->dwStartType, DWORD{SERVICE_DEMAND_START});
+}
+
+TEST_F(ServiceTest, UpdateInstallsMissingService) {
+    ASSERT_EQ(run({u"install"_s, u"--update"_s, u"--name"_s, name_, settingsName_, u"primary"_s}),
+              0)
+        << errors_;
+    EXPECT_THAT(output_, HasSubstr("has been installed"));
+    EXPECT_NE(open(), nullptr);
+    EXPECT_TRUE(QDir(product_ + u"/log").exists());
 }
 
 TEST_F(ServiceTest, CreatesFolders) {

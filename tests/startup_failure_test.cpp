@@ -144,5 +144,14 @@ TEST_F(StartupFailureTest, SecondInstanceFailsAfterTenSeconds) {
     EXPECT_EQ(gateway_.stop(), 0);
 }
 
+TEST_F(StartupFailureTest, ChecksOtherInstanceBeforeArguments) {
+    gateway_.start();
+    EXPECT_TRUE(isListening());
+    Gateway second(site_);
+    second.startWith({site_.settingsPath()});
+    EXPECT_EQ(second.waitForExit(), 2);
+    EXPECT_EQ(gateway_.stop(), 0);
+}
+
 } // namespace
 } // namespace quorin::test

@@ -50,6 +50,20 @@ TEST_F(PrivateKeyTest, ReportsMissingKeyHandle) {
     EXPECT_THAT(log_.lines(), ElementsAre("warn: Failed to get crypt provider handle."));
 }
 
+// The handle was acquired before, for the attempt to export the key unencrypted.
+TEST_F(PrivateKeyTest, EncryptedExportNeedsKeyHandle) {
+    test::CertificateSpec certificate;
+    certificate.key = std::nullopt;
+    certificate.keyError = {5, u"access denied"_s};
+    const ExportedKey key =
+        exportEncryptedPrivateKey(test::CertificateDouble(certificate, liveCounts_));
+    EXPECT_FALSE(key.ok());
+    EXPECT_EQ(key.failure, ExportFailure::NoHandle);
+    EXPECT_EQ(key.error.code(), 5u);
+    EXPECT_TRUE(key.passPhrase.empty());
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
 TEST_F(PrivateKeyTest, ReportsKeyThatIsNotExportable) {
     test::KeySpec refused;
     refused.pkcs8.clear();

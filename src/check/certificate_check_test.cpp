@@ -13,7 +13,9 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <chrono>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,10 +32,13 @@ protected:
     }
 
     void install(const test::TestKey& key, const test::CertificateFields& fields) const {
+        install(test::selfSigned(key, fields) + key.pkcs8Pem());
+    }
+    void install(const QByteArray& pem) const {
         QFile file(folder_.filePath(u"WebHosting/a.pem"_s));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         ASSERT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
-        file.write(test::selfSigned(key, fields) + key.pkcs8Pem());
+        file.write(pem);
     }
 
     static test::CertificateFields fieldsForDays(int days) {
@@ -121,6 +126,25 @@ TEST_F(CertificateCheckTest, WarnsThirtyDaysBeforeExpiry) {
     EXPECT_EQ(findings[1].severity, Severity::Warning);
     EXPECT_EQ(findings[1].code, code::kCertificateExpiring);
     EXPECT_EQ(findings[1].reason, u"the certificate expires in 29 days"_s);
+}
+
+TEST_F(CertificateCheckTest, WarnsOfUnknownIssuer) {
+    const test::TestAuthority root("root");
+    const test::TestAuthority intermediate("intermediate", root);
+    const test::TestKey key;
+    const QByteArray leaf = key.pkcs8Pem() + intermediate.issue(key, fieldsForDays(90));
+    const std::array<std::pair<QByteArray, const char*>, 2> chains{
+        {{leaf, "(intermediate)"}, {leaf + intermediate.certificate(), "(root)"}}};
+    for (const auto& [pem, issuer] : chains) {
+        install(pem);
+        const Findings findings = check();
+        ASSERT_EQ(findings.size(), 2u) << issuer;
+        EXPECT_EQ(findings[1].severity, Severity::Warning);
+        EXPECT_EQ(findings[1].code, code::kCertificateChainIncomplete);
+        EXPECT_EQ(findings[1].value, u"0ab1"_s);
+        EXPECT_THAT(findings[1].reason.toStdString(), testing::HasSubstr(issuer));
+        EXPECT_FALSE(findings[1].failsStart);
+    }
 }
 
 TEST_F(CertificateCheckTest, ReportsUnsupportedKey) {

@@ -127,6 +127,25 @@ TEST_F(SettingsCheckTest, ExplainsMisspelledElement) {
               u"If PrimaryGatewaySetting/Http/Port is meant, correct the name."_s);
 }
 
+TEST_F(SettingsCheckTest, ExplainsMisplacedElement) {
+    const Findings findings = checkAfter("<Port>8080</Port>", "<Port>8080</Port><Proxy/>");
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].severity, Severity::Warning);
+    EXPECT_EQ(findings[0].code, code::kElementIgnored);
+    EXPECT_EQ(findings[0].subject, u"PrimaryGatewaySetting/Http/Proxy"_s);
+    EXPECT_EQ(findings[0].reason, u"the gateway does not read this element here (line 12)"_s);
+    EXPECT_EQ(findings[0].action, u"If PrimaryGatewaySetting/Proxy is meant, move the element."_s);
+}
+
+TEST_F(SettingsCheckTest, ExplainsRepeatedElement) {
+    const Findings findings = checkAfter("<Port>8080</Port>", "<Port>8080</Port><Port>8081</Port>");
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].code, code::kElementIgnored);
+    EXPECT_EQ(findings[0].reason,
+              u"the gateway reads only the first PrimaryGatewaySetting/Http/Port (line 12)"_s);
+    EXPECT_EQ(findings[0].action, u"Remove one of the elements."_s);
+}
+
 TEST_F(SettingsCheckTest, HasErrorIfAndOnlyIfStartFails) {
     int failures = 0;
     int successes = 0;

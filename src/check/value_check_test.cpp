@@ -2,6 +2,7 @@
 
 #include "check/finding_codes.h"
 #include "check/settings_record.h"
+#include "platform/descriptors.h"
 #include "support/descriptor_limit.h"
 #include "support/print.h"
 #include "support/settings.h"
@@ -55,6 +56,20 @@ TEST(ValueCheckTest, IgnoresValuesThatCannotBeRead) {
     settings.HTTPRequestTimeout = "zero";
     EXPECT_EQ(findingsOf(settings.toXml()), QStringList());
     EXPECT_EQ(findingsOf("not XML"), QStringList());
+}
+
+TEST(ValueCheckTest, WarnsOfTooFewDescriptors) {
+    if (!platform::descriptorLimit()) {
+        GTEST_SKIP() << "this system has no descriptor limit";
+    }
+    const test::DescriptorLimit limit(256);
+    test::Settings settings = goodSettings();
+    settings.MaxUserSession = "256";
+    const QStringList findings = findingsOf(settings.toXml());
+    ASSERT_EQ(findings.size(), 1);
+    EXPECT_TRUE(findings.constFirst().startsWith(
+        u"descriptors-too-few MaxUserSession 256: a connection needs up to "_s))
+        << findings.constFirst().toStdString();
 }
 
 struct ValueCase {

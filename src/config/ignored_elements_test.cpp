@@ -55,6 +55,12 @@ TEST(IgnoredElementsTest, ResembleTheirMeaning) {
               QStringList(u"45 General/OrganisationID 0 General/OrganizationId"_s));
 }
 
+TEST(IgnoredElementsTest, DifferByTwoLettersAtMost) {
+    EXPECT_EQ(ignoredAfter("<Port>", "<MaxUsrSesion/><Port>").size(), 1);
+    EXPECT_EQ(ignoredAfter("<Port>", "<MaxUsrSesin/><Port>"), QStringList());
+    EXPECT_EQ(ignoredAfter("<Port>", "<Prot/><Port>"), QStringList());
+}
+
 TEST(IgnoredElementsTest, DoNotIncludeAdditions) {
     EXPECT_EQ(ignoredAfter("<Port>", "<Comment>x</Comment><MaxUser/><Port>"), QStringList());
     EXPECT_EQ(ignoredAfter("<General>", "<Vendor><Prot/></Vendor><General>"), QStringList());

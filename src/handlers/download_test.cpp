@@ -3,6 +3,10 @@
 #include "handlers/handler_fixture.h"
 #include "support/system.h"
 
+#include <QProcess>
+
+#include <thread>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin::test {
@@ -80,6 +84,27 @@ TEST_F(SendFileTest, StopsWhenPeerDisconnects) {
     EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
     EXPECT_TRUE(context_.responseStarted);
     EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(SendFileTest, ChecksConnectionBeforeEachChunk) {
+    GatewaySettings::instance().ThreadReadBufferSize = 4;
+    QObject::connect(context_.socket.get(), &QSslSocket::bytesWritten,
+                     [this](qint64 bytes) { context_.disconnected = bytes == 4; });
+    const QFileInfo file(data_.write(u"root/a"_s, "0123456789"));
+    EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
+    EXPECT_EQ(received(), header(10) + "0123");
+}
+
+TEST_F(SendFileTest, PadsFileTruncatedDuringTransfer) {
+    GatewaySettings::instance().ThreadReadBufferSize = 4;
+    const QString path = data_.write(u"root/a"_s, "longer than before");
+    QObject::connect(context_.socket.get(), &QSslSocket::bytesWritten, [&](qint64 bytes) {
+        if (bytes == 4) {
+            EXPECT_TRUE(QFile::resize(path, 5));
+        }
+    });
+    sendFile(context_, QFileInfo(path));
+    EXPECT_EQ(received(), header(18) + "longe" + QByteArray(13, '\0'));
 }
 
 TEST_F(SendFileTest, RefusesFileThatCannotBeOpened) {
@@ -191,6 +216,27 @@ TEST_F(SendNotificationFileTest, ReleasesLockOfFileThatCannotBeOpened) {
     EXPECT_FALSE(isLocked());
     EXPECT_EQ(received(), kPlain500);
     EXPECT_EQ(log_.lines(), QStringList(u"2 notification file " + path));
+}
+
+// The file is a FIFO, which holds less than its content: it can be written only while it is read.
+TEST_F(SendNotificationFileTest, ReadsFileUnderLock) {
+    const QString path = data_.path(u"n.json"_s);
+    if (QProcess::execute(u"mkfifo"_s, {path}) != 0) {
+        GTEST_SKIP() << "this system has no FIFOs in folders";
+    }
+    const QByteArray content(1024 * 1024, 'x');
+    bool wasLocked = false;
+    std::thread writer([&] {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        EXPECT_EQ(file.write(content), content.size());
+        wasLocked = isLocked();
+    });
+    sendNotificationFile(context_, QFileInfo(path));
+    writer.join();
+    EXPECT_TRUE(wasLocked);
+    EXPECT_FALSE(isLocked());
+    EXPECT_TRUE(received().endsWith(content));
 }
 
 TEST_F(SendNotificationFileTest, RetriesLockFiveTimes) {

@@ -2,7 +2,10 @@
 
 #include "handlers/handler_fixture.h"
 #include "http/response.h"
+#include "support/deadline.h"
+#include "support/some_certificate.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 
 using namespace Qt::StringLiterals;
@@ -125,6 +128,42 @@ TEST_F(ReplyTest, WriteFailsOnUnconnectedSocket) {
     QSslSocket unconnected;
     EXPECT_EQ(failureOf([&] { writeSocket(unconnected, "x"); }),
               u"[End] Failed to write socket data."_s);
+}
+
+TEST_F(ReplyTest, UnconnectedSocketIsNotWritten) {
+    static int warnings = 0;
+    const auto previous = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+    QSslSocket unconnected;
+    writeIfConnected(unconnected, "x");
+    qInstallMessageHandler(previous);
+    EXPECT_EQ(warnings, 0);
+}
+
+TEST_F(ReplyTest, CountsUnsentBytesOfPlainSocket) {
+    QTcpSocket plain;
+    EXPECT_EQ(unsentBytes(plain), 0);
+    ASSERT_TRUE(plain.setSocketDescriptor(Loopback().takeDescriptor().release()));
+    plain.write("abc");
+    EXPECT_EQ(unsentBytes(plain), 3);
+}
+
+TEST_F(ReplyTest, EncryptedBytesAreUnsent) {
+    socket().setLocalCertificate(someCertificate());
+    socket().setPrivateKey(keyOfSomeCertificate());
+    socket().startServerEncryption();
+    QSslSocket& client = connection_->client().socket();
+    client.setPeerVerifyMode(QSslSocket::VerifyNone);
+    client.startClientEncryption();
+    ASSERT_TRUE(waitUntil([&] {
+        QCoreApplication::processEvents();
+        return socket().isEncrypted() && client.isEncrypted();
+    })) << client.errorString().toStdString();
+    socket().write(QByteArray(kTooMuch, 'x'));
+    socket().flush();
+    ASSERT_EQ(socket().bytesToWrite(), 0);
+    EXPECT_GT(unsentBytes(socket()), 0);
+    socket().abort();
 }
 
 } // namespace

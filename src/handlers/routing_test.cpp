@@ -119,6 +119,12 @@ TEST_F(RoutingTest, SendsFileForGet) {
     EXPECT_EQ(log_.lines(), (QStringList{u"2 Target file : a"_s, u"2 GET fwfiles/a - -  200 0"_s}));
 }
 
+TEST_F(RoutingTest, SendsNotificationForGet) {
+    data_.write(u"root/notifications/n.json"_s, "{}");
+    EXPECT_EQ(replyTo("/notifications/n.json"),
+              "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nContent-Type: application/json\r\n\r\n{}");
+}
+
 TEST_F(RoutingTest, PassesDeleteToItsHandler) {
     data_.write(u"root/fwfiles/a"_s, "content");
     EXPECT_EQ(failureOf([this] { request(http::Method::Delete, "/fwfiles/a"); }),

@@ -16,6 +16,18 @@ TEST(Method, MapsBetweenCodesAndNames) {
     }
 }
 
+TEST(Method, EnumeratorsHaveTheirNames) {
+    EXPECT_EQ(methodName(Method::Unknown), "UNKNOWN");
+    EXPECT_EQ(methodName(Method::Get), "GET");
+    EXPECT_EQ(methodName(Method::Head), "HEAD");
+    EXPECT_EQ(methodName(Method::Post), "POST");
+    EXPECT_EQ(methodName(Method::Put), "PUT");
+    EXPECT_EQ(methodName(Method::Delete), "DELETE");
+    EXPECT_EQ(methodName(Method::Connect), "CONNECT");
+    EXPECT_EQ(methodName(Method::Options), "OPTIONS");
+    EXPECT_EQ(methodName(Method::Trace), "TRACE");
+}
+
 TEST(Method, LookupIgnoresCase) {
     EXPECT_EQ(methodFromName("get"), Method::Get);
     EXPECT_EQ(methodFromName("dElEtE"), Method::Delete);

@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin {
@@ -27,6 +29,18 @@ TEST(LogCaptureTest, CollectsLinesInsteadOfLibrary) {
     EXPECT_EQ(LogCapture::active(), nullptr);
     log::info(u"after"_s);
     EXPECT_THAT(recorded.lines(), testing::ElementsAre("info: before", "info: after"));
+}
+
+// In a process of its own, which has not loaded the logging library.
+TEST(LogCaptureDeathTest, CollectsBuiltLinesWithoutLibrary) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const LogCapture capture;
+            log::debug([]() -> QString { return u"built"_s; });
+            std::exit(capture.lines().size() == 1 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 } // namespace

@@ -39,6 +39,11 @@ struct ServiceError {
 // If a step fails, the service is removed again.
 [[nodiscard]] std::optional<ServiceError> installService(const ServiceDefinition& definition);
 
+// Gives an existing service the command of `definition`. Its other properties, which administrators
+// may have changed, remain. Its present command must begin with the arguments "service" "run".
+// NotFound: there is no service of this name.
+[[nodiscard]] std::optional<ServiceError> updateService(const ServiceDefinition& definition);
+
 // Stops and removes the service `name`, whose command must begin with the arguments "service"
 // "run". Waits up to 3 minutes until it has stopped. If it is still running then, returns an error;
 // the system removes it as soon as it stops.

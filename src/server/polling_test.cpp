@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace quorin {
 namespace {
 
@@ -38,6 +40,52 @@ TEST(RetryTest, GivesUpAfterTwentyFailures) {
     }));
     EXPECT_EQ(attempts, 20);
     EXPECT_GE(timer.elapsed(), 9'990);
+}
+
+// Counts the calls for a watcher whose thread ends after some calls of Stop().
+struct CountedWatcher {
+    int stopsUntilEnd = 0;
+    int stops = 0;
+    int terminations = 0;
+
+    [[nodiscard]] bool isRunning() const { return stops < stopsUntilEnd; }
+    void Stop() { ++stops; }
+    void terminate() { ++terminations; }
+};
+
+TEST(StopOrTerminateTest, DoesNothingForEndedWatchers) {
+    CountedWatcher first;
+    CountedWatcher second;
+    stopOrTerminate(first, second);
+    EXPECT_EQ(first.stops, 0);
+    EXPECT_EQ(second.stops, 0);
+    EXPECT_EQ(first.terminations + second.terminations, 0);
+}
+
+TEST(StopOrTerminateTest, RepeatsStopUntilAllHaveEnded) {
+    for (const auto& [stopsOfFirst, stopsOfSecond] : {std::pair(2, 3), std::pair(3, 2)}) {
+        CountedWatcher first{.stopsUntilEnd = stopsOfFirst};
+        CountedWatcher second{.stopsUntilEnd = stopsOfSecond};
+        stopOrTerminate(first, second);
+        EXPECT_EQ(first.stops, 3);
+        EXPECT_EQ(second.stops, 3);
+        EXPECT_EQ(first.terminations + second.terminations, 0);
+    }
+}
+
+TEST(StopOrTerminateTest, WaitsElevenPassesForWatcher) {
+    CountedWatcher watcher{.stopsUntilEnd = 11};
+    stopOrTerminate(watcher);
+    EXPECT_EQ(watcher.stops, 11);
+    EXPECT_EQ(watcher.terminations, 0);
+}
+
+TEST(StopOrTerminateTest, TerminatesAfterElevenPasses) {
+    CountedWatcher ended;
+    CountedWatcher endless{.stopsUntilEnd = 1000};
+    stopOrTerminate(ended, endless);
+    EXPECT_EQ(endless.stops, 11);
+    EXPECT_EQ(endless.terminations, 1);
 }
 
 } // namespace

@@ -26,8 +26,12 @@ void QueueWatcher::run() {
     stopRequested_ = false;
     do {
         startQueuedWorkers();
-        platform::pause(queue_->isEmpty() ? kIdlePoll : kBusyPoll);
+        platform::pause(nextPause());
     } while (!stopRequested_);
+}
+
+std::chrono::microseconds QueueWatcher::nextPause() const {
+    return queue_->isEmpty() ? kIdlePoll : kBusyPoll;
 }
 
 void QueueWatcher::startQueuedWorkers() {

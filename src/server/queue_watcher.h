@@ -3,6 +3,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <chrono>
 
 class QThreadPool;
 
@@ -27,6 +28,9 @@ public:
     // Requests the thread to end after its current sleep; returns at once. Thread-safe. A request
     // made before run() has started is lost.
     void Stop() { stopRequested_ = true; }
+
+    // Returns the time until the next look at the queue. Thread-safe.
+    [[nodiscard]] std::chrono::microseconds nextPause() const;
 
 private:
     void startQueuedWorkers();

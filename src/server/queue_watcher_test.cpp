@@ -78,6 +78,14 @@ TEST_F(QueueWatcherTest, StartsNoMoreWorkersThanAllowed) {
     }
 }
 
+TEST_F(QueueWatcherTest, PollsFasterWhileWorkersWait) {
+    EXPECT_EQ(watcher_.nextPause(), std::chrono::milliseconds(100));
+    enqueue();
+    EXPECT_EQ(watcher_.nextPause(), std::chrono::milliseconds(10));
+    queue_.clear();
+    EXPECT_EQ(watcher_.nextPause(), std::chrono::milliseconds(100));
+}
+
 TEST_F(QueueWatcherTest, StartsWorkersInOrderOfArrival) {
     allow(1);
     for (int i = 0; i < 4; ++i) {

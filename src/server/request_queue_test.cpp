@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <latch>
 #include <thread>
 #include <vector>
 
@@ -79,6 +80,24 @@ TEST_F(RequestQueueTest, AllowsAppendingWhileTaking) {
     }
     taker.join();
     EXPECT_TRUE(queue_.isEmpty());
+}
+
+TEST_F(RequestQueueTest, AllowsAppendingOnSeveralThreads) {
+    constexpr std::size_t count = 20'000;
+    std::latch start(4);
+    std::vector<std::thread> appenders;
+    for (int i = 0; i < 4; ++i) {
+        appenders.emplace_back([&] {
+            start.arrive_and_wait();
+            for (std::size_t appended = 0; appended < count; ++appended) {
+                queue_.append(nullptr);
+            }
+        });
+    }
+    for (std::thread& appender : appenders) {
+        appender.join();
+    }
+    EXPECT_EQ(queue_.size(), 4 * count);
 }
 
 } // namespace

@@ -33,9 +33,6 @@ namespace quorin {
 
 namespace {
 
-// Passes of kIdlePoll after which a watcher that is still running is terminated.
-constexpr int kStopPasses = 11;
-
 // Connections go to the request queue and are never pending. Any number above 0 enables accepting.
 constexpr int kPendingConnections = 1;
 
@@ -204,24 +201,10 @@ void TcpServer::QuitWatcherSatisfied() {
     application_->exit(0);
 }
 
-// A watcher must not be deleted while its thread runs: terminates one that does not end in time.
-void TcpServer::stopWatchers() {
-    const auto isRunning = [](const QThread& watcher) { return watcher.isRunning(); };
-    for (int pass = 0; isRunning(*threadPoolWatcher_) || isRunning(*queueWatcher_); ++pass) {
-        if (pass == kStopPasses) {
-            threadPoolWatcher_->terminate();
-            queueWatcher_->terminate();
-            break;
-        }
-        platform::pause(kIdlePoll);
-        threadPoolWatcher_->Stop();
-        queueWatcher_->Stop();
-    }
-}
-
 void TcpServer::cleanUp() {
     if (threadPoolWatcher_ && queueWatcher_) {
-        stopWatchers();
+        // A watcher must not be deleted while its thread runs.
+        stopOrTerminate(*threadPoolWatcher_, *queueWatcher_);
     }
     threadPoolWatcher_.reset();
     queueWatcher_.reset();

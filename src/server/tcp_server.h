@@ -59,7 +59,6 @@ private:
     // files.
     void pauseAdmission();
     void resumeAdmission();
-    void stopWatchers();
     void cleanUp();
 
     std::shared_ptr<ServerContext> serverContext_ = std::make_shared<ServerContext>();

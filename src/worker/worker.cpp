@@ -10,13 +10,13 @@
 #include "http/request_parser.h"
 #include "log/log.h"
 #include "platform/descriptors.h"
+#include "worker/timer_interval.h"
+#include "worker/unread_bytes.h"
 
 #include <QAbstractEventDispatcher>
 #include <QHostAddress>
 
-#include <algorithm>
 #include <chrono>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -46,29 +46,6 @@ QString messageOf(const std::exception& exception) {
     return endMessage(QString::fromUtf8(exception.what()));
 }
 
-std::chrono::milliseconds connectionTimeout() {
-    constexpr std::chrono::milliseconds longest{std::numeric_limits<int>::max()};
-    const std::chrono::milliseconds configured =
-        std::chrono::seconds(GatewaySettings::instance().ConnectionTimeout);
-    return std::min(configured, longest); // QTimer stores its interval in an int
-}
-
-// Discards bytes that the client has sent after its request. Without this, closing the connection
-// would reset it, and the client could lose the end of its reply. Not over TLS: there
-// waitForReadyRead(0) does not return while records without data arrive, such as key updates.
-void discardUnread(QSslSocket& socket) {
-    if (socket.mode() != QSslSocket::UnencryptedMode) {
-        return;
-    }
-    qint64 discarded = 0;
-    while (socket.state() == QAbstractSocket::ConnectedState && discarded < kRequestLimit) {
-        discarded += socket.skip(socket.bytesAvailable());
-        if (!socket.waitForReadyRead(0)) {
-            break;
-        }
-    }
-}
-
 } // namespace
 
 Worker::Worker(platform::SocketDescriptor descriptor,
@@ -82,7 +59,7 @@ Worker::~Worker() {
     acceptsRequest_ = false;
     captureException([this] {
         if (context_.socket && context_.socket->isOpen()) {
-            discardUnread(*context_.socket);
+            discardUnread(*context_.socket, kRequestLimit);
             context_.socket->disconnectFromHost(); // sends close_notify over TLS; close() does not
             context_.socket->flush();
             context_.socket->close();
@@ -162,7 +139,8 @@ void Worker::openSocket() {
 
 void Worker::startConnectionTimer() {
     connectionTimer_ = std::make_unique<QTimer>();
-    connectionTimer_->setInterval(connectionTimeout());
+    connectionTimer_->setInterval(
+        timerInterval(std::chrono::seconds(GatewaySettings::instance().ConnectionTimeout)));
     connect(connectionTimer_.get(), &QTimer::timeout, this, &Worker::ConnectionTimeout,
             Qt::DirectConnection);
     connectionTimer_->start();

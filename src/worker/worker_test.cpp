@@ -2,6 +2,7 @@
 
 #include "handlers/handler_fixture.h"
 #include "platform/descriptors.h"
+#include "support/deadline.h"
 #include "support/descriptor_limit.h"
 #include "support/some_certificate.h"
 #include "worker/tls_configuration.h"
@@ -116,6 +117,34 @@ TEST_F(WorkerTest, ServesNothingAfterConnectTimeout) {
                      u"2 [End] void __cdecl Worker::run(void)"_s,
                      u"2 [Start] void __cdecl Worker::SslSocketDisconnected(void)"_s,
                      u"2 [End] void __cdecl Worker::SslSocketDisconnected(void)"_s}));
+}
+
+TEST_F(WorkerTest, StopsConnectionTimerBeforeServing) {
+    // The system's event dispatcher starts expired timers in the same pass as the request; that of
+    // GLib starts them in the next one, which does not happen.
+    qputenv("QT_NO_THREADED_GLIB", "1");
+    constexpr std::chrono::seconds timeout{1};
+    constexpr qsizetype size = 48 * 1024 * 1024; // more than the system buffers
+    GatewaySettings::instance().ConnectionTimeout = timeout.count();
+    GatewaySettings::instance().HTTPRequestTimeout = 600;
+    data_.write(u"root/a"_s, QByteArray(size, 'x'));
+    connection_.client().limitReadAhead(1);
+    connection_.client().send(get("/a"));
+    auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
+    std::thread thread([&worker] {
+        worker->run();
+        worker.reset();
+    });
+    EXPECT_EQ(connection_.client().read(1), "H");
+    // The worker cannot finish before the client reads on.
+    const QDeadlineTimer expiry(timeout * 2);
+    ASSERT_TRUE(waitUntil([&] { return expiry.hasExpired(); }));
+    connection_.client().limitReadAhead(0);
+    EXPECT_GT(connection_.client().readToEnd().size(), size);
+    thread.join();
+    qunsetenv("QT_NO_THREADED_GLIB");
+    EXPECT_EQ(log_.lines().filter(u"connect timeout"_s), QStringList());
+    EXPECT_EQ(log_.lines().filter(u" - -  200 0"_s).size(), 1);
 }
 
 TEST_F(WorkerTest, ServesNothingAfterQuit) {

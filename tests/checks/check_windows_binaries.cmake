@@ -1,6 +1,8 @@
 # Checks the PE headers of the binaries of a Windows build.
 #
-#   cmake -DOBJDUMP=... -DNM=... -DBIN=build/windows/bin -DGATEWAY=<gateway library> -P <this file>
+#   cmake -DOBJDUMP=... -DNM=... -DWINDRES=... -DBIN=build/windows/bin -DGATEWAY=<gateway library>
+#         -DPROGRAM=<quorin-gateway> -DLOGGER=<logging library> -DVERSION=<version of the product>
+#         -DVENDOR=<text> -P <this file>
 #
 #  - The gateway library exports QuorinGatewayHttpMainFunc, undecorated, and nothing else.
 #  - Every imported library is in the folder or part of Windows.
@@ -10,6 +12,8 @@
 #  - None of our binaries has thread-local objects with destructors: gcc before 16 frees their
 #    memory before it runs the destructors. (Qt has been stripped; scripts/build-windows disables the
 #    feature of Qt that uses such an object, and a test that ends threads covers that.)
+#  - Our binaries have a version resource with the product's version and their own name. The program
+#    has an icon and an application manifest.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -84,6 +88,44 @@ foreach(binary IN LISTS binaries)
     if(NOT exports STREQUAL "QuorinGatewayHttpMainFunc")
       fail("${name} exports \"${exports}\"")
     endif()
+  endif()
+endforeach()
+
+# The resources, as windres prints them.
+function(expect_resource name text what)
+  string(FIND "${resources}" "${text}" position)
+  if(position EQUAL -1)
+    fail("${name} lacks the resource ${what}: ${text}")
+    set(failures "${failures}" PARENT_SCOPE)
+  endif()
+endfunction()
+
+string(REPLACE "." ", " numbers "${VERSION}.0")
+foreach(binary IN ITEMS "${PROGRAM}" "${GATEWAY}" "${LOGGER}")
+  get_filename_component(name "${binary}" NAME)
+  execute_process(COMMAND "${WINDRES}" --input-format=coff --output-format=rc "${binary}"
+                  OUTPUT_VARIABLE resources ERROR_VARIABLE errors RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    fail("${name}: windres cannot read the resources: ${errors}")
+    continue()
+  endif()
+  expect_resource("${name}" " FILEVERSION ${numbers}\n" "file version")
+  expect_resource("${name}" " PRODUCTVERSION ${numbers}\n" "product version")
+  foreach(value IN ITEMS "CompanyName|${VENDOR}" "FileVersion|${VERSION}"
+          "LegalCopyright|Copyright ${VENDOR}" "OriginalFilename|${name}"
+          "ProductName|Quorin Gateway" "ProductVersion|${VERSION}")
+    string(REPLACE "|" "\", \"" value "${value}")
+    expect_resource("${name}" "VALUE \"${value}\"\n" "version text")
+  endforeach()
+  if(NOT resources MATCHES "VALUE \"FileDescription\", \"Quorin Gateway[^\"]*\"")
+    fail("${name} has no file description")
+  endif()
+  if(binary STREQUAL PROGRAM)
+    expect_resource("${name}" "RT_GROUP_ICON" "icon")
+    foreach(text IN ITEMS [[level=""asInvoker""]] [[{1f676c76-80e1-4239-95bb-83d0f6d0da78}]]
+            [[{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}]] [[>true</longPathAware>]])
+      expect_resource("${name}" "${text}" "manifest")
+    endforeach()
   endif()
 endforeach()
 

@@ -4,6 +4,7 @@
 #include "support/deadline.h"
 #include "support/system.h"
 
+#include <QFile>
 #include <QLocalSocket>
 #include <QProcessEnvironment>
 
@@ -14,6 +15,10 @@ using namespace Qt::StringLiterals;
 namespace quorin::test {
 
 namespace {
+
+// The environment variable with a folder that may contain another gateway library, program or
+// bundled logging library for the tests, with seeded faults (scripts/mutate).
+const QString kReplacementsVariable = u"QUORIN_TEST_REPLACEMENTS"_s;
 
 QString folderOf(LogLibrary log) {
     switch (log) {
@@ -54,7 +59,8 @@ Gateway::Gateway(const Site& site, LogLibrary log) : site_(site) {
     environment.insert(u"QUORIN_STUB_LOG"_s, site.recordPath());
     environment.insert(u"QUORIN_TEST_PRIVATE_KEY"_s, site.privateKeyPath());
     environment.insert(u"TMPDIR"_s, site.temporaryPath());
-    addLibraryFolders(environment, {folderOf(log), QStringLiteral(QUORIN_BARE_FOLDER)});
+    addLibraryFolders(environment, {environment.value(kReplacementsVariable), folderOf(log),
+                                    QStringLiteral(QUORIN_BARE_FOLDER)});
     process_.setProcessEnvironment(environment);
 }
 
@@ -91,7 +97,10 @@ void Gateway::startUnder(const QStringList& command) {
 }
 
 void Gateway::startProgram(const QStringList& arguments) {
-    startProcess(QStringLiteral(QUORIN_PROGRAM), arguments);
+    const QString replacement =
+        process_.processEnvironment().value(kReplacementsVariable) + u"/quorin-gateway";
+    startProcess(QFile::exists(replacement) ? replacement : QStringLiteral(QUORIN_PROGRAM),
+                 arguments);
 }
 
 void Gateway::startProcess(const QString& program, const QStringList& arguments) {

@@ -3,6 +3,7 @@
 #include <QtGlobal>
 
 #include <optional>
+#include <string>
 
 namespace quorin::test {
 
@@ -15,6 +16,10 @@ struct ProcessFigures {
 
 // The greatest number of descriptors that Qt opens for the event loop of a thread.
 extern const int kDescriptorsPerThread;
+
+// Returns what the descriptors of a process refer to, a line each, for the message of a failed
+// test. Empty on systems that do not list them.
+[[nodiscard]] std::string describeDescriptors(qint64 processId);
 
 // The greatest number of descriptors that a process opens late and keeps, however long it runs.
 extern const int kDescriptorsOpenedLate;

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 namespace quorin::test {
 
@@ -42,6 +43,18 @@ std::optional<ProcessFigures> processFigures(qint64 processId) {
                                   .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
                                   .size());
     return figures;
+}
+
+std::string describeDescriptors(qint64 processId) {
+    const QDir folder(QStringLiteral("/proc/") + QString::number(processId) +
+                      QStringLiteral("/fd"));
+    QString lines;
+    for (const QFileInfo& descriptor :
+         folder.entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
+        lines += descriptor.fileName() + QStringLiteral(" -> ") +
+                 QFile::symLinkTarget(descriptor.filePath()) + u'\n';
+    }
+    return lines.toStdString();
 }
 
 } // namespace quorin::test

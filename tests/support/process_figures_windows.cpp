@@ -96,4 +96,8 @@ std::optional<ProcessFigures> processFigures(qint64 processId) {
     return figures;
 }
 
+std::string describeDescriptors(qint64 /*processId*/) {
+    return {};
+}
+
 } // namespace quorin::test

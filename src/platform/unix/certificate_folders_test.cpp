@@ -320,6 +320,7 @@ TEST_F(CertificateFoldersTest, FindsIssuersInCertificateFile) {
     ASSERT_EQ(issuers.size(), 1u);
     EXPECT_EQ(issuers[0]->der(), quorin::test::derFromPem(intermediate.certificate()));
     EXPECT_FALSE(issuers[0]->isSelfSigned());
+    EXPECT_FALSE(issuers[0]->isWeak());
     const auto roots = issuers[0]->issuers();
     ASSERT_EQ(roots.size(), 1u);
     EXPECT_EQ(roots[0]->displayName(), "root");

@@ -5,11 +5,30 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <vector>
+#include <optional>
+
+#include <sys/resource.h>
 
 namespace quorin::platform {
 namespace {
+
+// Sets the soft limit of this process during the object's lifetime.
+class SoftLimit {
+public:
+    explicit SoftLimit(rlim_t limit) {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        const rlimit lowered{limit, before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &lowered), 0);
+    }
+    ~SoftLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+    SoftLimit(const SoftLimit&) = delete;
+    SoftLimit& operator=(const SoftLimit&) = delete;
+
+    [[nodiscard]] rlim_t hardLimit() const { return before_.rlim_max; }
+
+private:
+    rlimit before_{};
+};
 
 TEST(DescriptorsTest, CountsOpenFiles) {
     const qintptr before = openDescriptors().value();
@@ -31,6 +50,27 @@ TEST(DescriptorsTest, ChecksForFreeDescriptorWithoutKeepingIt) {
     const qintptr before = openDescriptors().value();
     EXPECT_TRUE(hasFreeDescriptor());
     EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(DescriptorsTest, CannotCountWithoutFreeDescriptor) {
+    std::optional<qintptr> count = 0;
+    bool isFree = true;
+    {
+        const SoftLimit limit(0);
+        count = openDescriptors();
+        isFree = hasFreeDescriptor();
+    }
+    EXPECT_EQ(count, std::nullopt);
+    EXPECT_FALSE(isFree);
+}
+
+TEST(DescriptorsTest, RaisesSoftLimitToHardLimit) {
+    const SoftLimit limit(100);
+    EXPECT_EQ(descriptorLimit(), 100);
+    raiseDescriptorLimit();
+    rlimit raised{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &raised), 0);
+    EXPECT_EQ(raised.rlim_cur, limit.hardLimit());
 }
 
 } // namespace

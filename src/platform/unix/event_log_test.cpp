@@ -76,5 +76,17 @@ TEST(EventLogTest, IsSilentWithoutJournal) {
     EXPECT_EQ(errors.read(), "");
 }
 
+TEST(EventLogTest, IsSilentWithoutStandardError) {
+    const CapturedErrors errors(true);
+    close(STDERR_FILENO);
+    EventLog::ofProgram().report(EventKind::Started, u"text"_s);
+    EXPECT_EQ(errors.read(), "");
+}
+
+TEST(EventLogTest, NeedsNoRegisteredSource) {
+    EXPECT_EQ(registerEventSource(u"source"_s, u"/missing"_s), std::nullopt);
+    EXPECT_EQ(removeEventSource(u"source"_s), std::nullopt);
+}
+
 } // namespace
 } // namespace quorin::platform

@@ -83,5 +83,26 @@ TEST_F(FileContentTest, DoesNotWaitForPipeWriter) {
     EXPECT_EQ(errorOf(path(), 100), EINVAL);
 }
 
+// Like a file that is truncated while it is read: the size of this one is that of a page.
+TEST_F(FileContentTest, EndsWhereFileEnds) {
+    const std::string cpus = "/sys/devices/system/cpu/online";
+    if (!QFile::exists(QString::fromStdString(cpus))) {
+        GTEST_SKIP() << "this system has no " << cpus;
+    }
+    const auto file = readFile(cpus, 65536).value;
+    ASSERT_TRUE(file);
+    EXPECT_LT(file->bytes.size(), 4096u);
+    EXPECT_TRUE(file->bytes.view().toByteArray().endsWith('\n'));
+}
+
+// The system cannot tell the speed of the loopback interface.
+TEST_F(FileContentTest, ReportsErrorWhileReading) {
+    const std::string speed = "/sys/class/net/lo/speed";
+    if (!QFile::exists(QString::fromStdString(speed))) {
+        GTEST_SKIP() << "this system has no " << speed;
+    }
+    EXPECT_EQ(errorOf(speed, 65536), EINVAL);
+}
+
 } // namespace
 } // namespace quorin::platform

@@ -42,5 +42,15 @@ TEST_F(ProtectedFoldersTest, FindsUnsafePathsBelowRoot) {
     EXPECT_TRUE(findUnsafePaths(folder_.filePath(u"missing"_s)).empty());
 }
 
+TEST_F(ProtectedFoldersTest, CreatesNoFolders) {
+    const QString path = folder_.filePath(u"new"_s);
+    EXPECT_EQ(createProtectedFolders({{path, FolderAccess::Modify}}, u"Gateway"_s), std::nullopt);
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(ProtectedFoldersTest, RepairTakesRightToWriteFromOthers) {
+    EXPECT_EQ(repairCommands(u"/var/lib/a b"_s), QStringList(u"chmod -R o-w '/var/lib/a b'"_s));
+}
+
 } // namespace
 } // namespace quorin::platform

@@ -26,6 +26,10 @@ std::optional<ServiceError> installService(const ServiceDefinition& /*definition
     return unavailable();
 }
 
+std::optional<ServiceError> updateService(const ServiceDefinition& /*definition*/) {
+    return unavailable();
+}
+
 std::optional<ServiceError> uninstallService(const QString& /*name*/) {
     return unavailable();
 }

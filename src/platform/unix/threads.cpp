@@ -1,7 +1,6 @@
 #include "platform/threads.h"
 
-#include <new>
-#include <system_error>
+#include <exception>
 #include <thread>
 
 namespace quorin::platform {
@@ -11,9 +10,7 @@ bool canStartThread() {
     try {
         std::thread([] {}).join();
         return true;
-    } catch (const std::system_error&) {
-        return false;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) { // std::system_error or std::bad_alloc
         return false;
     }
 }

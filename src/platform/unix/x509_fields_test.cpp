@@ -52,6 +52,17 @@ TEST(X509FieldsTest, CommonNameReplacesMissingDnsNames) {
     EXPECT_THAT(dnsNamesOf(*certificateOf(fields)), ElementsAre("localhost"));
 }
 
+TEST(X509FieldsTest, AttributeThatIsNoTextIsEmpty) {
+    QByteArray der = quorin::test::derFromPem(pemOf({}));
+    der.replace("\x0c\x09localhost", "\x30\x09localhost"); // a SEQUENCE instead of a UTF8String
+    const auto* position = reinterpret_cast<const unsigned char*>(der.constData());
+    const X509Pointer certificate(d2i_X509(nullptr, &position, der.size()));
+    ASSERT_TRUE(certificate);
+    EXPECT_THAT(dnsNamesOf(*certificate), ElementsAre(""));
+    EXPECT_EQ(displayNameOf(*certificate), "");
+    EXPECT_EQ(ERR_peek_error(), 0u);
+}
+
 TEST(X509FieldsTest, AcceptsEmptySubject) {
     CertificateFields fields;
     fields.subject = {};

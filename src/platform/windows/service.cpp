@@ -73,6 +73,17 @@ bool containsVariables(const ServiceManagerFunctions& system, const QString& com
            QString::fromWCharArray(expanded.c_str()) != commandLine;
 }
 
+std::optional<ServiceError> checkCommand(const ServiceManagerFunctions& system,
+                                         const QString& command) {
+    if (containsVariables(system, command)) {
+        return ServiceError{ServiceError::Kind::Other,
+                            u"the system would replace a part between percent signs by an "
+                            u"environment variable in the command line "_s +
+                                command};
+    }
+    return std::nullopt;
+}
+
 struct Setting {
     DWORD level;
     void* value;
@@ -117,7 +128,7 @@ std::optional<ServiceError> configure(const ServiceManagerFunctions& system, SC_
     return std::nullopt;
 }
 
-// Prevents that a wrong name removes a service of the system.
+// Prevents that a wrong name removes or changes a service of the system.
 bool isGatewayService(const ServiceManagerFunctions& system, SC_HANDLE service) {
     constexpr DWORD maxSize = 8192; // of the system
     alignas(QUERY_SERVICE_CONFIGW) std::array<BYTE, maxSize> buffer{};
@@ -129,6 +140,10 @@ bool isGatewayService(const ServiceManagerFunctions& system, SC_HANDLE service) 
     const QStringList command =
         commandLineArguments(QString::fromWCharArray(config->lpBinaryPathName));
     return command.mid(1, 2) == QStringList{u"service"_s, u"run"_s};
+}
+
+ServiceError notGatewayService(const QString& name) {
+    return {ServiceError::Kind::Other, u"the service "_s + name + u" does not run a gateway"};
 }
 
 bool isStopped(const ServiceManagerFunctions& system, SC_HANDLE service) {
@@ -167,11 +182,8 @@ std::optional<ServiceError> checkInstallPermissionWith(const ServiceManagerFunct
 std::optional<ServiceError> installServiceWith(const ServiceManagerFunctions& system,
                                                const ServiceDefinition& definition) {
     const QString command = commandLineText(definition.command);
-    if (containsVariables(system, command)) {
-        return ServiceError{ServiceError::Kind::Other,
-                            u"the system would replace a part between percent signs by an "
-                            u"environment variable in the command line "_s +
-                                command};
+    if (auto error = checkCommand(system, command)) {
+        return error;
     }
     const ServiceHandle manager(
         system,
@@ -196,6 +208,33 @@ std::optional<ServiceError> installServiceWith(const ServiceManagerFunctions& sy
     return error;
 }
 
+std::optional<ServiceError> updateServiceWith(const ServiceManagerFunctions& system,
+                                              const ServiceDefinition& definition) {
+    const QString command = commandLineText(definition.command);
+    if (auto error = checkCommand(system, command)) {
+        return error;
+    }
+    const ServiceHandle manager(system, system.openManager(nullptr, nullptr, SC_MANAGER_CONNECT));
+    if (manager.get() == nullptr) {
+        return lastError(u"open the service manager"_s);
+    }
+    const ServiceHandle service(system,
+                                system.openService(manager.get(), wide(definition.name),
+                                                   SERVICE_QUERY_CONFIG | SERVICE_CHANGE_CONFIG));
+    if (service.get() == nullptr) {
+        return lastError(u"open the service"_s);
+    }
+    if (!isGatewayService(system, service.get())) {
+        return notGatewayService(definition.name);
+    }
+    if (system.changeMainConfig(service.get(), SERVICE_NO_CHANGE, SERVICE_NO_CHANGE,
+                                SERVICE_NO_CHANGE, wide(command), nullptr, nullptr, nullptr,
+                                nullptr, nullptr, nullptr) == FALSE) {
+        return lastError(u"change the service"_s);
+    }
+    return std::nullopt;
+}
+
 std::optional<ServiceError> uninstallServiceWith(const ServiceManagerFunctions& system,
                                                  const QString& name) {
     const ServiceHandle manager(system, system.openManager(nullptr, nullptr, SC_MANAGER_CONNECT));
@@ -209,8 +248,7 @@ std::optional<ServiceError> uninstallServiceWith(const ServiceManagerFunctions& 
         return lastError(u"open the service"_s);
     }
     if (!isGatewayService(system, service.get())) {
-        return ServiceError{ServiceError::Kind::Other,
-                            u"the service "_s + name + u" does not run a gateway"};
+        return notGatewayService(name);
     }
     const bool hasStopped = stopService(system, service.get());
     if (system.deleteService(service.get()) == FALSE) {
@@ -233,6 +271,10 @@ std::optional<ServiceError> checkInstallPermission() {
 
 std::optional<ServiceError> installService(const ServiceDefinition& definition) {
     return installServiceWith({}, definition);
+}
+
+std::optional<ServiceError> updateService(const ServiceDefinition& definition) {
+    return updateServiceWith({}, definition);
 }
 
 std::optional<ServiceError> uninstallService(const QString& name) {

@@ -11,6 +11,7 @@ struct ServiceManagerFunctions {
     decltype(&OpenSCManagerW) openManager = &OpenSCManagerW;
     decltype(&CreateServiceW) createService = &CreateServiceW;
     decltype(&ChangeServiceConfig2W) changeConfig = &ChangeServiceConfig2W;
+    decltype(&ChangeServiceConfigW) changeMainConfig = &ChangeServiceConfigW;
     decltype(&OpenServiceW) openService = &OpenServiceW;
     decltype(&QueryServiceConfigW) queryConfig = &QueryServiceConfigW;
     decltype(&QueryServiceStatusEx) queryStatus = &QueryServiceStatusEx;
@@ -26,6 +27,8 @@ struct ServiceManagerFunctions {
 checkInstallPermissionWith(const ServiceManagerFunctions& system);
 [[nodiscard]] std::optional<ServiceError> installServiceWith(const ServiceManagerFunctions& system,
                                                              const ServiceDefinition& definition);
+[[nodiscard]] std::optional<ServiceError> updateServiceWith(const ServiceManagerFunctions& system,
+                                                            const ServiceDefinition& definition);
 [[nodiscard]] std::optional<ServiceError>
 uninstallServiceWith(const ServiceManagerFunctions& system, const QString& name);
 

@@ -109,6 +109,19 @@ ServiceManagerFunctions fakeFunctions() {
     functions.changeConfig = [](SC_HANDLE, DWORD level, void* value) {
         return recordConfig(level, value);
     };
+    functions.changeMainConfig = [](SC_HANDLE, DWORD type, DWORD startType, DWORD errorControl,
+                                    const wchar_t* command, const wchar_t* loadOrderGroup, DWORD*,
+                                    const wchar_t* dependencies, const wchar_t* account,
+                                    const wchar_t* password, const wchar_t* displayName) -> BOOL {
+        manager->command = command;
+        for (const DWORD value : {type, startType, errorControl}) {
+            EXPECT_EQ(value, DWORD{SERVICE_NO_CHANGE});
+        }
+        for (const wchar_t* text : {loadOrderGroup, dependencies, account, password, displayName}) {
+            EXPECT_EQ(text, nullptr);
+        }
+        return !manager->fails("change");
+    };
     functions.openService = [](SC_HANDLE, const wchar_t* name, DWORD) {
         manager->name = name;
         return manager->fails("open") ? nullptr : fakeHandle<SC_HANDLE>();
@@ -149,6 +162,10 @@ protected:
 
     std::optional<ServiceError> install() const {
         return installServiceWith(fakeFunctions(), definition_);
+    }
+
+    std::optional<ServiceError> update() const {
+        return updateServiceWith(fakeFunctions(), definition_);
     }
 
     Manager manager_;
@@ -237,6 +254,46 @@ TEST_F(ServiceTest, RefusesCommandWithVariable) {
     EXPECT_THAT(manager_.calls, ElementsAre());
     definition_.command.last() = u"C:\\100% of %no such variable%\\settings.xml"_s;
     EXPECT_EQ(install(), std::nullopt);
+}
+
+TEST_F(ServiceTest, UpdateChangesOnlyCommand) {
+    EXPECT_EQ(update(), std::nullopt);
+    EXPECT_EQ(manager_.name, L"QuorinTest");
+    EXPECT_EQ(manager_.command,
+              L"\"C:\\Program Files\\Quorin\\quorin-gateway.exe\" \"service\" \"my settings.xml\"");
+    EXPECT_THAT(manager_.calls,
+                ElementsAre("open manager", "open", "query", "change", "close", "close"));
+}
+
+TEST_F(ServiceTest, UpdateRefusesServicesOfOthers) {
+    manager_.command = L"C:\\Windows\\System32\\spoolsv.exe";
+    const auto error = update();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->text.toStdString(), "the service QuorinTest does not run a gateway");
+    EXPECT_THAT(manager_.calls, ElementsAre("open manager", "open", "query", "close", "close"));
+}
+
+TEST_F(ServiceTest, UpdateReportsEachFailure) {
+    definition_.command += u"%SystemRoot%"_s;
+    auto error = update();
+    ASSERT_TRUE(error);
+    EXPECT_THAT(error->text.toStdString(), HasSubstr("%SystemRoot%"));
+    definition_.command.removeLast();
+    manager_.failing = "open";
+    manager_.error = ERROR_SERVICE_DOES_NOT_EXIST;
+    error = update();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind, ServiceError::Kind::NotFound);
+    manager_.failing = "change";
+    manager_.error = ERROR_SERVICE_MARKED_FOR_DELETE;
+    error = update();
+    ASSERT_TRUE(error);
+    EXPECT_THAT(error->text.toStdString(), HasSubstr("cannot change the service: "));
+    manager_.failing = "open manager";
+    manager_.error = ERROR_ACCESS_DENIED;
+    error = update();
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind, ServiceError::Kind::AccessDenied);
 }
 
 TEST_F(ServiceTest, UninstallWaitsUntilServiceHasStopped) {
