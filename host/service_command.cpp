@@ -18,7 +18,6 @@
 #include <QFileInfo>
 
 #include <cstdio>
-#include <cstdlib>
 #include <optional>
 #include <variant>
 
@@ -178,22 +177,18 @@ int uninstall(const ServiceArguments& arguments) {
     return kOk;
 }
 
-// Passes the progress of the gateway on to the service manager. Ends the process at once when the
-// service has stopped: an installation that waited for it then replaces the files in use.
+// Passes the progress of the gateway on to the service manager.
 class ServiceObserver final : public GatewayObserver {
 public:
     explicit ServiceObserver(platform::ServiceProcess& service) : service_(service) {}
 
     void onStarted() override { service_.reportRunning(); }
-    void onStopped() override { end(kOk); }
-    void onStartFailed(int exitCode, const QString& /*reason*/) override { end(exitCode); }
-
-private:
-    [[noreturn]] void end(int exitCode) {
+    void onStopped() override { service_.reportStopped(kOk); }
+    void onStartFailed(int exitCode, const QString& /*reason*/) override {
         service_.reportStopped(exitCode);
-        std::_Exit(exitCode);
     }
 
+private:
     platform::ServiceProcess& service_;
 };
 
