@@ -32,7 +32,7 @@ bool isServiceName(const std::string& name) {
            });
 }
 
-// Moves the options at the begin of `rest` to `result`. Returns an error message or an empty text.
+// Moves leading options from `rest` to `result`. Returns an error message, or an empty string.
 std::string takeOptions(std::vector<std::string>& rest, ServiceArguments& result) {
     const bool isInstall = result.action == ServiceArguments::Action::Install;
     while (!rest.empty()) {

@@ -1,5 +1,5 @@
 // Limits of descriptors and memory: requests fail or wait, the gateway keeps running, and it serves
-// again as soon as there is room.
+// again once descriptors and memory are available.
 
 #include "fault_fixture.h"
 #include "support/clients.h"

@@ -312,7 +312,7 @@ TEST_F(ServiceTest, StopFinishesDownload) {
     EXPECT_EQ(status().dwWin32ExitCode, DWORD{NO_ERROR});
 }
 
-// Without the manager, e.g. by an administrator who copies the command line.
+// Run without the manager, for example by an administrator who copies the command line.
 TEST_F(ServiceTest, RunByHandExplainsItself) {
     writeSettings();
     EXPECT_EQ(run({u"run"_s, u"--name"_s, name_, settingsName_, u"primary"_s}), 64);

@@ -40,7 +40,7 @@ struct ServiceError {
 [[nodiscard]] std::optional<ServiceError> installService(const ServiceDefinition& definition);
 
 // Gives an existing service the command of `definition`. Its other properties, which administrators
-// may have changed, remain. Its present command must begin with the arguments "service" "run".
+// may have changed, remain. Its current command must begin with the arguments "service" "run".
 // NotFound: there is no service of this name.
 [[nodiscard]] std::optional<ServiceError> updateService(const ServiceDefinition& definition);
 
@@ -49,8 +49,8 @@ struct ServiceError {
 // the system removes it as soon as it stops.
 [[nodiscard]] std::optional<ServiceError> uninstallService(const QString& name);
 
-// The connection of a process that runs as a service to the service manager, which is told:
-// starting from connect() on, running, stopping after a stop request, stopped. At most one per
+// Connects a service process to the service manager and reports its state: starting (from connect()
+// on), running, stopping (after a stop request), stopped. At most one per
 // process.
 class ServiceProcess {
 public:

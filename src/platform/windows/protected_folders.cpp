@@ -76,7 +76,7 @@ bool isTrusted(PSID identifier, const QString& alsoTrusted) {
            std::find(kTrusted.begin(), kTrusted.end(), text) != kTrusted.end();
 }
 
-// The name that administrators know, or the identifier if the system knows no name.
+// Returns the name of the account, or its security identifier if the name cannot be looked up.
 QString accountName(const ProtectedFoldersFunctions& system, PSID identifier) {
     std::array<wchar_t, 256> name{};
     std::array<wchar_t, 256> domain{};

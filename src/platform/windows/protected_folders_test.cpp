@@ -155,7 +155,7 @@ TEST_F(ProtectedFoldersTest, AcceptsProtectedTree) {
     EXPECT_THAT(unsafe(), IsEmpty());
     expectSafe("O:SYD:P(A;;FA;;;LS)(A;;FA;;;NS)(A;;FA;;;OW)");
     expectSafe("O:S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464D:P(A;;FR;;;WD)");
-    expectSafe("O:BAD:P"); // nobody has access
+    expectSafe("O:BAD:P"); // no account has access
 }
 
 TEST_F(ProtectedFoldersTest, MissingTreeIsSafe) {

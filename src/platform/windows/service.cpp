@@ -128,7 +128,7 @@ std::optional<ServiceError> configure(const ServiceManagerFunctions& system, SC_
     return std::nullopt;
 }
 
-// Prevents that a wrong name removes or changes a service of the system.
+// Keeps a mistyped name from removing or changing another service.
 bool isGatewayService(const ServiceManagerFunctions& system, SC_HANDLE service) {
     constexpr DWORD maxSize = 8192; // of the system
     alignas(QUERY_SERVICE_CONFIGW) std::array<BYTE, maxSize> buffer{};

@@ -7,7 +7,7 @@ namespace quorin::platform {
 
 namespace {
 
-// Time limits that the manager is told, after which it may consider the service hung. A start may
+// Wait hints for the manager, which may consider the service hung after this time. A start may
 // wait 10 s for another gateway to end and 10 s for its control pipe.
 constexpr DWORD kStartHintMs = 60'000;
 constexpr DWORD kStopHintMs = 30'000;
