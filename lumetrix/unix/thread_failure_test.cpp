@@ -1,38 +1,15 @@
 #include "log_directory.h"
 #include "lumetrix.h"
+#include "support/no_new_threads.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <pthread.h>
-
 namespace {
 
+using quorin::test::NoNewThreads;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
-
-// Gives new threads a stack that is larger than the address space.
-class NoNewThreads {
-public:
-    NoNewThreads() {
-        pthread_getattr_default_np(&before_);
-        pthread_attr_t attributes{};
-        pthread_attr_init(&attributes);
-        pthread_attr_setstacksize(&attributes, std::size_t{1} << 48U);
-        EXPECT_EQ(pthread_setattr_default_np(&attributes), 0);
-        pthread_attr_destroy(&attributes);
-    }
-    ~NoNewThreads() {
-        pthread_setattr_default_np(&before_);
-        pthread_attr_destroy(&before_);
-    }
-    NoNewThreads(const NoNewThreads&) = delete;
-    NoNewThreads& operator=(const NoNewThreads&) = delete;
-
-private:
-    pthread_attr_t before_{};
-};
 
 TEST(ThreadFailureTest, ReportsThatLoggerCannotStart) {
     CaptureStderr();
