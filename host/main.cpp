@@ -42,7 +42,7 @@ std::string help() {
                        "       quorin-gateway check SETTINGS primary|secondary [--json]\n"
                        "       quorin-gateway status\n"
                        "       quorin-gateway stop\n") +
-           (hasServices ? "       quorin-gateway service install|uninstall ...\n" : "") +
+           (hasServices ? "       quorin-gateway service install|stop|uninstall ...\n" : "") +
            "       quorin-gateway COMMAND --help\n"
            "       quorin-gateway --help | --version\n"
            "\n"
@@ -52,7 +52,7 @@ std::string help() {
            "status   Reports whether a gateway runs on this machine.\n"
            "stop     Tells the gateway on this machine to complete its current requests\n"
            "         and stop.\n" +
-           (hasServices ? "service  Installs or removes the gateway as a service.\n" : "") +
+           (hasServices ? "service  Installs, stops or removes the gateway as a service.\n" : "") +
            "\n"
            "SETTINGS is the settings file. The gateway uses the settings of its group,\n"
            "primary or secondary.\n"

@@ -20,6 +20,9 @@ std::optional<ServiceArguments::Action> actionOf(const std::string& text) {
     if (text == "uninstall") {
         return Action::Uninstall;
     }
+    if (text == "stop") {
+        return Action::Stop;
+    }
     return text == "run" ? std::optional(Action::Run) : std::nullopt;
 }
 
@@ -66,7 +69,7 @@ std::variant<ServiceArguments, std::string>
 parseServiceArguments(const std::vector<std::string>& arguments) {
     const auto action = !arguments.empty() ? actionOf(arguments.front()) : std::nullopt;
     if (!action) {
-        return "'service' requires 'install', 'uninstall' or 'run'";
+        return "'service' requires 'install', 'uninstall', 'stop' or 'run'";
     }
     ServiceArguments result;
     result.action = *action;
@@ -74,9 +77,10 @@ parseServiceArguments(const std::vector<std::string>& arguments) {
     if (const std::string error = takeOptions(rest, result); !error.empty()) {
         return error;
     }
-    if (*action == ServiceArguments::Action::Uninstall) {
+    if (*action == ServiceArguments::Action::Uninstall ||
+        *action == ServiceArguments::Action::Stop) {
         if (!rest.empty()) {
-            return "'service uninstall' takes no arguments besides '--name NAME'";
+            return "'service " + arguments.front() + "' takes no arguments besides '--name NAME'";
         }
         return result;
     }

@@ -11,11 +11,11 @@ namespace quorin {
 inline constexpr QStringView kDefaultServiceName = u"QuorinGateway";
 
 struct ServiceArguments {
-    enum class Action { Install, Uninstall, Run };
+    enum class Action { Install, Uninstall, Run, Stop };
     Action action = Action::Run;
     QString name = kDefaultServiceName.toString();
-    QString settings; // as given; empty for Uninstall
-    QString group;    // "primary" or "secondary"; empty for Uninstall
+    QString settings; // as given; only for Install and Run
+    QString group;    // "primary" or "secondary"; only for Install and Run
     QString sample;   // only for Install: copied to `settings` if that does not exist; may be empty
     bool updates = false; // only for Install: an existing service gets the new arguments
 };

@@ -29,6 +29,8 @@ TEST(ServiceArgumentsTest, ParsesCommands) {
                  "primary");
     expectParsed({"uninstall"}, Action::Uninstall, "QuorinGateway", "", "");
     expectParsed({"uninstall", "--name", "Other"}, Action::Uninstall, "Other", "", "");
+    expectParsed({"stop"}, Action::Stop, "QuorinGateway", "", "");
+    expectParsed({"stop", "--name", "Other"}, Action::Stop, "Other", "", "");
 }
 
 TEST(ServiceArgumentsTest, ParsesOptionsOfInstall) {
@@ -66,6 +68,8 @@ TEST(ServiceArgumentsTest, RefusesMalformedCommands) {
         {"uninstall", "--update"},
         {"uninstall", "s.xml"},
         {"uninstall", "--name"},
+        {"stop", "--update"},
+        {"stop", "s.xml"},
     };
     for (const auto& arguments : malformed) {
         EXPECT_TRUE(std::holds_alternative<std::string>(parseServiceArguments(arguments)))

@@ -177,6 +177,14 @@ int uninstall(const ServiceArguments& arguments) {
     return kOk;
 }
 
+int stop(const ServiceArguments& arguments) {
+    if (const auto error = platform::stopService(arguments.name)) {
+        return reportError(*error);
+    }
+    std::printf("The service %s has been stopped.\n", qUtf8Printable(arguments.name));
+    return kOk;
+}
+
 // Passes the progress of the gateway on to the service manager.
 class ServiceObserver final : public GatewayObserver {
 public:
@@ -224,6 +232,8 @@ int serviceCommand(const CommandLine& line) {
         return install(line, service);
     case ServiceArguments::Action::Uninstall:
         return uninstall(service);
+    case ServiceArguments::Action::Stop:
+        return stop(service);
     case ServiceArguments::Action::Run:
         break;
     }

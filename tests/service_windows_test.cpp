@@ -2,6 +2,7 @@
 // rights of an administrator and a machine without a gateway.
 
 #include "platform/folders.h"
+#include "platform/windows/handle.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/messages.h"
@@ -174,6 +175,27 @@ TEST_F(ServiceTest, ServesAndStops) {
     EXPECT_TRUE(
         waitUntil([this] { return !open() && GetLastError() == ERROR_SERVICE_DOES_NOT_EXIST; }));
     EXPECT_TRUE(QFile::exists(product_ + u"/QuorinGatewayHttp/wwwroot/fwfiles/file.bin"));
+}
+
+TEST_F(ServiceTest, StopWaitsUntilProcessHasEnded) {
+    writeSettings();
+    ASSERT_EQ(install(), 0) << errors_;
+    start();
+    ASSERT_TRUE(waitFor(SERVICE_RUNNING)) << log();
+    const platform::Handle process(OpenProcess(SYNCHRONIZE, FALSE, status().dwProcessId));
+    ASSERT_NE(process, nullptr);
+    for (int repetition = 0; repetition < 2; ++repetition) { // the second time, it has stopped
+        EXPECT_EQ(run({u"stop"_s, u"--name"_s, name_}), 0) << errors_;
+        EXPECT_EQ(output_, "The service " + name_.toStdString() + " has been stopped.\n");
+        EXPECT_EQ(WaitForSingleObject(process.get(), 0), DWORD{WAIT_OBJECT_0});
+        EXPECT_EQ(status().dwCurrentState, DWORD{SERVICE_STOPPED});
+    }
+    EXPECT_THAT(log(), HasSubstr("primary : [Status] Success"));
+}
+
+TEST_F(ServiceTest, StopReportsMissingService) {
+    EXPECT_EQ(run({u"stop"_s, u"--name"_s, name_}), 1);
+    EXPECT_THAT(errors_, HasSubstr("quorin-gateway: cannot open the service: "));
 }
 
 TEST_F(ServiceTest, IsConfigured) {

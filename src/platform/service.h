@@ -44,9 +44,15 @@ struct ServiceError {
 // NotFound: there is no service of this name.
 [[nodiscard]] std::optional<ServiceError> updateService(const ServiceDefinition& definition);
 
+// Stops the service `name`, whose command must begin with the arguments "service" "run". Waits
+// without a limit until it has completed the requests in progress, and then up to 30 s until its
+// process has ended, so that its files can be replaced. It does not wait for a process that this
+// account may not open, or that belongs to a service that has already stopped.
+[[nodiscard]] std::optional<ServiceError> stopService(const QString& name);
+
 // Stops and removes the service `name`, whose command must begin with the arguments "service"
-// "run". Waits up to 3 minutes until it has stopped. If it is still running then, returns an error;
-// the system removes it as soon as it stops.
+// "run". Waits up to 3 minutes until it has stopped, and then for its process like stopService().
+// If it is still running then, returns an error; the system removes it as soon as it stops.
 [[nodiscard]] std::optional<ServiceError> uninstallService(const QString& name);
 
 // Connects a service process to the service manager and reports its state: starting (from connect()

@@ -30,6 +30,10 @@ std::optional<ServiceError> updateService(const ServiceDefinition& /*definition*
     return unavailable();
 }
 
+std::optional<ServiceError> stopService(const QString& /*name*/) {
+    return unavailable();
+}
+
 std::optional<ServiceError> uninstallService(const QString& /*name*/) {
     return unavailable();
 }

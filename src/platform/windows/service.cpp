@@ -1,6 +1,7 @@
 #include "platform/service.h"
 
 #include "platform/windows/command_line_text.h"
+#include "platform/windows/handle.h"
 #include "platform/windows/service_functions.h"
 
 #include <array>
@@ -19,6 +20,8 @@ using std::chrono::seconds;
 
 // How long a shutdown of the system and uninstallService() wait until the service has stopped.
 constexpr std::chrono::minutes kStopLimit{3};
+// How long the process of a service may run after it has reported that the service has stopped.
+constexpr seconds kEndLimit{30};
 constexpr milliseconds kPollInterval{250};
 // After the last delay, the system repeats it.
 constexpr std::array<seconds, 3> kRestartDelays{seconds(5), seconds(30), seconds(60)};
@@ -142,29 +145,58 @@ bool isGatewayService(const ServiceManagerFunctions& system, SC_HANDLE service) 
     return command.mid(1, 2) == QStringList{u"service"_s, u"run"_s};
 }
 
-ServiceError notGatewayService(const QString& name) {
-    return {ServiceError::Kind::Other, u"the service "_s + name + u" does not run a gateway"};
+// Calls `action` with a handle for `access` to the service `name`, if that is a gateway.
+template<typename Action>
+std::optional<ServiceError> withGatewayService(const ServiceManagerFunctions& system,
+                                               const QString& name, DWORD access,
+                                               const Action& action) {
+    const ServiceHandle manager(system, system.openManager(nullptr, nullptr, SC_MANAGER_CONNECT));
+    if (manager.get() == nullptr) {
+        return lastError(u"open the service manager"_s);
+    }
+    const ServiceHandle service(
+        system, system.openService(manager.get(), wide(name), access | SERVICE_QUERY_CONFIG));
+    if (service.get() == nullptr) {
+        return lastError(u"open the service"_s);
+    }
+    if (!isGatewayService(system, service.get())) {
+        return ServiceError{ServiceError::Kind::Other,
+                            u"the service "_s + name + u" does not run a gateway"};
+    }
+    return action(service.get());
 }
 
-bool isStopped(const ServiceManagerFunctions& system, SC_HANDLE service) {
+// All zeros if the service cannot be queried.
+SERVICE_STATUS_PROCESS statusOf(const ServiceManagerFunctions& system, SC_HANDLE service) {
     SERVICE_STATUS_PROCESS status{};
     DWORD needed = 0;
-    return system.queryStatus(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
-                              sizeof(status), &needed) != FALSE &&
-           status.dwCurrentState == SERVICE_STOPPED;
+    system.queryStatus(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
+                       sizeof(status), &needed);
+    return status;
 }
 
-// Returns false if the service has not stopped in time.
-bool stopService(const ServiceManagerFunctions& system, SC_HANDLE service) {
-    for (milliseconds waited{0}; !isStopped(system, service); waited += kPollInterval) {
-        if (waited >= kStopLimit) {
+// Returns null if the service has stopped, or if this account may not open its process.
+Handle openProcessOf(const ServiceManagerFunctions& system, SC_HANDLE service) {
+    const DWORD id = statusOf(system, service).dwProcessId;
+    return id != 0 ? ownHandle(system.openProcess(SYNCHRONIZE, FALSE, id)) : nullptr;
+}
+
+// Returns false if the service has not stopped in time, or its process has not ended.
+bool stopAndWait(const ServiceManagerFunctions& system, SC_HANDLE service,
+                 std::optional<milliseconds> limit) {
+    // A service that has stopped does not have a process any more for the service manager, although
+    // the process may still be running and using its files.
+    const Handle process = openProcessOf(system, service);
+    for (milliseconds waited{0}; statusOf(system, service).dwCurrentState != SERVICE_STOPPED;
+         waited += kPollInterval) {
+        if (limit && waited >= *limit) {
             return false;
         }
         SERVICE_STATUS status{};
         system.control(service, SERVICE_CONTROL_STOP, &status); // fails if it is starting
         system.sleep(inMs(kPollInterval));
     }
-    return true;
+    return !process || system.wait(process.get(), inMs(kEndLimit)) != WAIT_TIMEOUT;
 }
 
 } // namespace
@@ -214,51 +246,44 @@ std::optional<ServiceError> updateServiceWith(const ServiceManagerFunctions& sys
     if (auto error = checkCommand(system, command)) {
         return error;
     }
-    const ServiceHandle manager(system, system.openManager(nullptr, nullptr, SC_MANAGER_CONNECT));
-    if (manager.get() == nullptr) {
-        return lastError(u"open the service manager"_s);
-    }
-    const ServiceHandle service(system,
-                                system.openService(manager.get(), wide(definition.name),
-                                                   SERVICE_QUERY_CONFIG | SERVICE_CHANGE_CONFIG));
-    if (service.get() == nullptr) {
-        return lastError(u"open the service"_s);
-    }
-    if (!isGatewayService(system, service.get())) {
-        return notGatewayService(definition.name);
-    }
-    if (system.changeMainConfig(service.get(), SERVICE_NO_CHANGE, SERVICE_NO_CHANGE,
-                                SERVICE_NO_CHANGE, wide(command), nullptr, nullptr, nullptr,
-                                nullptr, nullptr, nullptr) == FALSE) {
-        return lastError(u"change the service"_s);
-    }
-    return std::nullopt;
+    const auto change = [&](SC_HANDLE service) -> std::optional<ServiceError> {
+        if (system.changeMainConfig(service, SERVICE_NO_CHANGE, SERVICE_NO_CHANGE,
+                                    SERVICE_NO_CHANGE, wide(command), nullptr, nullptr, nullptr,
+                                    nullptr, nullptr, nullptr) == FALSE) {
+            return lastError(u"change the service"_s);
+        }
+        return std::nullopt;
+    };
+    return withGatewayService(system, definition.name, SERVICE_CHANGE_CONFIG, change);
+}
+
+std::optional<ServiceError> stopServiceWith(const ServiceManagerFunctions& system,
+                                            const QString& name) {
+    const auto stop = [&](SC_HANDLE service) -> std::optional<ServiceError> {
+        if (!stopAndWait(system, service, std::nullopt)) {
+            return ServiceError{ServiceError::Kind::Other,
+                                u"the service has stopped, but its process has not ended"_s};
+        }
+        return std::nullopt;
+    };
+    return withGatewayService(system, name, SERVICE_STOP | SERVICE_QUERY_STATUS, stop);
 }
 
 std::optional<ServiceError> uninstallServiceWith(const ServiceManagerFunctions& system,
                                                  const QString& name) {
-    const ServiceHandle manager(system, system.openManager(nullptr, nullptr, SC_MANAGER_CONNECT));
-    if (manager.get() == nullptr) {
-        return lastError(u"open the service manager"_s);
-    }
-    const ServiceHandle service(system, system.openService(manager.get(), wide(name),
-                                                           SERVICE_STOP | SERVICE_QUERY_CONFIG |
-                                                               SERVICE_QUERY_STATUS | DELETE));
-    if (service.get() == nullptr) {
-        return lastError(u"open the service"_s);
-    }
-    if (!isGatewayService(system, service.get())) {
-        return notGatewayService(name);
-    }
-    const bool hasStopped = stopService(system, service.get());
-    if (system.deleteService(service.get()) == FALSE) {
-        return lastError(u"remove the service"_s);
-    }
-    if (!hasStopped) {
-        return ServiceError{ServiceError::Kind::Other,
-                            u"the service is still stopping; it is removed when it has stopped"_s};
-    }
-    return std::nullopt;
+    const auto remove = [&](SC_HANDLE service) -> std::optional<ServiceError> {
+        const bool hasStopped = stopAndWait(system, service, kStopLimit);
+        if (system.deleteService(service) == FALSE) {
+            return lastError(u"remove the service"_s);
+        }
+        if (!hasStopped) {
+            return ServiceError{
+                ServiceError::Kind::Other,
+                u"the service is still stopping; it is removed when it has stopped"_s};
+        }
+        return std::nullopt;
+    };
+    return withGatewayService(system, name, SERVICE_STOP | SERVICE_QUERY_STATUS | DELETE, remove);
 }
 
 bool servicesAvailable() {
@@ -275,6 +300,10 @@ std::optional<ServiceError> installService(const ServiceDefinition& definition) 
 
 std::optional<ServiceError> updateService(const ServiceDefinition& definition) {
     return updateServiceWith({}, definition);
+}
+
+std::optional<ServiceError> stopService(const QString& name) {
+    return stopServiceWith({}, name);
 }
 
 std::optional<ServiceError> uninstallService(const QString& name) {

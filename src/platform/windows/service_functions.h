@@ -16,6 +16,8 @@ struct ServiceManagerFunctions {
     decltype(&QueryServiceConfigW) queryConfig = &QueryServiceConfigW;
     decltype(&QueryServiceStatusEx) queryStatus = &QueryServiceStatusEx;
     decltype(&ControlService) control = &ControlService;
+    decltype(&OpenProcess) openProcess = &OpenProcess;
+    decltype(&WaitForSingleObject) wait = &WaitForSingleObject;
     decltype(&DeleteService) deleteService = &DeleteService;
     decltype(&CloseServiceHandle) close = &CloseServiceHandle;
     decltype(&ExpandEnvironmentStringsW) expandVariables = &ExpandEnvironmentStringsW;
@@ -29,6 +31,8 @@ checkInstallPermissionWith(const ServiceManagerFunctions& system);
                                                              const ServiceDefinition& definition);
 [[nodiscard]] std::optional<ServiceError> updateServiceWith(const ServiceManagerFunctions& system,
                                                             const ServiceDefinition& definition);
+[[nodiscard]] std::optional<ServiceError> stopServiceWith(const ServiceManagerFunctions& system,
+                                                          const QString& name);
 [[nodiscard]] std::optional<ServiceError>
 uninstallServiceWith(const ServiceManagerFunctions& system, const QString& name);
 

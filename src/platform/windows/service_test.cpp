@@ -24,6 +24,8 @@ struct Manager {
     DWORD error = ERROR_INVALID_FUNCTION; // ... with this error
     DWORD state = SERVICE_RUNNING;
     int pollsUntilStopped = 2;
+    bool processEnds = true;
+    DWORD processWait = 0;
     DWORD slept = 0;
 
     std::wstring name;
@@ -50,6 +52,8 @@ struct Manager {
     }
 };
 Manager* manager = nullptr;
+
+constexpr DWORD kProcessId = 4711;
 
 template<typename Handle>
 Handle fakeHandle() {
@@ -133,6 +137,7 @@ ServiceManagerFunctions fakeFunctions() {
     functions.queryStatus = [](SC_HANDLE, SC_STATUS_TYPE, BYTE* buffer, DWORD, DWORD*) -> BOOL {
         auto& status = *reinterpret_cast<SERVICE_STATUS_PROCESS*>(buffer);
         status.dwCurrentState = manager->state;
+        status.dwProcessId = manager->state == SERVICE_STOPPED ? 0 : kProcessId;
         if (manager->state == SERVICE_STOP_PENDING && --manager->pollsUntilStopped == 0) {
             manager->state = SERVICE_STOPPED;
         }
@@ -145,6 +150,19 @@ ServiceManagerFunctions fakeFunctions() {
             manager->state = SERVICE_STOP_PENDING;
         }
         return TRUE;
+    };
+    functions.openProcess = [](DWORD access, BOOL, DWORD id) -> HANDLE {
+        EXPECT_EQ(access, DWORD{SYNCHRONIZE});
+        EXPECT_EQ(id, kProcessId);
+        // Any object of the system that can be closed.
+        return manager->fails("open process") ? nullptr
+                                              : CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    };
+    functions.wait = [](HANDLE, DWORD time) -> DWORD {
+        manager->calls.push_back("wait");
+        EXPECT_EQ(manager->state, DWORD{SERVICE_STOPPED});
+        manager->processWait = time;
+        return manager->processEnds ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
     };
     functions.deleteService = [](SC_HANDLE) -> BOOL { return !manager->fails("delete"); };
     functions.close = [](SC_HANDLE) -> BOOL {
@@ -166,6 +184,10 @@ protected:
 
     std::optional<ServiceError> update() const {
         return updateServiceWith(fakeFunctions(), definition_);
+    }
+
+    static std::optional<ServiceError> stop() {
+        return stopServiceWith(fakeFunctions(), u"QuorinTest"_s);
     }
 
     Manager manager_;
@@ -296,11 +318,50 @@ TEST_F(ServiceTest, UpdateReportsEachFailure) {
     EXPECT_EQ(error->kind, ServiceError::Kind::AccessDenied);
 }
 
-TEST_F(ServiceTest, UninstallWaitsUntilServiceHasStopped) {
+TEST_F(ServiceTest, StopWaitsUntilProcessHasEnded) {
+    EXPECT_EQ(stop(), std::nullopt);
+    EXPECT_EQ(manager_.name, L"QuorinTest");
+    EXPECT_THAT(manager_.calls, ElementsAre("open manager", "open", "query", "open process", "stop",
+                                            "wait", "close", "close"));
+}
+
+TEST_F(ServiceTest, StopWaitsWithoutLimitForRequests) {
+    manager_.pollsUntilStopped = 1'000'000;
+    EXPECT_EQ(stop(), std::nullopt);
+    EXPECT_EQ(manager_.state, DWORD{SERVICE_STOPPED});
+}
+
+TEST_F(ServiceTest, StopReportsProcessThatDoesNotEnd) {
+    manager_.processEnds = false;
+    const auto error = stop();
+    ASSERT_TRUE(error);
+    EXPECT_THAT(error->text.toStdString(), HasSubstr("its process has not ended"));
+    EXPECT_EQ(manager_.processWait, 30'000u);
+}
+
+TEST_F(ServiceTest, StopDoesNotNeedAccessToProcess) {
+    manager_.failing = "open process";
+    EXPECT_EQ(stop(), std::nullopt);
+    EXPECT_EQ(manager_.state, DWORD{SERVICE_STOPPED});
+}
+
+TEST_F(ServiceTest, StopAcceptsStoppedService) {
+    manager_.state = SERVICE_STOPPED;
+    EXPECT_EQ(stop(), std::nullopt);
+    EXPECT_THAT(manager_.calls, ElementsAre("open manager", "open", "query", "close", "close"));
+}
+
+TEST_F(ServiceTest, StopRefusesServicesOfOthers) {
+    manager_.command = L"C:\\Windows\\System32\\spoolsv.exe";
+    ASSERT_TRUE(stop());
+    EXPECT_EQ(manager_.state, DWORD{SERVICE_RUNNING});
+}
+
+TEST_F(ServiceTest, UninstallWaitsUntilProcessHasEnded) {
     EXPECT_EQ(uninstallServiceWith(fakeFunctions(), u"QuorinTest"_s), std::nullopt);
     EXPECT_EQ(manager_.name, L"QuorinTest");
-    EXPECT_THAT(manager_.calls,
-                ElementsAre("open manager", "open", "query", "stop", "delete", "close", "close"));
+    EXPECT_THAT(manager_.calls, ElementsAre("open manager", "open", "query", "open process", "stop",
+                                            "wait", "delete", "close", "close"));
     EXPECT_EQ(manager_.state, DWORD{SERVICE_STOPPED});
 }
 
