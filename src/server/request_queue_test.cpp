@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -84,16 +84,18 @@ TEST_F(RequestQueueTest, AllowsAppendingWhileTaking) {
 
 TEST_F(RequestQueueTest, AllowsAppendingOnSeveralThreads) {
     constexpr std::size_t count = 20'000;
-    std::latch start(4);
+    std::promise<void> start;
+    const std::shared_future<void> mayStart = start.get_future();
     std::vector<std::thread> appenders;
     for (int i = 0; i < 4; ++i) {
-        appenders.emplace_back([&] {
-            start.arrive_and_wait();
+        appenders.emplace_back([this, mayStart] {
+            mayStart.wait();
             for (std::size_t appended = 0; appended < count; ++appended) {
                 queue_.append(nullptr);
             }
         });
     }
+    start.set_value();
     for (std::thread& appender : appenders) {
         appender.join();
     }

@@ -2,7 +2,7 @@
 
 #include <QThreadPool>
 
-#include <latch>
+#include <future>
 #include <memory>
 #include <utility>
 
@@ -14,16 +14,16 @@ class Occupant {
 public:
     explicit Occupant(QThreadPool& pool) {
         pool.start([state = state_] {
-            state->entered.count_down();
-            state->leave.wait();
+            state->entered.set_value();
+            state->mayLeave.wait();
         });
-        state_->entered.wait();
+        state_->hasEntered.wait();
     }
     ~Occupant() { release(); }
 
     void release() {
         if (!std::exchange(released_, true)) {
-            state_->leave.count_down();
+            state_->leave.set_value();
         }
     }
 
@@ -32,8 +32,10 @@ public:
 
 private:
     struct State {
-        std::latch entered{1};
-        std::latch leave{1};
+        std::promise<void> entered;
+        std::promise<void> leave;
+        std::future<void> hasEntered = entered.get_future();
+        std::future<void> mayLeave = leave.get_future();
     };
 
     std::shared_ptr<State> state_ = std::make_shared<State>();

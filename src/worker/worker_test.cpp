@@ -7,7 +7,7 @@
 #include "support/some_certificate.h"
 #include "worker/tls_configuration.h"
 
-#include <latch>
+#include <future>
 #include <memory>
 #include <thread>
 
@@ -98,17 +98,17 @@ TEST_F(WorkerTest, ServesRequestOverTls) {
 TEST_F(WorkerTest, ServesNothingAfterConnectTimeout) {
     GatewaySettings::instance().ConnectionTimeout = 0;
     auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
-    std::latch ended(1);
-    std::latch sent(1);
-    std::thread thread([&] {
+    std::promise<void> ended;
+    std::promise<void> sent;
+    std::thread thread([&worker, &ended, isSent = sent.get_future()] {
         worker->run();
-        ended.count_down();
-        sent.wait();
+        ended.set_value();
+        isSent.wait();
         worker.reset();
     });
-    ended.wait();
+    ended.get_future().wait();
     connection_.client().send(get("/api/WebApiCommScheme"));
-    sent.count_down();
+    sent.set_value();
     thread.join();
     EXPECT_EQ(connection_.client().readToEnd(), "");
     EXPECT_EQ(

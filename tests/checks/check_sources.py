@@ -7,6 +7,8 @@ usage: check_sources.py TREE
  - System headers and system macros appear only in src/platform/unix and src/platform/windows.
  - A source file includes its own header first, so that the header compiles on its own.
  - All code is in namespace quorin, except in the modules listed in NAMESPACES.
+ - Nothing waits with std::latch or other classes that wait on atomic variables: before version 13,
+   GCC's library for Windows can miss their notifications, and the wait does not end.
  - Test names are in UpperCamelCase and have at most 45 characters.
  - docs/check.md names every code of a finding.
 """
@@ -45,6 +47,7 @@ SYSTEM_LINE = re.compile(
 )
 TEST = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\(\s*\w+,\s*(\w+)\)", re.M)
 MAX_TEST_NAME = 45
+ATOMIC_WAIT = re.compile(r"^ *# *include *<(latch|barrier|semaphore)>", re.M)
 
 
 class Checker:
@@ -103,6 +106,10 @@ class Checker:
             elif len(name) > MAX_TEST_NAME:
                 self.report(file, f"has test {name} of {len(name)} characters")
 
+    def check_waits(self, file):
+        for header in ATOMIC_WAIT.findall(file.read_text(encoding="utf-8")):
+            self.report(file, f"includes <{header}>, whose waits may not end on Windows")
+
     def check_finding_codes(self):
         codes = self.tree / "src/check/finding_codes.h"
         page = self.tree / "docs/check.md"
@@ -124,6 +131,7 @@ class Checker:
         tests = sources(self.tree, "src", "host", "tests", "lumetrix")
         for file in tests:
             self.check_test_names(file)
+            self.check_waits(file)
         self.check_finding_codes()
         if not files:
             self.findings.append("found nothing to check")

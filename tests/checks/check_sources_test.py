@@ -45,6 +45,7 @@ FAULTS = [
      'does not include "platform/folders.h" first'),
     ("src/server/a.h", "namespace platform {}\n", "src/server/a.h declares namespace platform"),
     ("src/server/a.cpp", "using namespace quorin;\n", "src/server/a.cpp uses namespace quorin"),
+    ("tests/a_test.cpp", "#include <latch>\n", "includes <latch>, whose waits may not end"),
     ("src/http/a_test.cpp", "TEST(ATest, parsesNumber) {}\n", "parsesNumber, which is not"),
     ("tests/b_test.cpp", f"TEST_F(BTest, {'Serves' * 8}) {{}}\n", "of 48 characters"),
     ("docs/check.md", "port-in-use\n", "docs/check.md does not name `port-in-use`"),
