@@ -18,13 +18,16 @@ function(quorin_module name)
   endif()
 endfunction()
 
-# Compiles a target that only tests use with less optimization than the product: its code need not be
-# fast, and GCC compiles it in half the time. The tests link to the product's libraries as they are
-# shipped.
+# Compiles a target that only tests use with less optimization than the product, and without the
+# undefined-behaviour sanitizer: its code need not be fast, and GCC compiles it in half the time. The
+# tests link to the product's libraries as they are shipped.
 function(quorin_compile_for_tests target)
   set_target_properties(${target} PROPERTIES QUORIN_ONLY_FOR_TESTS ON)
   if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
     target_compile_options(${target} PRIVATE -O1)
+  endif()
+  if(QUORIN_SANITIZE MATCHES "undefined")
+    target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
   endif()
 endfunction()
 

@@ -1,6 +1,7 @@
 #include "cert/certificate_chain.h"
 
 #include "cert/certificate_doubles.h"
+#include "cert/search_log.h"
 
 #include <gmock/gmock.h>
 
@@ -10,11 +11,10 @@ namespace quorin {
 namespace {
 
 using test::CertificateSpec;
+using test::kNow;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-const QDateTime kNow(QDate(2024, 2, 29), QTime(12, 0), Qt::UTC);
 
 // A valid certificate whose DER is `der`.
 CertificateSpec certificate(const QByteArray& der, std::vector<CertificateSpec> issuers = {}) {

@@ -2,6 +2,7 @@
 
 #include "cert/certificate_doubles.h"
 #include "cert/encrypted_keys.h"
+#include "cert/search_log.h"
 #include "cert/server_certificate.h"
 #include "stub_lumetrix/recorded_log.h"
 
@@ -13,20 +14,18 @@ namespace quorin {
 namespace {
 
 using test::CertificateSpec;
+using test::kDetected;
+using test::kNotFound;
+using test::kNow;
+using test::kSearch;
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 
-constexpr const char* kSearch = "info: Try to search server certificate that have this name as "
-                                "subject alternative names or common name. [gateway.example]";
 constexpr const char* kFound =
     "info: Found certificate with a matching subject name (Serial Number - 01)";
 constexpr const char* kNotExported = "warn: Failed to export private key.";
-constexpr const char* kNotFound = "error: Failed to find valid certificate.";
 constexpr const char* kExported =
     "info: Exported private key in encrypted form (Serial Number - 01)";
-constexpr const char* kDetected = "info: Detect certificate for HTTPS server";
-
-const QDateTime kNow(QDate(2024, 2, 29), QTime(12, 0), Qt::UTC);
 
 // A certificate for "gateway.example" whose key is exported only as `encrypted`.
 CertificateSpec certificate(char serialNumber, const QByteArray& encrypted, const QString& group) {

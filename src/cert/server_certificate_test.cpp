@@ -1,6 +1,7 @@
 #include "cert/server_certificate.h"
 
 #include "cert/certificate_doubles.h"
+#include "cert/search_log.h"
 #include "stub_lumetrix/recorded_log.h"
 #include "support/some_certificate.h"
 
@@ -15,22 +16,20 @@ namespace {
 
 using platform::Outcome;
 using test::CertificateSpec;
+using test::kDetected;
+using test::kNotFound;
+using test::kNow;
+using test::kSearch;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-constexpr const char* kSearch = "info: Try to search server certificate that have this name as "
-                                "subject alternative names or common name. [gateway.example]";
 constexpr const char* kExpired = "warn: This certificate expired.";
 constexpr const char* kRsa = "info: Key Algorithm is RSA.";
-constexpr const char* kDetected = "info: Detect certificate for HTTPS server";
-constexpr const char* kNotFound = "error: Failed to find valid certificate.";
 
 std::string found(const std::string& serialNumber) {
     return "info: Found certificate with a matching subject name (Serial Number - " + serialNumber +
            ")";
 }
-
-const QDateTime kNow(QDate(2024, 2, 29), QTime(12, 0), Qt::UTC);
 
 // A valid certificate for "gateway.example" with a one-byte serial number.
 CertificateSpec certificate(char serialNumber) {

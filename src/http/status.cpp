@@ -6,62 +6,62 @@
 namespace quorin::http {
 namespace {
 
-struct Entry {
+struct StatusEntry {
     Status status;
     std::string_view phrase;
 };
 
 constexpr std::array kPhrases = {
-    Entry{Status::Continue, "Continue"},
-    Entry{Status::SwitchingProtocols, "Switching Protocols"},
-    Entry{Status::Ok, "OK"},
-    Entry{Status::Created, "Created"},
-    Entry{Status::Accepted, "Accepted"},
-    Entry{Status::NonAuthoritativeInformation, "Non-Authoritative Information"},
-    Entry{Status::NoContent, "No Content"},
-    Entry{Status::ResetContent, "Reset Content"},
-    Entry{Status::PartialContent, "Partial Content"},
-    Entry{Status::MultipleChoices, "Multiple Choices"},
-    Entry{Status::MovedPermanently, "Moved Permanently"},
-    Entry{Status::Found, "Found"},
-    Entry{Status::SeeOther, "See Other"},
-    Entry{Status::NotModified, "Not Modified"},
-    Entry{Status::UseProxy, "Use Proxy"},
-    Entry{Status::TemporaryRedirect, "Temporary Redirect"},
-    Entry{Status::BadRequest, "Bad Request"},
-    Entry{Status::Unauthorized, "Unauthorized"},
-    Entry{Status::PaymentRequired, "Payment Required"},
-    Entry{Status::Forbidden, "Forbidden"},
-    Entry{Status::NotFound, "Not Found"},
-    Entry{Status::MethodNotAllowed, "Method Not Allowed"},
-    Entry{Status::NotAcceptable, "Not Acceptable"},
-    Entry{Status::ProxyAuthenticationRequired, "Proxy Authentication Required"},
-    Entry{Status::RequestTimeout, "Request Timeout"},
-    Entry{Status::Conflict, "Conflict"},
-    Entry{Status::Gone, "Gone"},
-    Entry{Status::LengthRequired, "Length Required"},
-    Entry{Status::PreconditionFailed, "Precondition Failed"},
-    Entry{Status::PayloadTooLarge, "Payload Too Large"},
-    Entry{Status::UriTooLong, "URI Too Long"},
-    Entry{Status::UnsupportedMediaType, "Unsupported Media Type"},
-    Entry{Status::RangeNotSatisfiable, "Range Not Satisfiable"},
-    Entry{Status::ExpectationFailed, "Expectation Failed"},
-    Entry{Status::UpgradeRequired, "Upgrade Required"},
-    Entry{Status::InternalServerError, "Internal Server Error"},
-    Entry{Status::NotImplemented, "Not Implemented"},
-    Entry{Status::BadGateway, "Bad Gateway"},
-    Entry{Status::ServiceUnavailable, "Service Unavailable"},
-    Entry{Status::GatewayTimeout, "Gateway Timeout"},
-    Entry{Status::HttpVersionNotSupported, "HTTP Version Not Supported"},
+    StatusEntry{Status::Continue, "Continue"},
+    StatusEntry{Status::SwitchingProtocols, "Switching Protocols"},
+    StatusEntry{Status::Ok, "OK"},
+    StatusEntry{Status::Created, "Created"},
+    StatusEntry{Status::Accepted, "Accepted"},
+    StatusEntry{Status::NonAuthoritativeInformation, "Non-Authoritative Information"},
+    StatusEntry{Status::NoContent, "No Content"},
+    StatusEntry{Status::ResetContent, "Reset Content"},
+    StatusEntry{Status::PartialContent, "Partial Content"},
+    StatusEntry{Status::MultipleChoices, "Multiple Choices"},
+    StatusEntry{Status::MovedPermanently, "Moved Permanently"},
+    StatusEntry{Status::Found, "Found"},
+    StatusEntry{Status::SeeOther, "See Other"},
+    StatusEntry{Status::NotModified, "Not Modified"},
+    StatusEntry{Status::UseProxy, "Use Proxy"},
+    StatusEntry{Status::TemporaryRedirect, "Temporary Redirect"},
+    StatusEntry{Status::BadRequest, "Bad Request"},
+    StatusEntry{Status::Unauthorized, "Unauthorized"},
+    StatusEntry{Status::PaymentRequired, "Payment Required"},
+    StatusEntry{Status::Forbidden, "Forbidden"},
+    StatusEntry{Status::NotFound, "Not Found"},
+    StatusEntry{Status::MethodNotAllowed, "Method Not Allowed"},
+    StatusEntry{Status::NotAcceptable, "Not Acceptable"},
+    StatusEntry{Status::ProxyAuthenticationRequired, "Proxy Authentication Required"},
+    StatusEntry{Status::RequestTimeout, "Request Timeout"},
+    StatusEntry{Status::Conflict, "Conflict"},
+    StatusEntry{Status::Gone, "Gone"},
+    StatusEntry{Status::LengthRequired, "Length Required"},
+    StatusEntry{Status::PreconditionFailed, "Precondition Failed"},
+    StatusEntry{Status::PayloadTooLarge, "Payload Too Large"},
+    StatusEntry{Status::UriTooLong, "URI Too Long"},
+    StatusEntry{Status::UnsupportedMediaType, "Unsupported Media Type"},
+    StatusEntry{Status::RangeNotSatisfiable, "Range Not Satisfiable"},
+    StatusEntry{Status::ExpectationFailed, "Expectation Failed"},
+    StatusEntry{Status::UpgradeRequired, "Upgrade Required"},
+    StatusEntry{Status::InternalServerError, "Internal Server Error"},
+    StatusEntry{Status::NotImplemented, "Not Implemented"},
+    StatusEntry{Status::BadGateway, "Bad Gateway"},
+    StatusEntry{Status::ServiceUnavailable, "Service Unavailable"},
+    StatusEntry{Status::GatewayTimeout, "Gateway Timeout"},
+    StatusEntry{Status::HttpVersionNotSupported, "HTTP Version Not Supported"},
 };
 
-static_assert(std::ranges::is_sorted(kPhrases, {}, &Entry::status),
+static_assert(std::ranges::is_sorted(kPhrases, {}, &StatusEntry::status),
               "reasonPhrase() searches by bisection");
 
 } // namespace
 
 std::string_view reasonPhrase(Status status) noexcept {
-    const auto entry = std::ranges::lower_bound(kPhrases, status, {}, &Entry::status);
+    const auto entry = std::ranges::lower_bound(kPhrases, status, {}, &StatusEntry::status);
     return entry != kPhrases.end() && entry->status == status ? entry->phrase : std::string_view();
 }
 

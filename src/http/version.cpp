@@ -7,22 +7,22 @@
 namespace quorin::http {
 namespace {
 
-struct Entry {
+struct VersionEntry {
     Version version;
     std::string_view name;
 };
 
 constexpr std::array kVersions = {
-    Entry{Version::Unknown, ""},
-    Entry{Version::Http09, "HTTP/0.9"},
-    Entry{Version::Http10, "HTTP/1.0"},
-    Entry{Version::Http11, "HTTP/1.1"},
+    VersionEntry{Version::Unknown, ""},
+    VersionEntry{Version::Http09, "HTTP/0.9"},
+    VersionEntry{Version::Http10, "HTTP/1.0"},
+    VersionEntry{Version::Http11, "HTTP/1.1"},
 };
 
 } // namespace
 
 Version versionFromName(std::string_view name) noexcept {
-    for (const Entry& entry : kVersions) {
+    for (const VersionEntry& entry : kVersions) {
         if (equalsIgnoreCase(name, entry.name)) {
             return entry.version;
         }
@@ -31,7 +31,7 @@ Version versionFromName(std::string_view name) noexcept {
 }
 
 std::string_view versionName(Version version) noexcept {
-    for (const Entry& entry : kVersions) {
+    for (const VersionEntry& entry : kVersions) {
         if (entry.version == version) {
             return entry.name;
         }

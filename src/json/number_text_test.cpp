@@ -1,6 +1,7 @@
 #include "json/number_text.h"
 
 #include "json/testing/german_locale.h"
+#include "json/testing/values.h"
 
 #include <gtest/gtest.h>
 
@@ -19,8 +20,7 @@ namespace {
 using ravenjson::appendDouble;
 using ravenjson::appendInteger;
 using ravenjson::toDouble;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using ravenjson::test::kInfinity;
 
 // Compared instead of the value because 0.0 == -0.0.
 std::uint64_t bitsOf(double value) {

@@ -3,6 +3,7 @@
 #include "json/testing/allocation_counter.h"
 #include "json/testing/german_locale.h"
 #include "json/testing/small_stack.h"
+#include "json/testing/values.h"
 
 #include <gtest/gtest.h>
 
@@ -17,9 +18,10 @@ namespace {
 using namespace std::string_literals;
 using ravenjson::Kind;
 using ravenjson::Value;
+using ravenjson::test::kInfinity;
+using ravenjson::test::parsed;
 
 constexpr std::size_t kManyLevels = 1'000'000;
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Records the events as text. Cancels at the event with index `cancelAt`.
 class Recorder : public ravenjson::Handler {
@@ -50,14 +52,6 @@ private:
     std::size_t count_ = 0;
     std::string events_;
 };
-
-Value parsed(std::string_view text) {
-    Value value;
-    std::string error;
-    EXPECT_TRUE(ravenjson::parse(text, value, error)) << error << ": " << text.substr(0, 80);
-    EXPECT_EQ(error, "");
-    return value;
-}
 
 // Returns the error of parse(), after checking that parseValue() and skipValue() report the same.
 std::string errorOf(std::string_view text) {

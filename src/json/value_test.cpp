@@ -18,7 +18,7 @@ namespace {
 using ravenjson::Kind;
 using ravenjson::Value;
 
-constexpr int kManyLevels = 1'000'000;
+constexpr int kDeepLevels = 1'000'000;
 const std::string kLongText(100, 'x'); // too long for the small-string buffer
 
 Value object(std::initializer_list<std::pair<std::string, Value>> members) {
@@ -295,7 +295,7 @@ TEST(ValueTest, EqualityComparesKindAndPayload) {
 
 TEST(ValueTest, DepthDoesNotUseStack) {
     for (const bool withObjects : {false, true}) {
-        const int levels = withObjects ? kManyLevels / 5 : kManyLevels;
+        const int levels = withObjects ? kDeepLevels / 5 : kDeepLevels;
         bool copyIsEqual = false;
         bool nestedCopyIsEqual = true;
         runOnSmallStack([&] {

@@ -4,6 +4,7 @@
 #include "json/testing/allocation_counter.h"
 #include "json/testing/german_locale.h"
 #include "json/testing/small_stack.h"
+#include "json/testing/values.h"
 
 #include <gtest/gtest.h>
 
@@ -17,18 +18,12 @@ namespace {
 using ravenjson::Kind;
 using ravenjson::toString;
 using ravenjson::Value;
+using ravenjson::test::kInfinity;
+using ravenjson::test::parsed;
 
 constexpr ravenjson::WriterOptions kTwoSpaces = ravenjson::kPretty;
 constexpr ravenjson::WriterOptions kFourSpaces = ravenjson::kPretty | ravenjson::kIndentFourSpaces;
 constexpr ravenjson::WriterOptions kTab = ravenjson::kPretty | ravenjson::kIndentTab;
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-Value parsed(std::string_view text) {
-    Value value;
-    std::string error;
-    EXPECT_TRUE(ravenjson::parse(text, value, error)) << error << ": " << text;
-    return value;
-}
 
 TEST(WriterTest, OptionsHaveFixedCodes) {
     EXPECT_EQ(ravenjson::kPretty, 0x80U);

@@ -18,7 +18,7 @@ namespace {
 constexpr int kLimit = 1024 * 1024;
 constexpr int kBufferSize = 8 * kLimit;
 
-const QByteArray kRefusal = kPlain500 + kPlain500;
+const QByteArray kDouble500 = kPlain500 + kPlain500;
 const QByteArray kServed = "HTTP/1.1 200\r\nContent-Length: 7\r\n"
                            "Content-Type: inode/directory\r\n\r\ncontent";
 
@@ -74,12 +74,12 @@ TEST_F(RequestLimitTest, ServesRequestBelowLimit) {
 }
 
 TEST_F(RequestLimitTest, RefusesRequestThatReachesLimit) {
-    EXPECT_EQ(replyTo(requestOf(kLimit)), kRefusal);
+    EXPECT_EQ(replyTo(requestOf(kLimit)), kDouble500);
     EXPECT_TRUE(log_.lines().contains(u"5 [End] Failed to parse http request. (127.0.0.1)"_s));
 }
 
 TEST_F(RequestLimitTest, DeliversRefusalOfLargerRequest) {
-    EXPECT_EQ(replyTo(requestOf(kLimit + kLimit / 2)), kRefusal);
+    EXPECT_EQ(replyTo(requestOf(kLimit + kLimit / 2)), kDouble500);
 }
 
 TEST_F(RequestLimitTest, ServesHundredThousandHeaders) {

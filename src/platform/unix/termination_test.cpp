@@ -47,7 +47,7 @@ protected:
 
     [[noreturn]] static void waitForEnd() {
         for (;;) {
-            pause();
+            ::pause();
         }
     }
 };

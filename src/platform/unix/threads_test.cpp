@@ -9,7 +9,7 @@ namespace {
 
 TEST(ThreadFailureTest, NoticesThatNoThreadCanStart) {
     {
-        const test::NoNewThreads limit;
+        const quorin::test::NoNewThreads limit;
         EXPECT_FALSE(canStartThread());
     }
     EXPECT_TRUE(canStartThread());
