@@ -95,8 +95,10 @@ qint64 sendChunk(RequestContext& context, QIODevice& file, qint64 size, QByteArr
         piece.resize(std::min(size, kPieceSize));
         readPiece(file, piece);
         size -= piece.size();
-        writeIfConnected(socket, piece);
-        waitUntilSent(socket, deadline);
+        sendPiece(socket, piece, deadline);
+    }
+    if (unsentBytes(socket) > 0) {
+        piece = {}; // the socket has a copy of what is unsent
     }
     return size;
 }

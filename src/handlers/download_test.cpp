@@ -1,10 +1,12 @@
 #include "handlers/download.h"
 
 #include "handlers/handler_fixture.h"
+#include "support/raw_socket.h"
 #include "support/system.h"
 
 #include <QProcess>
 
+#include <functional>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -17,6 +19,20 @@ protected:
     static QByteArray header(qsizetype size) {
         return "HTTP/1.1 200\r\nContent-Length: " + QByteArray::number(size) +
                "\r\nContent-Type: inode/directory\r\n\r\n";
+    }
+
+    // Limits chunks to 4 bytes, and calls `action` when the first has been sent. The client sends
+    // something after the header, so that the socket object sends the chunk and reports it.
+    void afterFirstChunk(const std::function<void()>& action) {
+        GatewaySettings::instance().ThreadReadBufferSize = 4;
+        QObject::connect(context_.socket.get(), &QSslSocket::bytesWritten,
+                         [this, action](qint64 bytes) {
+                             if (bytes == 4) {
+                                 action();
+                             } else {
+                                 connection_->client().send("more");
+                             }
+                         });
     }
 };
 
@@ -86,23 +102,33 @@ TEST_F(SendFileTest, StopsWhenPeerDisconnects) {
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
+// A client that shuts down sending counts as disconnected, even if it still reads.
+TEST_F(SendFileTest, StopsWhenPeerShutsDownSending) {
+    const QFileInfo file(data_.write(u"root/a"_s, QByteArray(32 * 1024 * 1024, 'x')));
+    ASSERT_TRUE(shutdownSending(connection_->client().socket().socketDescriptor()));
+    EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
+TEST_F(SendFileTest, SendsWholeFileToPeerThatSends) {
+    const QByteArray content(300'000, 'x');
+    const QFileInfo file(data_.write(u"root/a"_s, content));
+    connection_->client().send("another request");
+    sendFile(context_, file);
+    EXPECT_EQ(context_.socket->bytesAvailable(), 15);
+    EXPECT_EQ(received(), header(content.size()) + content);
+}
+
 TEST_F(SendFileTest, ChecksConnectionBeforeEachChunk) {
-    GatewaySettings::instance().ThreadReadBufferSize = 4;
-    QObject::connect(context_.socket.get(), &QSslSocket::bytesWritten,
-                     [this](qint64 bytes) { context_.disconnected = bytes == 4; });
+    afterFirstChunk([this] { context_.disconnected = true; });
     const QFileInfo file(data_.write(u"root/a"_s, "0123456789"));
     EXPECT_EQ(failureOf([&] { sendFile(context_, file); }), u"[End] socket disconnected"_s);
     EXPECT_EQ(received(), header(10) + "0123");
 }
 
 TEST_F(SendFileTest, PadsFileTruncatedDuringTransfer) {
-    GatewaySettings::instance().ThreadReadBufferSize = 4;
     const QString path = data_.write(u"root/a"_s, "longer than before");
-    QObject::connect(context_.socket.get(), &QSslSocket::bytesWritten, [&](qint64 bytes) {
-        if (bytes == 4) {
-            EXPECT_TRUE(QFile::resize(path, 5));
-        }
-    });
+    afterFirstChunk([&path] { EXPECT_TRUE(QFile::resize(path, 5)); });
     sendFile(context_, QFileInfo(path));
     EXPECT_EQ(received(), header(18) + "longe" + QByteArray(13, '\0'));
 }

@@ -3,6 +3,7 @@
 #include "handlers/request_failure.h"
 #include "http/header_names.h"
 #include "http/response.h"
+#include "platform/direct_send.h"
 #include "platform/pause.h"
 
 #include <QSslSocket>
@@ -17,6 +18,11 @@ constexpr std::chrono::milliseconds kFlushInterval{10};
 
 constexpr bool isClientError(http::Status status) {
     return status >= http::Status{400} && status < http::Status{500};
+}
+
+bool isConnectedPlain(const QSslSocket& socket) {
+    return socket.mode() == QSslSocket::UnencryptedMode &&
+           socket.state() == QAbstractSocket::ConnectedState;
 }
 
 } // namespace
@@ -74,6 +80,18 @@ void waitUntilSent(QSslSocket& socket, const QDeadlineTimer& deadline) {
     while (unsentBytes(socket) > 0 && !deadline.hasExpired() &&
            socket.waitForBytesWritten(static_cast<int>(deadline.remainingTime()))) {
     }
+}
+
+void sendPiece(QSslSocket& socket, const QByteArray& bytes, const QDeadlineTimer& deadline) {
+    if (isConnectedPlain(socket)) {
+        const qint64 sent = platform::sendDirectly(socket.socketDescriptor(), bytes, deadline);
+        if (sent < bytes.size()) {
+            socket.write(bytes.constData() + sent, bytes.size() - sent);
+        }
+    } else {
+        writeIfConnected(socket, bytes);
+    }
+    waitUntilSent(socket, deadline);
 }
 
 } // namespace quorin

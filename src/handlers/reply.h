@@ -47,6 +47,11 @@ void replyStatus(QSslSocket& socket, http::Status status);
 // invalid or the deadline expires first.
 [[nodiscard]] bool flushUntilSent(QAbstractSocket& socket, const QDeadlineTimer& deadline);
 
+// Sends `bytes` and waits until all are sent, the deadline expires or the peer disconnects. What is
+// not sent then is in the buffer of `socket`. Bypasses that buffer, which must be empty, as far as
+// possible: over plain TCP, nothing is copied while the peer only reads.
+void sendPiece(QSslSocket& socket, const QByteArray& bytes, const QDeadlineTimer& deadline);
+
 // Returns the number of bytes in the buffers of `socket` that the system has not taken yet.
 [[nodiscard]] qint64 unsentBytes(const QAbstractSocket& socket);
 

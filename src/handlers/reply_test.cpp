@@ -3,6 +3,7 @@
 #include "handlers/handler_fixture.h"
 #include "http/response.h"
 #include "support/deadline.h"
+#include "support/raw_socket.h"
 #include "support/some_certificate.h"
 
 #include <QCoreApplication>
@@ -112,6 +113,49 @@ TEST_F(ReplyTest, WaitReturnsIfNothingIsUnsent) {
     timer.start();
     waitUntilSent(socket());
     EXPECT_LT(timer.elapsed(), 10'000);
+}
+
+TEST_F(ReplyTest, SendsPieceWithoutBuffering) {
+    sendPiece(socket(), "first ", kSendTimeout);
+    sendPiece(socket(), "second", kSendTimeout);
+    EXPECT_EQ(unsentBytes(socket()), 0);
+    EXPECT_EQ(received(), "first second");
+}
+
+TEST_F(ReplyTest, BuffersRestOfPieceAtDeadline) {
+    QByteArray bytes(kTooMuch, Qt::Uninitialized);
+    for (qsizetype index = 0; index < kTooMuch; ++index) {
+        bytes[index] = static_cast<char>(index * 31 + (index >> 8) + (index >> 16));
+    }
+    sendPiece(socket(), bytes, 100ms);
+    EXPECT_GT(unsentBytes(socket()), 0);
+    // Client and socket belong to this thread, so they take turns.
+    QSslSocket& client = connection_->client().socket();
+    QByteArray bytesRead;
+    while (unsentBytes(socket()) > 0) {
+        waitUntilSent(socket(), 50ms);
+        client.waitForReadyRead(50);
+        bytesRead += client.readAll();
+    }
+    bytesRead += received();
+    EXPECT_TRUE(bytesRead == bytes) << bytesRead.size();
+}
+
+TEST_F(ReplyTest, ReadsWhatPeerSendsDuringPiece) {
+    connection_->client().send("more");
+    ASSERT_TRUE(waitUntil([this] { return unreadBytes(socket().socketDescriptor()) == 4; }));
+    sendPiece(socket(), "piece", kSendTimeout);
+    EXPECT_EQ(socket().readAll(), "more");
+    EXPECT_EQ(received(), "piece");
+}
+
+TEST_F(ReplyTest, PieceEndsWhenPeerDisconnects) {
+    connection_->client().abort();
+    QElapsedTimer timer;
+    timer.start();
+    sendPiece(socket(), QByteArray(kTooMuch, 'x'), kSendTimeout);
+    EXPECT_LT(timer.elapsed(), 20'000);
+    EXPECT_TRUE(context_.disconnected);
 }
 
 // After a disconnect no bytes are left to send, so the write does not fail.
