@@ -76,6 +76,12 @@ def create_sparse(path, size):
         file.truncate(size)
 
 
+def read_through(path):
+    with open(path, "rb") as file:
+        while file.read(MIB):
+            pass
+
+
 def fetch(server, target, method="GET", header=""):
     """Returns the seconds from connecting until the end of the reply, those from its first byte on,
     and its status."""
@@ -278,6 +284,8 @@ def measure_files(site, arguments):
     for size, count in FILES.items():
         name = f"sparse-{size}"
         create_sparse(site.files / name, size)
+        if size < LONG:
+            read_through(site.files / name)  # so that both servers find it in memory
         rounds = {"gateway": [], "nginx": []}
         for _ in range(arguments.rounds if size < LONG else 1):
             for kind, results in rounds.items():
