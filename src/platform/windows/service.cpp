@@ -166,37 +166,52 @@ std::optional<ServiceError> withGatewayService(const ServiceManagerFunctions& sy
     return action(service.get());
 }
 
-// All zeros if the service cannot be queried.
-SERVICE_STATUS_PROCESS statusOf(const ServiceManagerFunctions& system, SC_HANDLE service) {
+// Returns nothing, with the error of the last call, if the service cannot be queried.
+std::optional<SERVICE_STATUS_PROCESS> statusOf(const ServiceManagerFunctions& system,
+                                               SC_HANDLE service) {
     SERVICE_STATUS_PROCESS status{};
     DWORD needed = 0;
-    system.queryStatus(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
-                       sizeof(status), &needed);
+    if (system.queryStatus(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
+                           sizeof(status), &needed) == FALSE) {
+        return std::nullopt;
+    }
     return status;
 }
 
 // Returns null if the service has stopped, or if this account may not open its process.
 Handle openProcessOf(const ServiceManagerFunctions& system, SC_HANDLE service) {
-    const DWORD id = statusOf(system, service).dwProcessId;
-    return id != 0 ? ownHandle(system.openProcess(SYNCHRONIZE, FALSE, id)) : nullptr;
+    const auto status = statusOf(system, service);
+    return status && status->dwProcessId != 0
+               ? ownHandle(system.openProcess(SYNCHRONIZE, FALSE, status->dwProcessId))
+               : nullptr;
 }
 
-// Returns false if the service has not stopped in time, or its process has not ended.
-bool stopAndWait(const ServiceManagerFunctions& system, SC_HANDLE service,
-                 std::optional<milliseconds> limit) {
-    // A service that has stopped does not have a process any more for the service manager, although
-    // the process may still be running and using its files.
+// Returns an error if the service has not stopped within `limit`, or its process has not ended.
+std::optional<ServiceError> stopAndWait(const ServiceManagerFunctions& system, SC_HANDLE service,
+                                        std::optional<milliseconds> limit) {
+    // Opened first: the service manager does not report the process of a stopped service, which may
+    // still be running and using its files.
     const Handle process = openProcessOf(system, service);
-    for (milliseconds waited{0}; statusOf(system, service).dwCurrentState != SERVICE_STOPPED;
-         waited += kPollInterval) {
-        if (limit && waited >= *limit) {
-            return false;
+    for (milliseconds waited{0};; waited += kPollInterval) {
+        const auto status = statusOf(system, service);
+        if (!status) {
+            return lastError(u"query the service"_s);
         }
-        SERVICE_STATUS status{};
-        system.control(service, SERVICE_CONTROL_STOP, &status); // fails if it is starting
+        if (status->dwCurrentState == SERVICE_STOPPED) {
+            break;
+        }
+        if (limit && waited >= *limit) {
+            return ServiceError{ServiceError::Kind::Other, u"the service is still stopping"_s};
+        }
+        SERVICE_STATUS ignored{};
+        system.control(service, SERVICE_CONTROL_STOP, &ignored); // fails if it is starting
         system.sleep(inMs(kPollInterval));
     }
-    return !process || system.wait(process.get(), inMs(kEndLimit)) != WAIT_TIMEOUT;
+    if (process && system.wait(process.get(), inMs(kEndLimit)) == WAIT_TIMEOUT) {
+        return ServiceError{ServiceError::Kind::Other,
+                            u"the service has stopped, but its process has not ended"_s};
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -259,29 +274,21 @@ std::optional<ServiceError> updateServiceWith(const ServiceManagerFunctions& sys
 
 std::optional<ServiceError> stopServiceWith(const ServiceManagerFunctions& system,
                                             const QString& name) {
-    const auto stop = [&](SC_HANDLE service) -> std::optional<ServiceError> {
-        if (!stopAndWait(system, service, std::nullopt)) {
-            return ServiceError{ServiceError::Kind::Other,
-                                u"the service has stopped, but its process has not ended"_s};
-        }
-        return std::nullopt;
-    };
+    const auto stop = [&](SC_HANDLE service) { return stopAndWait(system, service, std::nullopt); };
     return withGatewayService(system, name, SERVICE_STOP | SERVICE_QUERY_STATUS, stop);
 }
 
 std::optional<ServiceError> uninstallServiceWith(const ServiceManagerFunctions& system,
                                                  const QString& name) {
     const auto remove = [&](SC_HANDLE service) -> std::optional<ServiceError> {
-        const bool hasStopped = stopAndWait(system, service, kStopLimit);
+        auto error = stopAndWait(system, service, kStopLimit);
         if (system.deleteService(service) == FALSE) {
             return lastError(u"remove the service"_s);
         }
-        if (!hasStopped) {
-            return ServiceError{
-                ServiceError::Kind::Other,
-                u"the service is still stopping; it is removed when it has stopped"_s};
+        if (error) {
+            error->text += u"; it is removed when it has stopped";
         }
-        return std::nullopt;
+        return error;
     };
     return withGatewayService(system, name, SERVICE_STOP | SERVICE_QUERY_STATUS | DELETE, remove);
 }

@@ -135,6 +135,10 @@ ServiceManagerFunctions fakeFunctions() {
         return !manager->fails("query");
     };
     functions.queryStatus = [](SC_HANDLE, SC_STATUS_TYPE, BYTE* buffer, DWORD, DWORD*) -> BOOL {
+        if (manager->failing == "query status") {
+            SetLastError(manager->error);
+            return FALSE;
+        }
         auto& status = *reinterpret_cast<SERVICE_STATUS_PROCESS*>(buffer);
         status.dwCurrentState = manager->state;
         status.dwProcessId = manager->state == SERVICE_STOPPED ? 0 : kProcessId;
@@ -337,6 +341,13 @@ TEST_F(ServiceTest, StopReportsProcessThatDoesNotEnd) {
     ASSERT_TRUE(error);
     EXPECT_THAT(error->text.toStdString(), HasSubstr("its process has not ended"));
     EXPECT_EQ(manager_.processWait, 30'000u);
+}
+
+TEST_F(ServiceTest, StopReportsFailedQuery) {
+    manager_.failing = "query status";
+    const auto error = stop();
+    ASSERT_TRUE(error);
+    EXPECT_THAT(error->text.toStdString(), HasSubstr("cannot query the service: "));
 }
 
 TEST_F(ServiceTest, StopDoesNotNeedAccessToProcess) {
