@@ -23,8 +23,8 @@ void expectParsed(const std::vector<std::string>& arguments, Action action, cons
 TEST(ServiceArgumentsTest, ParsesCommands) {
     expectParsed({"install", "my settings.xml", "primary"}, Action::Install, "QuorinGateway",
                  "my settings.xml", "primary");
-    expectParsed({"install", "--name", "Other-1_a", "s.xml", "secondary"}, Action::Install,
-                 "Other-1_a", "s.xml", "secondary");
+    expectParsed({"install", "--name", "AZ-09_az", "s.xml", "secondary"}, Action::Install,
+                 "AZ-09_az", "s.xml", "secondary");
     expectParsed({"run", "--name", "Other", "s.xml", "primary"}, Action::Run, "Other", "s.xml",
                  "primary");
     expectParsed({"uninstall"}, Action::Uninstall, "QuorinGateway", "", "");

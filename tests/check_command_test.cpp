@@ -57,8 +57,7 @@ protected:
                              LogLibrary log = LogLibrary::Stub) {
         Gateway program(site_, log);
         const QStringList command =
-            prefix +
-            QStringList{QStringLiteral(QUORIN_PROGRAM), u"check"_s, site_.settingsPath(), group_} +
+            prefix + QStringList{gatewayProgram(), u"check"_s, site_.settingsPath(), group_} +
             options;
         program.startProcess(command.first(), command.mid(1));
         const std::optional<int> code = program.waitForExit();

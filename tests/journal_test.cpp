@@ -23,7 +23,7 @@ protected:
         gateway_.startProcess(
             u"sh"_s,
             QStringList{u"-c"_s, u"JOURNAL_STREAM=$(stat -L -c %d:%i /dev/stderr) exec \"$@\""_s,
-                        u"sh"_s, QStringLiteral(QUORIN_PROGRAM)} +
+                        u"sh"_s, gatewayProgram()} +
                 runArguments());
     }
 

@@ -325,7 +325,7 @@ TEST_F(StopCommandTest, ReportsDeniedAccess) {
     const QString program = folder + u"/quorin-gateway";
     const QFile::Permissions everyone =
         QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
-    ASSERT_TRUE(QFile::copy(QStringLiteral(QUORIN_PROGRAM), program));
+    ASSERT_TRUE(QFile::copy(gatewayProgram(), program));
     for (const QString& path : {folder, site_.temporaryPath(), program}) {
         ASSERT_TRUE(QFile::setPermissions(path, everyone));
     }
@@ -363,8 +363,7 @@ TEST_F(RunCommandTest, RaisesSoftDescriptorLimitToHardOne) {
         GTEST_SKIP() << "this system has no prlimit";
     }
     gateway_.startProcess(u"prlimit"_s,
-                          QStringList{u"--nofile=256:1000"_s, QStringLiteral(QUORIN_PROGRAM)} +
-                              runArguments());
+                          QStringList{u"--nofile=256:1000"_s, gatewayProgram()} + runArguments());
     ASSERT_TRUE(isListening());
     QFile limits(u"/proc/%1/limits"_s.arg(gateway_.processId()));
     ASSERT_TRUE(limits.open(QIODevice::ReadOnly));

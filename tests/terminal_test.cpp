@@ -15,8 +15,8 @@ class TerminalTest : public LifecycleTest {
 protected:
     // Starts `quorin-gateway run` on a pseudo-terminal.
     void startOnTerminal() {
-        const QString command = u'\'' + QStringLiteral(QUORIN_PROGRAM) + u"' run '" +
-                                site_.settingsPath() + u"' primary";
+        const QString command =
+            u'\'' + gatewayProgram() + u"' run '" + site_.settingsPath() + u"' primary";
         gateway_.startProcess(
             u"script"_s, {u"--quiet"_s, u"--return"_s, u"--command"_s, command, u"/dev/null"_s});
     }

@@ -18,7 +18,7 @@ namespace {
 
 // The environment variable with a folder that may contain another gateway library, program or
 // bundled logging library for the tests, with seeded faults (scripts/mutate).
-const QString kReplacementsVariable = u"QUORIN_TEST_REPLACEMENTS"_s;
+constexpr const char* kReplacementsVariable = "QUORIN_TEST_REPLACEMENTS";
 
 QString folderOf(LogLibrary log) {
     switch (log) {
@@ -53,13 +53,18 @@ QByteArray asText(QByteArray output) {
 
 } // namespace
 
+QString gatewayProgram() {
+    const QString replacement = qEnvironmentVariable(kReplacementsVariable) + u"/quorin-gateway";
+    return QFile::exists(replacement) ? replacement : QStringLiteral(QUORIN_PROGRAM);
+}
+
 Gateway::Gateway(const Site& site, LogLibrary log) : site_(site) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"QUORIN_COMMON_APPDATA"_s, site.appDataFolder());
     environment.insert(u"QUORIN_STUB_LOG"_s, site.recordPath());
     environment.insert(u"QUORIN_TEST_PRIVATE_KEY"_s, site.privateKeyPath());
     environment.insert(u"TMPDIR"_s, site.temporaryPath());
-    addLibraryFolders(environment, {environment.value(kReplacementsVariable), folderOf(log),
+    addLibraryFolders(environment, {qEnvironmentVariable(kReplacementsVariable), folderOf(log),
                                     QStringLiteral(QUORIN_BARE_FOLDER)});
     process_.setProcessEnvironment(environment);
 }
@@ -97,10 +102,7 @@ void Gateway::startUnder(const QStringList& command) {
 }
 
 void Gateway::startProgram(const QStringList& arguments) {
-    const QString replacement =
-        process_.processEnvironment().value(kReplacementsVariable) + u"/quorin-gateway";
-    startProcess(QFile::exists(replacement) ? replacement : QStringLiteral(QUORIN_PROGRAM),
-                 arguments);
+    startProcess(gatewayProgram(), arguments);
 }
 
 void Gateway::startProcess(const QString& program, const QStringList& arguments) {

@@ -4,6 +4,7 @@
 #include "support/site.h"
 
 #include <QProcess>
+#include <QString>
 #include <QStringList>
 
 #include <optional>
@@ -12,6 +13,9 @@ namespace quorin::test {
 
 // The logging library that the gateway loads.
 enum class LogLibrary { Stub, StubWithoutLog, StubWithoutSetUp, Bundled, None };
+
+// Returns the path of the program quorin-gateway.
+[[nodiscard]] QString gatewayProgram();
 
 // The gateway library in a process of its own, with the data of a site, which must outlive the
 // object. The destructor kills a process that still runs.
@@ -26,7 +30,7 @@ public:
     void startWith(const QStringList& arguments);
     // Like start(), but runs the test host through `command`, which must execute its arguments.
     void startUnder(const QStringList& command);
-    // Starts the program quorin-gateway.
+    // Starts gatewayProgram().
     void startProgram(const QStringList& arguments);
     // Starts another program that loads the library.
     void startProcess(const QString& program, const QStringList& arguments);
