@@ -5,6 +5,7 @@
 #include "cert/search_log.h"
 #include "cert/server_certificate.h"
 #include "stub_lumetrix/recorded_log.h"
+#include "support/some_certificate.h"
 
 #include <gmock/gmock.h>
 
@@ -72,7 +73,10 @@ protected:
 };
 
 TEST_F(EncryptedKeyTest, DecryptsEcKey) {
-    const auto result = search({certificate('\1', test::encryptedEcKey(), u"ECDSA"_s)});
+    CertificateSpec spec = certificate('\1', test::encryptedEcKey(), u"ECDSA"_s);
+    spec.der = test::someCertificate().toDer();
+    const auto result = search({spec});
+    EXPECT_EQ(result.found.certificate, test::someCertificate());
     EXPECT_FALSE(result.found.privateKey.isNull());
     EXPECT_EQ(result.found.privateKey, test::ecKey());
     EXPECT_THAT(log_.lines(), ElementsAre(kSearch, kFound, kNotExported, kNotFound, kExported,

@@ -43,17 +43,16 @@ ExportedKey exportPrivateKey(const platform::Certificate& certificate) {
     const auto handle = certificate.acquirePrivateKey();
     if (!handle.value) {
         log::warn(u"Failed to get crypt provider handle."_s);
-        key.failure = ExportFailure::NoHandle;
         key.error = handle.error;
         return key;
     }
+    key.hasHandle = true;
     auto exported = handle.value->exportPkcs8();
     key.keyBytes = std::move(exported.value);
     if (key.ok()) {
         key.algorithm = keyAlgorithm(*handle.value);
     } else {
         log::warn(u"Failed to export private key."_s);
-        key.failure = ExportFailure::NotExportable;
         key.error = exported.error;
     }
     return key;
@@ -63,10 +62,10 @@ ExportedKey exportEncryptedPrivateKey(const platform::Certificate& certificate) 
     ExportedKey key;
     const auto handle = certificate.acquirePrivateKey();
     if (!handle.value) {
-        key.failure = ExportFailure::NoHandle;
         key.error = handle.error;
         return key;
     }
+    key.hasHandle = true;
     auto exported = handle.value->exportEncryptedPkcs8();
     key.keyBytes = std::move(exported.value.pkcs8);
     key.passPhrase = std::move(exported.value.passPhrase);
@@ -75,7 +74,6 @@ ExportedKey exportEncryptedPrivateKey(const platform::Certificate& certificate) 
                   serialNumberText(certificate) + u')');
         key.algorithm = keyAlgorithm(*handle.value);
     } else {
-        key.failure = ExportFailure::NotExportable;
         key.error = exported.error;
     }
     return key;

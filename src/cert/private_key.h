@@ -6,16 +6,13 @@
 
 namespace quorin {
 
-// Why a private key could not be exported.
-enum class ExportFailure { None, NoHandle, NotExportable };
-
 // An exported private key.
 struct ExportedKey {
     QSsl::KeyAlgorithm algorithm = QSsl::Opaque;
     platform::SecretBytes keyBytes;   // PKCS #8 in DER
     platform::SecretBytes passPhrase; // decrypts keyBytes; empty if they are not encrypted
-    ExportFailure failure = ExportFailure::None;
-    platform::SystemError error; // the cause of the failure
+    bool hasHandle = false;           // the certificate has a key to which the system allows access
+    platform::SystemError error;      // why there is no handle, or why the export failed
 
     [[nodiscard]] bool ok() const noexcept { return !keyBytes.empty(); }
 };

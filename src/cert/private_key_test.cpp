@@ -45,6 +45,7 @@ TEST_F(PrivateKeyTest, ExportsKeyWithAlgorithm) {
 TEST_F(PrivateKeyTest, ReportsMissingKeyHandle) {
     const ExportedKey key = exportKey(std::nullopt);
     EXPECT_FALSE(key.ok());
+    EXPECT_FALSE(key.hasHandle);
     EXPECT_TRUE(key.keyBytes.empty());
     EXPECT_EQ(key.algorithm, QSsl::Opaque);
     EXPECT_THAT(log_.lines(), ElementsAre("warn: Failed to get crypt provider handle."));
@@ -58,10 +59,18 @@ TEST_F(PrivateKeyTest, EncryptedExportNeedsKeyHandle) {
     const ExportedKey key =
         exportEncryptedPrivateKey(test::CertificateDouble(certificate, liveCounts_));
     EXPECT_FALSE(key.ok());
-    EXPECT_EQ(key.failure, ExportFailure::NoHandle);
+    EXPECT_FALSE(key.hasHandle);
     EXPECT_EQ(key.error.code(), 5u);
     EXPECT_TRUE(key.passPhrase.empty());
     EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(PrivateKeyTest, EncryptedExportHasHandleOfRefusedKey) {
+    const test::CertificateSpec certificate; // whose key cannot be exported encrypted
+    const ExportedKey key =
+        exportEncryptedPrivateKey(test::CertificateDouble(certificate, liveCounts_));
+    EXPECT_FALSE(key.ok());
+    EXPECT_TRUE(key.hasHandle);
 }
 
 TEST_F(PrivateKeyTest, ReportsKeyThatIsNotExportable) {
@@ -69,6 +78,7 @@ TEST_F(PrivateKeyTest, ReportsKeyThatIsNotExportable) {
     refused.pkcs8.clear();
     const ExportedKey key = exportKey(refused);
     EXPECT_FALSE(key.ok());
+    EXPECT_TRUE(key.hasHandle);
     EXPECT_TRUE(key.keyBytes.empty());
     EXPECT_EQ(key.algorithm, QSsl::Opaque);
     EXPECT_THAT(log_.lines(), ElementsAre("warn: Failed to export private key."));

@@ -151,8 +151,7 @@ private:
         const ExportedKey key = exportPrivateKey(certificate);
         entry.error = key.error;
         if (!key.ok()) {
-            return key.failure == ExportFailure::NoHandle ? Verdict::NoKeyHandle
-                                                          : Verdict::KeyNotExportable;
+            return key.hasHandle ? Verdict::KeyNotExportable : Verdict::NoKeyHandle;
         }
         log::info(u"Detect certificate for HTTPS server"_s);
         result_.found.certificate = toQt(certificate, system_);
