@@ -173,6 +173,9 @@ TEST_F(QueueWatcherTest, RestartsAfterStop) {
     EXPECT_EQ(queue_.size(), 1u);
     watcher_.start(QThread::InheritPriority);
     ASSERT_TRUE(waitUntil([this] { return started() == 1; }));
+    connections_.front()->client().abort();
+    enqueue();
+    EXPECT_TRUE(waitUntil([this] { return started() == 2; })) << "it has ended again";
 }
 
 // A thread may be stopped before it has begun.
