@@ -31,9 +31,6 @@ public:
     // connections that the previous count allowed are used up.
     [[nodiscard]] bool admitsAnother(int active, std::size_t queued);
 
-    // Makes the next admitsAnother() count. Call when the system has no free descriptor.
-    void countNext() noexcept { uncounted_ = 0; }
-
 private:
     std::function<std::optional<qintptr>()> limit_;
     std::function<std::optional<qintptr>()> openDescriptors_;

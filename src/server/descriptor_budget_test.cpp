@@ -51,15 +51,6 @@ TEST_F(DescriptorBudgetTest, UsesHalfOfFreeBeforeNextCount) {
     EXPECT_EQ(counts_, 2);
 }
 
-TEST_F(DescriptorBudgetTest, CountsWhenToldTo) {
-    limit_ = 1024;
-    EXPECT_TRUE(budget_.admitsAnother(0, 0));
-    open_ = 1020;
-    EXPECT_TRUE(budget_.admitsAnother(0, 0));
-    budget_.countNext();
-    EXPECT_FALSE(budget_.admitsAnother(0, 0));
-}
-
 TEST_F(DescriptorBudgetTest, ReadsLimitAtEachCount) {
     limit_ = 30;
     EXPECT_FALSE(budget_.admitsAnother(0, 0));

@@ -111,14 +111,9 @@ void TcpServer::openControlPipe() {
 }
 
 // QTcpServer has paused accepting and does not resume it by itself.
-void TcpServer::recoverFromAcceptError(QAbstractSocket::SocketError error) {
-    if (error == QAbstractSocket::SocketResourceError) {
-        descriptorBudget_.countNext();
-        pauseAdmission();
-    } else {
-        log::error(endMessage(QString(u"a connection could not be accepted: " + errorString())));
-        admissionTimer_.start();
-    }
+void TcpServer::recoverFromAcceptError() {
+    log::error(endMessage(QString(u"a connection could not be accepted: " + errorString())));
+    admissionTimer_.start();
 }
 
 // pauseAccepting() alone would not end the loop in which QTcpServer may be accepting now.

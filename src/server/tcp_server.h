@@ -53,7 +53,7 @@ private:
     void openControlPipe();
     void admit(platform::SocketDescriptor descriptor);
     [[nodiscard]] bool hasDescriptorsForAnother();
-    void recoverFromAcceptError(QAbstractSocket::SocketError error);
+    void recoverFromAcceptError();
     // Stops accepting until enough descriptors are free; new connections wait in the system.
     // Without this, waiting connections would use up the descriptors that workers need for their
     // files.

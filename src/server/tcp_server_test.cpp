@@ -2,18 +2,22 @@
 
 #include "config/gateway_settings.h"
 #include "handlers/handler_fixture.h"
+#include "server/polling.h"
 #include "support/client.h"
 #include "support/deadline.h"
 #include "support/descriptor_limit.h"
+#include "support/messages.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -71,6 +75,47 @@ TEST_F(TcpServerTest, AcceptsAfterFailedConnection) {
     EXPECT_EQ(log_.lines().filter(u"5 "_s).size(), 1);
     EXPECT_TRUE(log_.lines().filter(u"5 "_s).constFirst().startsWith(
         u"5 [End] a connection could not be accepted: "));
+}
+
+TEST_F(TcpServerTest, DoesNotAcceptAfterCloseDuringPause) {
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    server.pauseAccepting();
+    Q_EMIT server.acceptError(QAbstractSocket::NetworkError);
+    server.close();
+    bool isLater = false; // than the end of the pause
+    QTimer::singleShot(std::chrono::ceil<std::chrono::milliseconds>(3 * kIdlePoll),
+                       Qt::PreciseTimer, &server, [&isLater] { isLater = true; });
+    EXPECT_TRUE(waitUntil([&isLater] {
+        QCoreApplication::processEvents();
+        return isLater;
+    }));
+    EXPECT_FALSE(server.isListening());
+}
+
+TEST_F(TcpServerTest, AcceptsAfterExceptionOfLog) {
+    GatewaySettings::instance().IsMadeClientRequestWaited = false;
+    GatewaySettings::instance().MaxUserSession = 0;
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    ASSERT_TRUE(server.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    for (const char* const text : {"too many tcp connection", "no such line"}) {
+        qputenv("QUORIN_STUB_THROWS", text);
+        Client client(server.serverPort());
+        EXPECT_TRUE(waitUntil([&client] {
+            QCoreApplication::processEvents();
+            return client.socket().bytesAvailable() > 0;
+        }));
+        EXPECT_EQ(client.read(kReply503.size()), kReply503);
+    }
+    qunsetenv("QUORIN_STUB_THROWS");
+    EXPECT_EQ(log_.lines().filter(u"5 "_s),
+              QStringList(u"5 [End] too many tcp connection arrived MaxUserSession:0"_s));
+}
+
+TEST_F(TcpServerTest, IgnoresMissingController) {
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    server.LocalServerNewConnection();
+    EXPECT_EQ(log_.lines().filter(u"quit"_s), QStringList());
 }
 
 // Nothing accepts here: the event loop does not run.
