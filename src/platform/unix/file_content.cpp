@@ -37,9 +37,6 @@ bool readInto(SecretBytes& bytes, int descriptor) {
     std::size_t done = 0;
     while (done < bytes.size()) {
         const ssize_t got = ::read(descriptor, bytes.data() + done, bytes.size() - done);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
         if (got < 0) {
             return false;
         }
