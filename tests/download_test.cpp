@@ -143,6 +143,7 @@ TEST_P(DownloadTest, DeliversAllBytesAfterStallBeyondChunkTimeout) {
     client.limitReadAhead(0);
     received += client.readToEnd();
     EXPECT_TRUE(received == expected) << received.size();
+    EXPECT_EQ(gateway_.stop(), 0);
 }
 
 TEST_P(DownloadTest, KeepsReplyIntactIfClientSendsMore) {

@@ -332,6 +332,8 @@ TEST_P(AdmissionTest, RefusesConnectionBeyondLimitInLegacyMode) {
         site_.waitUntilLogged(u"5 [End] too many tcp connection arrived MaxUserSession:4"_s));
     idle[0].send(get("/api/x"));
     EXPECT_EQ(idle[0].readToEnd(), kReply500);
+    idle.close();
+    EXPECT_EQ(gateway_.stop(), 0);
 }
 
 TEST_P(AdmissionTest, QueuesConnectionBeyondLimit) {

@@ -2,10 +2,13 @@
 
 #include "check/finding_codes.h"
 #include "check/settings_record.h"
+#include "platform/control_pipe.h"
 #include "support/print.h"
 #include "support/settings.h"
 #include "support/site.h"
+#include "support/system.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -68,6 +71,29 @@ TEST_F(PortCheckTest, AcceptsPortOfRunningGateway) {
     EXPECT_TRUE(check(port_, gatewayAt(port_)).empty());
     EXPECT_TRUE(check(port_, RunningGateway{}).empty());
     EXPECT_EQ(check(port_, gatewayAt(port_ + 1)).size(), 1u);
+}
+
+TEST(ControlPipeCheckTest, ReportsObstacle) {
+    const QByteArray temporaryFolder = qgetenv("TMPDIR");
+    const QTemporaryDir folder;
+    qputenv("TMPDIR", QFile::encodeName(folder.path()));
+    Findings findings;
+    checkControlPipe(findings);
+    EXPECT_TRUE(findings.empty());
+    ASSERT_TRUE(QDir(folder.path()).mkpath(platform::kControlPipeName.toString()));
+    checkControlPipe(findings);
+    const QString obstacle = platform::obstacleToControlPipe(platform::kControlPipeName.toString());
+    qputenv("TMPDIR", temporaryFolder);
+    if (test::kOnWindows) { // the pipe is not a file there
+        EXPECT_TRUE(findings.empty());
+        return;
+    }
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].code, code::kPipeUnavailable);
+    EXPECT_EQ(findings[0].subject, platform::kControlPipeName);
+    EXPECT_EQ(findings[0].reason,
+              QString(u"the gateway cannot listen on its control pipe: " + obstacle));
+    EXPECT_TRUE(findings[0].failsStart);
 }
 
 TEST(RunningGatewayCheckTest, WarnsOfRunningGateway) {

@@ -184,4 +184,9 @@ TEST(ArenaAllocatorTest, WorksWithStandardContainers) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
+// Containers exchange their blocks when they are moved or swapped, as all blocks are freed alike.
+TEST(ArenaAllocatorTest, IsEqualToAnyOther) {
+    EXPECT_EQ(ArenaAllocator<char>(), ArenaAllocator<char>());
+}
+
 } // namespace

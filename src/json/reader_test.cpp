@@ -589,7 +589,7 @@ TEST(ReaderEventTest, ReportsEventsBeforeAnError) {
 // --- skipping ----------------------------------------------------------------------------------
 
 TEST(ReaderSkipTest, StopsAfterTheValue) {
-    const std::string text = R"( {"a":[1,2.5,"x\n\uD83D\uDE00",null,true,false,{}]} tail)";
+    const std::string text = R"( {"a\n":[1,2.5,"x\n\uD83D\uDE00",null,true,false,{}]} tail)";
     const char* position = text.data();
     std::string error;
     EXPECT_TRUE(ravenjson::skipValue(position, position + text.size(), error));

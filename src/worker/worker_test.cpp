@@ -173,6 +173,35 @@ TEST_F(WorkerTest, ServesAfterServerIsGone) {
     thread.join();
 }
 
+// For tests of a logging library that throws std::bad_alloc. Qt does not let exceptions pass
+// through its event loop.
+class ThrowingLogTest : public WorkerTest {
+protected:
+    ThrowingLogTest() { GatewaySettings::instance().ConnectionTimeout = 0; }
+    ~ThrowingLogTest() override { qunsetenv("QUORIN_STUB_THROWS"); }
+
+    // Runs a worker whose logging library throws when the message contains `text`.
+    void runThrowingOn(const char* text) {
+        qputenv("QUORIN_STUB_THROWS", text);
+        auto worker = std::make_unique<Worker>(connection_.takeDescriptor(), serverContext_);
+        std::thread([&worker] {
+            worker->run();
+            worker.reset();
+        }).join();
+        EXPECT_EQ(connection_.client().readToEnd(), "");
+    }
+};
+
+TEST_F(ThrowingLogTest, LogsExceptionInEventLoop) {
+    runThrowingOn("connect timeout");
+    EXPECT_EQ(log_.lines().filter(u"5 "_s), QStringList(u"5 [End] std::bad_alloc"_s));
+}
+
+TEST_F(ThrowingLogTest, EndsWithoutLog) {
+    runThrowingOn("");
+    EXPECT_EQ(log_.lines(), QStringList());
+}
+
 // Qt aborts the process if it cannot open a descriptor for an event loop.
 TEST_F(WorkerTest, EndsWithoutDescriptorForEventLoop) {
     if (!platform::descriptorLimit()) {

@@ -1,7 +1,8 @@
 // A logging library that appends every call to the file named by the environment variable
 // QUORIN_STUB_LOG, one line per call: the function name and the arguments, separated by tabs. Tabs,
 // line feeds and backslashes in an argument are escaped with a backslash. If the variable is not
-// set, nothing is recorded.
+// set, nothing is recorded. lumetrix_log() throws std::bad_alloc if the message contains the text
+// in the environment variable QUORIN_STUB_THROWS.
 //
 // QUORIN_STUB_WITHOUT_LOG and QUORIN_STUB_WITHOUT_SET_UP omit functions, to test against an
 // incomplete library.
@@ -11,7 +12,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
+#include <new>
 #include <string>
 
 namespace {
@@ -88,6 +91,10 @@ Q_DECL_EXPORT void lumetrix_release(void* handle) {
 #ifndef QUORIN_STUB_WITHOUT_LOG
 Q_DECL_EXPORT void lumetrix_log(void* handle, const char* name, std::int32_t level,
                                 const char* message) {
+    const char* const thrown = std::getenv("QUORIN_STUB_THROWS");
+    if (thrown != nullptr && std::strstr(message, thrown) != nullptr) {
+        throw std::bad_alloc();
+    }
     record("log", handle, name, level, message);
 }
 #endif

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace quorin::platform {
@@ -39,6 +41,26 @@ TEST_F(PipeObstacleTest, IsMissingFolderIfRootIsProtected) {
               canCreateFilesIn(u"/"_s) ? QString()
                                        : u"this account may not create files in /, used because "
                                          u"the temporary folder does not exist"_s);
+}
+
+// A child process, as no other account can become root again.
+TEST_F(PipeObstacleTest, IsProtectedFolder) {
+    constexpr uid_t nobody = 65534;
+    if (getuid() != 0) {
+        GTEST_SKIP() << "only root can become another account";
+    }
+    const auto isObstacle = [this](const QString& folder, const QString& obstacle) {
+        setTemporaryFolder(folder);
+        return setuid(nobody) == 0 && obstacleToControlPipe(pipe_) == obstacle;
+    };
+    const QString reason = u"this account may not create files in "_s;
+    EXPECT_EXIT(_exit(isObstacle(folder_.path(), reason + folder_.path() + u'/') ? 0 : 1),
+                testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(_exit(isObstacle(folder_.path() + u"-missing",
+                                 reason + u"/, used because the temporary folder does not exist")
+                          ? 0
+                          : 1),
+                testing::ExitedWithCode(0), "");
 }
 
 TEST_F(PipeObstacleTest, IsFolderOfThatName) {
