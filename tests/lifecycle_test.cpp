@@ -1,12 +1,15 @@
 // Complete runs of the gateway: log, settings, a second instance, logging libraries.
 
 #include "support/client.h"
+#include "support/deadline.h"
 #include "support/lifecycle_fixture.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 
 #include <gmock/gmock.h>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -104,6 +107,26 @@ TEST_F(LifecycleTest, ReadsBackslashesInPathAsSlashes) {
     EXPECT_THAT(site_.logged(),
                 Contains(u"3 Quorin Gateway Http Server Start [Argument] " + path + u" secondary"));
     EXPECT_EQ(site_.logged().last(), endLine(path + u" secondary", u"Success"_s));
+}
+
+TEST_F(LifecycleTest, ReadsSettingsOfGroup) {
+    Settings settings;
+    settings.Port = QByteArray::number(freePort());
+    QByteArray content = settings.toXml();
+    const QByteArray secondaryPort = QByteArray::number(freePort());
+    content.replace(content.lastIndexOf(settings.Port), settings.Port.size(), secondaryPort);
+    QFile file(site_.settingsPath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    file.close();
+    for (const auto& [group, port] :
+         {std::pair{u"primary"_s, settings.Port}, std::pair{u"secondary"_s, secondaryPort}}) {
+        Gateway gateway(site_);
+        gateway.startWith({site_.settingsPath(), group});
+        EXPECT_TRUE(waitUntil([&] { return Client(port.toUShort()).isConnected(); }))
+            << group.toStdString();
+        EXPECT_EQ(gateway.stop(), 0);
+    }
 }
 
 TEST_F(LifecycleTest, ReducesPortModulo65536) {

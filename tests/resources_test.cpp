@@ -9,6 +9,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -214,6 +215,15 @@ TEST_F(ResourcesTest, ReleasesDroppedConnections) {
               << " after; threads " << before.threads << " before, " << figures().threads
               << " after\n";
     EXPECT_EQ(gateway_.stop(), 0);
+}
+
+// A thread that the pool started later could lack memory.
+TEST_F(ResourcesTest, KeepsIdleThreads) {
+    startGateway();
+    startThreads(8);
+    const int before = figures().threads;
+    QThread::sleep(32); // Qt ends a pool's idle threads after 30 s by default
+    EXPECT_GE(figures().threads, before);
 }
 
 TEST_F(ResourcesTest, StopsWhileQueuedConnectionsAreDropped) {

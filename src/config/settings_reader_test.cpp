@@ -77,6 +77,19 @@ protected:
     GatewaySettings settings_;
 };
 
+TEST(GatewaySettingsTest, IsZeroBeforeItIsRead) {
+    const GatewaySettings settings;
+    for (const std::int32_t number :
+         {settings.Port, settings.MaxUserSession, settings.MaxTCPConnection,
+          settings.ConnectionTimeout, settings.HTTPRequestTimeout, settings.ThreadReadBufferSize,
+          settings.MaxLargeFileRequest, settings.QueueSize, settings.Generation}) {
+        EXPECT_EQ(number, 0);
+    }
+    EXPECT_FALSE(settings.IsMadeClientRequestWaited);
+    EXPECT_FALSE(settings.HttpsEnabled);
+    EXPECT_FALSE(settings.IsEnabledHttpInFacility);
+}
+
 TEST_F(SettingsReaderTest, ReportsAllFaultsInOrder) {
     QByteArray content = test::kSettingsSample;
     content = changed(content, "<LogLevel>info", "<LogLevel>Info");
