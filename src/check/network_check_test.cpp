@@ -80,11 +80,12 @@ TEST(ControlPipeCheckTest, ReportsObstacle) {
     Findings findings;
     checkControlPipe(findings);
     EXPECT_TRUE(findings.empty());
-    ASSERT_TRUE(QDir(folder.path()).mkpath(platform::kControlPipeName.toString()));
+    // The pipe of Windows is not a file.
+    ASSERT_NE(QDir(folder.path()).mkpath(platform::kControlPipeName.toString()), test::kOnWindows);
     checkControlPipe(findings);
     const QString obstacle = platform::obstacleToControlPipe(platform::kControlPipeName.toString());
     qputenv("TMPDIR", temporaryFolder);
-    if (test::kOnWindows) { // the pipe is not a file there
+    if (test::kOnWindows) {
         EXPECT_TRUE(findings.empty());
         return;
     }

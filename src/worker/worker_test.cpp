@@ -198,7 +198,7 @@ TEST_F(ThrowingLogTest, LogsExceptionInEventLoop) {
 }
 
 TEST_F(ThrowingLogTest, EndsWithoutLog) {
-    runThrowingOn("");
+    runThrowingOn("Worker::run");
     EXPECT_EQ(log_.lines(), QStringList());
 }
 
