@@ -101,6 +101,7 @@ TEST_F(TcpServerTest, AcceptsAfterExceptionOfLog) {
     for (const char* const text : {"too many tcp connection", "no such line"}) {
         qputenv("QUORIN_STUB_THROWS", text);
         Client client(server.serverPort());
+        client.send(get("/a"));
         EXPECT_TRUE(waitUntil([&client] {
             QCoreApplication::processEvents();
             return client.socket().bytesAvailable() > 0;
