@@ -4,6 +4,7 @@
 #include "fault_fixture.h"
 #include "support/clients.h"
 #include "support/deadline.h"
+#include "support/process_figures.h"
 
 #include <QFileInfo>
 
@@ -11,6 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <vector>
+
+#include <signal.h>
 
 using namespace Qt::StringLiterals;
 
@@ -49,6 +52,21 @@ TEST_F(DescriptorLimitTest, ServesConnectionsBeyondDescriptorLimit) {
     EXPECT_EQ(request("/fwfiles/a"), streamedReply(small_));
     EXPECT_EQ(gateway_.stop(), 0);
     EXPECT_EQ(gateway_.errorOutput(), "");
+}
+
+// The gateway accepts all connections that wait in the system in one pass of its event loop.
+TEST_F(DescriptorLimitTest, LeavesDescriptorsInBurst) {
+    constexpr int kLimit = 64;
+    startWithLimit(u"--nofile=64:64"_s, {});
+    const auto process = static_cast<pid_t>(gateway_.processId());
+    ASSERT_EQ(kill(process, SIGSTOP), 0);
+    Clients silent(site_.port(), 60);
+    ASSERT_EQ(kill(process, SIGCONT), 0);
+    ASSERT_TRUE(site_.waitUntilLogged(u"5 [End] connections wait for free descriptors"_s));
+    EXPECT_LT(processFigures(process)->descriptors, kLimit);
+    silent.close();
+    EXPECT_TRUE(waitUntil([this] { return request("/fwfiles/a") == streamedReply(small_); }));
+    EXPECT_EQ(gateway_.stop(), 0);
 }
 
 TEST_F(DescriptorLimitTest, StopsWhileConnectionsAwaitDescriptors) {
