@@ -198,7 +198,10 @@ def measure_clients(site, arguments):
              "nothing, with a receive buffer of 4 KiB; chunks of 64 KiB. "
              f"`quit` follows as soon as the clients have disconnected. Cells are gateway / nginx; "
              "growth is that of the gateway's memory per client.", ""]
-    return lines + table(header, rows, lambda figures: figures[1])
+    return lines + table(header, rows, lambda figures: figures[1]) + [
+        "", "The kernel buffers about 2 MiB for each of these clients. With 1,000 of them, this can "
+        "fill its memory for TCP buffers (`net.ipv4.tcp_mem`); then it drops packets, and they are "
+        "sent again seconds later."]
 
 
 # Requests per second
@@ -244,8 +247,10 @@ def measure_requests(site, arguments):
         print(" ".join(rows[-1][1]), flush=True)
     lines = ["Files of 1 KiB over plain TCP, a new connection for each request. The gateway "
              f"notices a connection to an idle queue after at most {1000 * POLL:.0f} ms, which "
-             "bounds the rate of clients that wait for their replies. Growth is that of the "
-             "gateway's processor time per request.", ""]
+             "bounds the rate of clients that wait for their replies. It exceeds the bound if clients "
+             "connect again while the queue is still being emptied, and stays below it where servers "
+             "and clients use all processors. Growth is that of the gateway's processor time per "
+             "request.", ""]
     return lines + table(["Clients", "Bound, requests/s", "Gateway", "Gateway / bound", "nginx",
                           "Processor time per request, ms, gateway / nginx"],
                          rows, lambda figures: figures[1])
@@ -284,8 +289,8 @@ def measure_files(site, arguments):
     for size, count in FILES.items():
         name = f"sparse-{size}"
         create_sparse(site.files / name, size)
-        if size < LONG:
-            read_through(site.files / name)  # so that both servers find it in memory
+        # Files that fit into memory are then in memory; for longer ones, the memory is in use.
+        read_through(site.files / name)
         rounds = {"gateway": [], "nginx": []}
         for _ in range(arguments.rounds if size < LONG else 1):
             for kind, results in rounds.items():
@@ -303,7 +308,8 @@ def measure_files(site, arguments):
             f"{ours.peak:.1f} / {theirs.peak:.1f}"]))
         print(" ".join(rows[-1][1]), flush=True)
     lines = ["Sparse files, one client over plain TCP, one download after the other; chunks of "
-             f"1 MiB. Files from {size_text(LONG)} on: one round. Cells are gateway / nginx; "
+             "1 MiB. Each file is read once before, so that it is in memory if it fits. "
+             f"Files from {size_text(LONG)} on: one round. Cells are gateway / nginx; "
              "growth is that of the gateway's processor time per MiB.", ""]
     return lines + table(["File", "MiB/s after the first byte", "Processor time, ms",
                           "Processor time per MiB, ms", "Peak memory, MiB"],
