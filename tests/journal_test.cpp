@@ -5,6 +5,7 @@
 #include "support/lifecycle_fixture.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,11 +20,11 @@ namespace {
 class JournalTest : public LifecycleTest {
 protected:
     // Starts the gateway as systemd does, which announces the stream that the journal reads.
-    void startUnit() {
+    void startUnit(const QString& program = gatewayProgram()) {
         gateway_.startProcess(
             u"sh"_s,
             QStringList{u"-c"_s, u"JOURNAL_STREAM=$(stat -L -c %d:%i /dev/stderr) exec \"$@\""_s,
-                        u"sh"_s, gatewayProgram()} +
+                        u"sh"_s, program} +
                 runArguments());
     }
 
@@ -82,6 +83,17 @@ TEST_F(JournalTest, ReceivesMissingCertificate) {
                   "<3>HTTPS is enabled, but there is no valid certificate for localhost with an "
                   "exportable private key. Clients cannot connect.\n"
                   "<6>The gateway has stopped.\n");
+}
+
+TEST_F(JournalTest, ReceivesReasonOfMissingLibrary) {
+    const QString program = QFileInfo(site_.settingsPath()).path() + u"/quorin-gateway";
+    ASSERT_TRUE(QFile::copy(gatewayProgram(), program));
+    gateway_.setEnvironment(u"LD_LIBRARY_PATH"_s, QString());
+    startUnit(program);
+    EXPECT_EQ(gateway_.waitForExit(), 1);
+    EXPECT_THAT(gateway_.errorOutput().toStdString(),
+                testing::HasSubstr("<3>The gateway did not start (exit code 1): cannot load the "
+                                   "gateway library libQuorinGatewayHttp.so: "));
 }
 
 TEST_F(JournalTest, ReceivesEndOfCertificate) {

@@ -112,15 +112,10 @@ TEST_F(LifecycleTest, ReadsBackslashesInPathAsSlashes) {
 TEST_F(LifecycleTest, ReadsSettingsOfGroup) {
     Settings settings;
     settings.Port = QByteArray::number(freePort());
-    QByteArray content = settings.toXml();
-    const QByteArray secondaryPort = QByteArray::number(freePort());
-    content.replace(content.lastIndexOf(settings.Port), settings.Port.size(), secondaryPort);
-    QFile file(site_.settingsPath());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-    file.close();
-    for (const auto& [group, port] :
-         {std::pair{u"primary"_s, settings.Port}, std::pair{u"secondary"_s, secondaryPort}}) {
+    settings.SecondaryPort = QByteArray::number(freePort());
+    site_.writeSettings(settings);
+    for (const auto& [group, port] : {std::pair{u"primary"_s, settings.Port},
+                                      std::pair{u"secondary"_s, settings.SecondaryPort}}) {
         Gateway gateway(site_);
         gateway.startWith({site_.settingsPath(), group});
         EXPECT_TRUE(waitUntil([&] { return Client(port.toUShort()).isConnected(); }))

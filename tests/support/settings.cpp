@@ -15,25 +15,28 @@ QByteArray element(const char* name, const QByteArray& content) {
 QByteArray Settings::toXml() const {
     const QByteArray applicationLog = element(
         "ApplicationLog", element("LogLevel", LogLevel) + element("Generation", Generation));
-    const QByteArray http =
-        element("Http", element("Log", element("QueueSize", QueueSize) + applicationLog) +
-                            element("Port", Port) + element("MaxUserSession", MaxUserSession) +
-                            element("MaxTCPConnection", MaxTCPConnection) +
-                            element("ConnectionTimeout", ConnectionTimeout) +
-                            element("HTTPRequestTimeout", HTTPRequestTimeout) +
-                            element("ThreadReadBufferSize", ThreadReadBufferSize) +
-                            element("IsMadeClientRequestWaited", IsMadeClientRequestWaited) +
-                            element("MaxLargeFileRequest", MaxLargeFileRequest) +
-                            element("HttpsEnabled", HttpsEnabled));
-    const QByteArray group =
-        http + element("Proxy", element("IsEnabledHttpInFacility", IsEnabledHttpInFacility));
+    const auto group = [&](const QByteArray& port) {
+        return element("Http", element("Log", element("QueueSize", QueueSize) + applicationLog) +
+                                   element("Port", port) +
+                                   element("MaxUserSession", MaxUserSession) +
+                                   element("MaxTCPConnection", MaxTCPConnection) +
+                                   element("ConnectionTimeout", ConnectionTimeout) +
+                                   element("HTTPRequestTimeout", HTTPRequestTimeout) +
+                                   element("ThreadReadBufferSize", ThreadReadBufferSize) +
+                                   element("IsMadeClientRequestWaited", IsMadeClientRequestWaited) +
+                                   element("MaxLargeFileRequest", MaxLargeFileRequest) +
+                                   element("HttpsEnabled", HttpsEnabled)) +
+               element("Proxy", element("IsEnabledHttpInFacility", IsEnabledHttpInFacility));
+    };
+    const QByteArray secondaryPort = SecondaryPort.isEmpty() ? Port : SecondaryPort;
     const QByteArray connect =
         element("GatewayConnectSetting", element("GatewayAddress", GatewayAddress));
-    return element(
-        "QuorinGatewaySetting",
-        element("PrimaryGatewaySetting", group) + element("SecondaryGatewaySetting", group) +
-            element("General", connect + connect + element("OrganizationId", OrganizationId) +
-                                   element("QuorinCloud", element("RootUrl", RootUrl))));
+    return element("QuorinGatewaySetting",
+                   element("PrimaryGatewaySetting", group(Port)) +
+                       element("SecondaryGatewaySetting", group(secondaryPort)) +
+                       element("General", connect + connect +
+                                              element("OrganizationId", OrganizationId) +
+                                              element("QuorinCloud", element("RootUrl", RootUrl))));
 }
 
 } // namespace quorin::test

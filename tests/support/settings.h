@@ -10,7 +10,8 @@ struct Settings {
     QByteArray QueueSize = "64";
     QByteArray LogLevel = "debug";
     QByteArray Generation = "2";
-    QByteArray Port = "0"; // Site::writeSettings() chooses a free port
+    QByteArray Port = "0";    // Site::writeSettings() chooses a free port
+    QByteArray SecondaryPort; // of the secondary group; if empty, Port
     QByteArray MaxUserSession = "10";
     QByteArray MaxTCPConnection = "100";
     QByteArray ConnectionTimeout = "30";
@@ -24,7 +25,8 @@ struct Settings {
     QByteArray OrganizationId = "facility-7";
     QByteArray RootUrl = "https://cloud.example/QuorinCloud5";
 
-    // Returns the settings file. The primary and the secondary group have the same settings.
+    // Returns the settings file. Apart from the port, the primary and the secondary group have the
+    // same settings.
     [[nodiscard]] QByteArray toXml() const;
 };
 
