@@ -15,7 +15,7 @@ QByteArray element(const char* name, const QByteArray& content) {
 QByteArray Settings::toXml() const {
     const QByteArray applicationLog = element(
         "ApplicationLog", element("LogLevel", LogLevel) + element("Generation", Generation));
-    const auto group = [&](const QByteArray& port) {
+    const auto group = [&](const QByteArray& port) -> QByteArray {
         return element("Http", element("Log", element("QueueSize", QueueSize) + applicationLog) +
                                    element("Port", port) +
                                    element("MaxUserSession", MaxUserSession) +
