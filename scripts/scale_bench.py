@@ -199,9 +199,9 @@ def measure_clients(site, arguments):
              f"`quit` follows as soon as the clients have disconnected. Cells are gateway / nginx; "
              "growth is that of the gateway's memory per client.", ""]
     return lines + table(header, rows, lambda figures: figures[1]) + [
-        "", "The kernel buffers about 2 MiB for each of these clients. With 1,000 of them, this can "
-        "fill its memory for TCP buffers (`net.ipv4.tcp_mem`); then it drops packets, and they are "
-        "sent again seconds later."]
+        "", "The kernel buffers about 2 MiB for each of these clients. With 1,000 of them, this "
+        "can exhaust the memory for TCP buffers (`net.ipv4.tcp_mem`); the kernel then drops "
+        "packets, which are retransmitted seconds later."]
 
 
 # Requests per second
@@ -247,10 +247,10 @@ def measure_requests(site, arguments):
         print(" ".join(rows[-1][1]), flush=True)
     lines = ["Files of 1 KiB over plain TCP, a new connection for each request. The gateway "
              f"notices a connection to an idle queue after at most {1000 * POLL:.0f} ms, which "
-             "bounds the rate of clients that wait for their replies. It exceeds the bound if clients "
-             "connect again while the queue is still being emptied, and stays below it where servers "
-             "and clients use all processors. Growth is that of the gateway's processor time per "
-             "request.", ""]
+             "bounds the rate of clients that wait for their replies. The rate exceeds this bound "
+             "if clients connect again while the queue is still being emptied, and stays below it "
+             "if servers and clients use all processors. Growth is that of the gateway's processor "
+             "time per request.", ""]
     return lines + table(["Clients", "Bound, requests/s", "Gateway", "Gateway / bound", "nginx",
                           "Processor time per request, ms, gateway / nginx"],
                          rows, lambda figures: figures[1])
@@ -289,7 +289,7 @@ def measure_files(site, arguments):
     for size, count in FILES.items():
         name = f"sparse-{size}"
         create_sparse(site.files / name, size)
-        # Files that fit into memory are then in memory; for longer ones, the memory is in use.
+        # Fills the page cache, so that neither server has to allocate its pages.
         read_through(site.files / name)
         rounds = {"gateway": [], "nginx": []}
         for _ in range(arguments.rounds if size < LONG else 1):

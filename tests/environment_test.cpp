@@ -1,4 +1,4 @@
-// What `quorin-gateway` reports if something is missing that is not part of its settings.
+// What `quorin-gateway` reports if a library, the TLS backend or disk space is missing.
 
 #include "support/lifecycle_fixture.h"
 
@@ -18,10 +18,7 @@ using testing::HasSubstr;
 
 class EnvironmentTest : public LifecycleTest {
 protected:
-    // Copies the program to a folder of its own.
-    EnvironmentTest() { EXPECT_TRUE(QFile::copy(gatewayProgram(), program_)); }
-
-    // Starts the copy and waits until it ends. Returns its exit code.
+    // Starts program_ and waits until it ends. Returns its exit code.
     std::optional<int> runProgram(const QString& command, const QStringList& prefix = {}) {
         const QStringList line =
             prefix + QStringList{program_, command, site_.settingsPath(), u"primary"_s};
@@ -31,7 +28,7 @@ protected:
 
     std::string output() { return gateway_.output().toStdString(); }
 
-    QString program_ = QFileInfo(site_.settingsPath()).path() + u"/quorin-gateway";
+    const QString program_ = copyProgram();
 };
 
 TEST_F(EnvironmentTest, RunNeedsGatewayLibrary) {
@@ -65,7 +62,7 @@ TEST_F(EnvironmentTest, CheckReportsMissingTlsBackend) {
 
 TEST_F(EnvironmentTest, CheckReportsFullDisk) {
     ASSERT_TRUE(QDir().mkpath(site_.logFolder()));
-    // A small disk that only this process and its children see.
+    // Mounts a disk of 1 MiB that only this process and its children see.
     const QStringList prefix{u"unshare"_s,
                              u"--mount"_s,
                              u"sh"_s,

@@ -5,7 +5,6 @@
 #include "support/lifecycle_fixture.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -86,10 +85,8 @@ TEST_F(JournalTest, ReceivesMissingCertificate) {
 }
 
 TEST_F(JournalTest, ReceivesReasonOfMissingLibrary) {
-    const QString program = QFileInfo(site_.settingsPath()).path() + u"/quorin-gateway";
-    ASSERT_TRUE(QFile::copy(gatewayProgram(), program));
     gateway_.setEnvironment(u"LD_LIBRARY_PATH"_s, QString());
-    startUnit(program);
+    startUnit(copyProgram());
     EXPECT_EQ(gateway_.waitForExit(), 1);
     EXPECT_THAT(gateway_.errorOutput().toStdString(),
                 testing::HasSubstr("<3>The gateway did not start (exit code 1): cannot load the "

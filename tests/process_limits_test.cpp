@@ -22,8 +22,8 @@ namespace {
 
 class DescriptorLimitTest : public FaultTest {
 protected:
-    // Allows the gateway no further descriptors, or 256. poll() requires that the limit is at least
-    // the number of descriptors that an event loop polls.
+    // Sets the limit so that the gateway cannot open another descriptor, but no lower: poll() fails
+    // if the limit is lower than the number of descriptors that it polls.
     void forbidDescriptors() const {
         const QString folder = u"/proc/%1/fd/"_s.arg(gateway_.processId());
         int free = 0;
@@ -54,7 +54,7 @@ TEST_F(DescriptorLimitTest, ServesConnectionsBeyondDescriptorLimit) {
     EXPECT_EQ(gateway_.errorOutput(), "");
 }
 
-// The gateway accepts all connections that wait in the system in one pass of its event loop.
+// In one pass of its event loop, the gateway would accept all connections that wait in the system.
 TEST_F(DescriptorLimitTest, LeavesDescriptorsInBurst) {
     constexpr int kLimit = 64;
     startWithLimit(u"--nofile=64:64"_s, {});

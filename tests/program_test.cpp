@@ -321,11 +321,10 @@ TEST_F(StopCommandTest, ReportsDeniedAccess) {
 
     // The other user can reach the pipe's file and the program: only the file's mode is left to
     // deny access.
-    const QString folder = QFileInfo(site_.settingsPath()).path();
-    const QString program = folder + u"/quorin-gateway";
+    const QString program = copyProgram();
+    const QString folder = QFileInfo(program).path();
     const QFile::Permissions everyone =
         QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
-    ASSERT_TRUE(QFile::copy(gatewayProgram(), program));
     for (const QString& path : {folder, site_.temporaryPath(), program}) {
         ASSERT_TRUE(QFile::setPermissions(path, everyone));
     }

@@ -217,7 +217,7 @@ TEST_F(ResourcesTest, ReleasesDroppedConnections) {
     EXPECT_EQ(gateway_.stop(), 0);
 }
 
-// A thread that the pool started later could lack memory.
+// Starting a thread again later could fail for lack of memory.
 TEST_F(ResourcesTest, KeepsIdleThreads) {
     startGateway();
     startThreads(8);

@@ -184,7 +184,7 @@ TEST(ArenaAllocatorTest, WorksWithStandardContainers) {
     EXPECT_EQ(heap.liveBlocks(), 0);
 }
 
-// Containers exchange their blocks when they are moved or swapped, as all blocks are freed alike.
+// Each allocator can free the blocks of any other, so containers may swap their blocks.
 TEST(ArenaAllocatorTest, IsEqualToAnyOther) {
     EXPECT_EQ(ArenaAllocator<char>(), ArenaAllocator<char>());
 }

@@ -173,8 +173,8 @@ TEST_F(WorkerTest, ServesAfterServerIsGone) {
     thread.join();
 }
 
-// For tests of a logging library that throws std::bad_alloc. Qt does not let exceptions pass
-// through its event loop.
+// For tests with a logging library that throws std::bad_alloc. Exceptions must not propagate
+// through Qt's event loop.
 class ThrowingLogTest : public WorkerTest {
 protected:
     ThrowingLogTest() { GatewaySettings::instance().ConnectionTimeout = 0; }

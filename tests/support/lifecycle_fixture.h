@@ -4,6 +4,9 @@
 #include "support/serving_test.h"
 #include "support/site.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 #include <gtest/gtest.h>
 
 namespace quorin::test {
@@ -26,6 +29,15 @@ protected:
     // Returns the gateway's arguments as the log shows them.
     [[nodiscard]] QString arguments(const QString& group = QStringLiteral("primary")) const {
         return site_.settingsPath() + u' ' + group;
+    }
+
+    // Copies quorin-gateway to the folder of the settings file, which contains no libraries.
+    // Returns the path of the copy. For Linux.
+    [[nodiscard]] QString copyProgram() const {
+        const QString copy =
+            QFileInfo(site_.settingsPath()).path() + QStringLiteral("/quorin-gateway");
+        EXPECT_TRUE(QFile::copy(gatewayProgram(), copy));
+        return copy;
     }
 
     [[nodiscard]] bool isListening() const { return Client(site_.port()).isConnected(); }

@@ -43,24 +43,26 @@ TEST_F(PipeObstacleTest, IsMissingFolderIfRootIsProtected) {
                                          u"the temporary folder does not exist"_s);
 }
 
-// A child process, as no other account can become root again.
+// Runs in child processes: a process that has changed to an unprivileged account cannot change
+// back.
 TEST_F(PipeObstacleTest, IsProtectedFolder) {
-    constexpr uid_t nobody = 65534;
+    constexpr uid_t kUnprivilegedUser = 65534;
     if (getuid() != 0) {
-        GTEST_SKIP() << "only root can become another account";
+        GTEST_SKIP() << "only root can change to another account";
     }
-    const auto isObstacle = [this](const QString& folder, const QString& obstacle) {
+    const auto reportsObstacle = [this](const QString& folder, const QString& obstacle) {
         setTemporaryFolder(folder);
-        return setuid(nobody) == 0 && obstacleToControlPipe(pipe_) == obstacle;
+        return setuid(kUnprivilegedUser) == 0 && obstacleToControlPipe(pipe_) == obstacle;
     };
     const QString reason = u"this account may not create files in "_s;
-    EXPECT_EXIT(_exit(isObstacle(folder_.path(), reason + folder_.path() + u'/') ? 0 : 1),
+    EXPECT_EXIT(_exit(reportsObstacle(folder_.path(), reason + folder_.path() + u'/') ? 0 : 1),
                 testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(_exit(isObstacle(folder_.path() + u"-missing",
-                                 reason + u"/, used because the temporary folder does not exist")
-                          ? 0
-                          : 1),
-                testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        _exit(reportsObstacle(folder_.path() + u"-missing",
+                              reason + u"/, used because the temporary folder does not exist")
+                  ? 0
+                  : 1),
+        testing::ExitedWithCode(0), "");
 }
 
 TEST_F(PipeObstacleTest, IsFolderOfThatName) {
