@@ -50,10 +50,10 @@ GatewayEvents::GatewayEvents(platform::EventLog log, const GatewayArguments& arg
 
 void GatewayEvents::onStarted() {
     log_.report(platform::EventKind::Started, u"The gateway has started. "_s + settings_);
-    checkCertificate();
     auto* const timer = new QTimer(QCoreApplication::instance()); // which owns it
     QObject::connect(timer, &QTimer::timeout, timer, [this] { checkCertificate(); });
     timer->start(std::chrono::hours(24));
+    checkCertificate();
 }
 
 void GatewayEvents::onStopped() {

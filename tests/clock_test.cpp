@@ -2,6 +2,7 @@
 
 #include "support/client.h"
 #include "support/deadline.h"
+#include "support/gateway_clock.h"
 #include "support/paused_download.h"
 #include "support/serving_test.h"
 #include "support/system.h"
@@ -15,6 +16,7 @@
 #include <chrono>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace quorin::test {
 namespace {
@@ -24,11 +26,8 @@ constexpr std::chrono::seconds kConnectionTimeout{2};
 class ClockTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (!kOnWindows && !QFile::exists(fakeTime_)) {
-            GTEST_SKIP() << "libfaketime is not installed";
-        }
-        if (QUORIN_IS_SANITIZED) {
-            GTEST_SKIP() << "libfaketime and the sanitizers both have to be loaded first";
+        if (const QString obstacle = GatewayClock::obstacle(); !obstacle.isEmpty()) {
+            GTEST_SKIP() << obstacle.toStdString();
         }
         site_.writeFile(u"fwfiles/a"_s, large_);
         site_.writeFile(u"fwfiles/small"_s, small_);
@@ -39,41 +38,26 @@ protected:
     }
 
     void start(Gateway& gateway) {
-        setClock("+0");
-        if (kOnWindows) {
-            gateway.setEnvironment(u"QUORIN_TEST_CLOCK"_s, clockFile_); // read by the test host
-            gateway.start();
-        } else {
-            gateway.setEnvironment(u"FAKETIME_TIMESTAMP_FILE"_s, clockFile_);
-            gateway.setEnvironment(u"FAKETIME_NO_CACHE"_s, u"1"_s);
-            gateway.setEnvironment(u"FAKETIME_DONT_FAKE_MONOTONIC"_s, u"1"_s);
-            gateway.startUnder({u"env"_s, u"LD_PRELOAD="_s + fakeTime_});
-        }
+        clock_.set(0s);
+        clock_.attachTo(gateway);
+        gateway.start();
         ASSERT_EQ(requestSmallFile(), streamedReply(small_));
-    }
-
-    // Sets the gateway's clock to the machine's time plus `offset`, in seconds.
-    void setClock(const QByteArray& offset) const {
-        QFile file(clockFile_);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(offset);
     }
 
     QByteArray requestSmallFile() const { return exchange(site_.port(), get("/fwfiles/small")); }
 
-    const QString fakeTime_ = QStringLiteral(QUORIN_FAKETIME);
     const QByteArray large_ = QByteArray(kLargeSize, 'x');
     const QByteArray small_ = "content";
     Site site_;
-    const QString clockFile_ = site_.temporaryPath() + u"/clock"_s;
+    const GatewayClock clock_{site_};
     Gateway gateway_{site_};
 };
 
 TEST_F(ClockTest, ServesDownloadsAfterClockChange) {
-    for (const QByteArray offset : {"-86400", "+86400"}) {
-        setClock("+0");
+    for (const auto offset : {-24h, 24h}) {
+        clock_.set(0s);
         const auto client = startDownload(site_.port(), "/fwfiles/a", kLargeSize);
-        setClock(offset);
+        clock_.set(offset);
         EXPECT_EQ(requestSmallFile(), streamedReply(small_));
         EXPECT_EQ(client->readToEnd(), large_);
     }
@@ -83,13 +67,13 @@ TEST_F(ClockTest, ServesDownloadsAfterClockChange) {
 
 TEST_F(ClockTest, KeepsConnectionTimeoutAfterClockChange) {
     int connections = 1; // start() made one
-    for (const QByteArray offset : {"-86400", "+86400"}) {
-        setClock("+0");
+    for (const auto offset : {-24h, 24h}) {
+        clock_.set(0s);
         QElapsedTimer timer;
         timer.start();
         Client silent(site_.port());
         ASSERT_TRUE(site_.waitUntilLogged(kRunStarts, ++connections));
-        setClock(offset);
+        clock_.set(offset);
         EXPECT_EQ(silent.readToEnd(), "");
         EXPECT_GE(timer.elapsed(), earliestExpiry(kConnectionTimeout).count());
         ASSERT_TRUE(site_.waitUntilLogged(kRunEnds, connections));
@@ -108,7 +92,7 @@ TEST_F(ClockTest, LogsAfterClockIsSetBack) {
     Gateway gateway(site_, LogLibrary::Bundled);
     EXPECT_EQ(gateway_.stop(), 0);
     start(gateway);
-    setClock("-86400");
+    clock_.set(-24h);
     EXPECT_EQ(requestSmallFile(), streamedReply(small_));
     EXPECT_EQ(gateway.stop(), 0);
     EXPECT_EQ(gateway.errorOutput(), "");

@@ -2,6 +2,7 @@
 
 #include "support/certificate_store.h"
 #include "support/deadline.h"
+#include "support/gateway_clock.h"
 #include "support/lifecycle_fixture.h"
 
 #include <QFile>
@@ -9,9 +10,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace quorin::test {
 namespace {
@@ -113,6 +116,32 @@ TEST_F(JournalTest, IsSilentWithoutJournal) {
     failing.startProgram(runArguments());
     EXPECT_EQ(failing.waitForExit(), 1);
     EXPECT_EQ(failing.errorOutput(), "");
+}
+
+TEST_F(JournalTest, ReceivesEndOfCertificateEveryDay) {
+    if (const QString obstacle = GatewayClock::obstacle(); !obstacle.isEmpty()) {
+        GTEST_SKIP() << obstacle.toStdString();
+    }
+    const GatewayClock clock(site_);
+    clock.attachTo(gateway_, ClockEffect::TimeOfDayAndTimers);
+    installCertificate(site_, "localhost"); // valid for an hour
+    Settings settings;
+    settings.HttpsEnabled = "true";
+    site_.writeSettings(settings);
+    startUnit();
+    QByteArray events;
+    const auto receives = [this, &events](const QByteArray& text) {
+        return waitUntil([this, &events, &text] {
+            events += gateway_.errorOutput();
+            return events.contains(text);
+        });
+    };
+    ASSERT_TRUE(receives("<4>The certificate for localhost expires at "));
+    clock.set(24h);
+    EXPECT_TRUE(isListening()); // wakes the event loop, which checks its timers
+    EXPECT_TRUE(receives("<4>The certificate for localhost expired at ")) << events.toStdString();
+    EXPECT_EQ(gateway_.stop(), 0);
+    EXPECT_EQ(gateway_.errorOutput(), "<6>The gateway has stopped.\n");
 }
 
 // Services are for Windows.

@@ -67,6 +67,18 @@ TEST_F(StatusCommandTest, DescribesRunningGateway) {
     EXPECT_EQ(status(), 3);
 }
 
+// A gateway that is about to start writes its own description.
+TEST_F(StatusCommandTest, DoesNotDescribeStoppingGateway) {
+    gateway_.setEnvironment(u"QUORIN_STUB_BLOCKS"_s, u"Server End"_s);
+    startServing();
+    gateway_.command("quit");
+    ASSERT_TRUE(site_.waitUntilLogged(endLine(arguments(), u"Success"_s)));
+    EXPECT_EQ(status(), 0);
+    EXPECT_TRUE(output_.startsWith(u"running; its settings are not known"_s))
+        << output_.toStdString();
+    gateway_.kill();
+}
+
 TEST_F(StatusCommandTest, DoesNotUseControlPipe) {
     startServing();
     QLocalSocket controller; // holds the pipe

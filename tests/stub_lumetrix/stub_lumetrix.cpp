@@ -2,13 +2,15 @@
 // QUORIN_STUB_LOG, one line per call: the function name and the arguments, separated by tabs. Tabs,
 // line feeds and backslashes in an argument are escaped with a backslash. If the variable is not
 // set, nothing is recorded. lumetrix_log() throws std::bad_alloc if the message contains the text
-// in the environment variable QUORIN_STUB_THROWS.
+// in the environment variable QUORIN_STUB_THROWS. It records a message that contains the text in
+// QUORIN_STUB_BLOCKS, but does not return.
 //
 // QUORIN_STUB_WITHOUT_LOG and QUORIN_STUB_WITHOUT_SET_UP omit functions, to test against an
 // incomplete library.
 
 #include <QtGlobal>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -16,10 +18,17 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <thread>
 
 namespace {
 
 const char* const kHandle = "the stub's logger";
+
+// Returns true if `message` contains the text in the environment variable `name`.
+[[maybe_unused]] bool isSelectedBy(const char* name, const char* message) {
+    const char* const text = std::getenv(name);
+    return text != nullptr && std::strstr(message, text) != nullptr;
+}
 
 std::string escaped(const char* text) {
     std::string result;
@@ -91,11 +100,13 @@ Q_DECL_EXPORT void lumetrix_release(void* handle) {
 #ifndef QUORIN_STUB_WITHOUT_LOG
 Q_DECL_EXPORT void lumetrix_log(void* handle, const char* name, std::int32_t level,
                                 const char* message) {
-    const char* const thrown = std::getenv("QUORIN_STUB_THROWS");
-    if (thrown != nullptr && std::strstr(message, thrown) != nullptr) {
+    if (isSelectedBy("QUORIN_STUB_THROWS", message)) {
         throw std::bad_alloc();
     }
     record("log", handle, name, level, message);
+    while (isSelectedBy("QUORIN_STUB_BLOCKS", message)) {
+        std::this_thread::sleep_for(std::chrono::hours(1));
+    }
 }
 #endif
 

@@ -140,10 +140,12 @@ std::optional<int> Gateway::waitForExit() {
 }
 
 QByteArray Gateway::errorOutput() {
+    process_.waitForReadyRead(0); // without an event loop, nothing else reads
     return asText(process_.readAllStandardError());
 }
 
 QByteArray Gateway::output() {
+    process_.waitForReadyRead(0);
     return asText(process_.readAllStandardOutput());
 }
 
