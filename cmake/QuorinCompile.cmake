@@ -37,6 +37,9 @@ else()
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
     $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
     -fstack-protector-strong)
+  # libstdc++ ends the process if a precondition is violated, such as reading an empty
+  # std::optional.
+  target_compile_definitions(quorin_compile INTERFACE _GLIBCXX_ASSERTIONS)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # These versions report false overlaps in std::string when they optimize.
     target_compile_options(quorin_compile INTERFACE -Wno-restrict)
