@@ -92,8 +92,13 @@ TEST_F(ClockTest, LogsAfterClockIsSetBack) {
     Gateway gateway(site_, LogLibrary::Bundled);
     EXPECT_EQ(gateway_.stop(), 0);
     start(gateway);
+    const auto yesterday = []() -> QByteArray {
+        return "_dt:" + QDate::currentDate().addDays(-1).toString(u"yyyyMMdd").toLatin1();
+    };
+    const QByteArray before = yesterday();
     clock_.set(-24h);
     EXPECT_EQ(requestSmallFile(), streamedReply(small_));
+    const QByteArray after = yesterday();
     EXPECT_EQ(gateway.stop(), 0);
     EXPECT_EQ(gateway.errorOutput(), "");
     const QDir folder(site_.logFolder());
@@ -105,9 +110,7 @@ TEST_F(ClockTest, LogsAfterClockIsSetBack) {
     }
     EXPECT_EQ(text.count("GET fwfiles/small"), 2);
     EXPECT_EQ(text.count("quit command recieved"), 1);
-    const QByteArray yesterday =
-        "_dt:" + QDate::currentDate().addDays(-1).toString(u"yyyyMMdd").toLatin1();
-    EXPECT_TRUE(text.contains(yesterday)) << "the clock must have been set";
+    EXPECT_TRUE(text.contains(before) || text.contains(after)) << "the clock must have been set";
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -23,6 +24,7 @@ namespace quorin::check {
 namespace {
 
 constexpr qint64 kDaysToRenew = 30;
+constexpr qint64 kSecondsOfDay = std::chrono::seconds(std::chrono::days(1)).count();
 
 // A certificate, its key, and why the search for it rejected others.
 struct SearchResult {
@@ -90,7 +92,8 @@ Finding describeCertificate(const QString& name, const QSslCertificate& certific
 void checkFoundCertificate(const QString& name, const SearchResult& result, const QDateTime& now,
                            Findings& findings) {
     const QSslCertificate& certificate = result.found.certificate;
-    const qint64 daysLeft = now.daysTo(certificate.expiryDate());
+    // Complete days; QDateTime::daysTo() would count midnights.
+    const qint64 daysLeft = now.secsTo(certificate.expiryDate()) / kSecondsOfDay;
     Finding finding = describeCertificate(name, certificate, daysLeft);
     findings.push_back(finding);
     if (result.found.privateKey.isNull()) {

@@ -41,11 +41,13 @@ protected:
         file.write(pem);
     }
 
+    // The certificate is valid for this number of complete days and most of another one.
     static test::CertificateFields fieldsForDays(int days) {
         test::CertificateFields fields;
         fields.alternativeNames = "DNS:gateway.example";
         fields.serialNumber = "0AB1";
-        fields.notAfter += std::chrono::hours(24 * days);
+        fields.notAfter = test::CertificateFields::currentSecond() + std::chrono::days(days + 1) -
+                          std::chrono::minutes(1);
         return fields;
     }
 
