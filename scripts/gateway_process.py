@@ -3,6 +3,7 @@ scripts/soak, scripts/test-two-gateways and the tests in tests/clients."""
 
 import os
 import pathlib
+import random
 import re
 import shutil
 import signal
@@ -45,10 +46,24 @@ def build(preset):
     return folder / "bin/quorin-gateway"
 
 
+_claims = []  # UDP sockets on the ports that free_port() has returned
+
+
 def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+    """Returns a port that is not in use. Other tests are not given it before this process ends
+    (tests/support/free_port.h)."""
+    while True:
+        port = random.randrange(15000, 32000)  # below the ephemeral ports
+        claim = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        try:
+            claim.bind(("127.0.0.1", port))
+            with socket.socket() as probe:
+                probe.bind(("", port))
+        except OSError:
+            claim.close()
+            continue
+        _claims.append(claim)
+        return port
 
 
 class Site:

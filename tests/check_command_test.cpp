@@ -5,6 +5,7 @@
 #include "platform/shared_library.h"
 #include "support/certificate_store.h"
 #include "support/deadline.h"
+#include "support/free_port.h"
 #include "support/lifecycle_fixture.h"
 #include "support/permissions.h"
 #include "support/settings_samples.h"
@@ -289,9 +290,9 @@ protected:
 
     // Compares the check with the start, for both groups.
     void compare(const SettingsSample& sample) {
-        const QByteArray port = QByteArray::number(freePort());
+        const FreePort port;
         QByteArray content = sample.content;
-        const QByteArray replacement = '>' + port + '<';
+        const QByteArray replacement = '>' + port.text() + '<';
         content.replace(">8080<", replacement).replace(">8081<", replacement);
         QFile file(site_.settingsPath());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));

@@ -2,6 +2,7 @@
 
 #include "support/client.h"
 #include "support/deadline.h"
+#include "support/free_port.h"
 #include "support/lifecycle_fixture.h"
 
 #include <QDir>
@@ -111,8 +112,10 @@ TEST_F(LifecycleTest, ReadsBackslashesInPathAsSlashes) {
 
 TEST_F(LifecycleTest, ReadsSettingsOfGroup) {
     Settings settings;
-    settings.Port = QByteArray::number(freePort());
-    settings.SecondaryPort = QByteArray::number(freePort());
+    const FreePort primary;
+    const FreePort secondary;
+    settings.Port = primary.text();
+    settings.SecondaryPort = secondary.text();
     site_.writeSettings(settings);
     for (const auto& [group, port] : {std::pair{u"primary"_s, settings.Port},
                                       std::pair{u"secondary"_s, settings.SecondaryPort}}) {
@@ -125,11 +128,11 @@ TEST_F(LifecycleTest, ReadsSettingsOfGroup) {
 }
 
 TEST_F(LifecycleTest, ReducesPortModulo65536) {
-    const quint16 port = freePort();
+    const FreePort port;
     Settings settings;
-    settings.Port = QByteArray::number(65536 + port);
+    settings.Port = QByteArray::number(65536 + port.number());
     startGateway(settings);
-    EXPECT_EQ(exchange(port, get("/fwfiles/none")), kReply404 + kReply500);
+    EXPECT_EQ(exchange(port.number(), get("/fwfiles/none")), kReply404 + kReply500);
     EXPECT_EQ(gateway_.stop(), 0);
 }
 

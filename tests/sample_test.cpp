@@ -1,6 +1,7 @@
 // The sample settings and the sample data that ship with the gateway.
 
 #include "support/client.h"
+#include "support/free_port.h"
 #include "support/gateway.h"
 #include "support/messages.h"
 #include "support/site.h"
@@ -27,8 +28,7 @@ protected:
     void startGateway() {
         QByteArray settings = sample(u"settings.xml"_s);
         ASSERT_TRUE(settings.contains("<Port>8080</Port>"));
-        settings.replace("<Port>8080</Port>",
-                         QByteArray("<Port>" + QByteArray::number(port_) + "</Port>"));
+        settings.replace("<Port>8080</Port>", QByteArray("<Port>" + port_.text() + "</Port>"));
         QFile file(site_.settingsPath());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(settings);
@@ -36,9 +36,9 @@ protected:
         gateway_.startWith({site_.settingsPath(), QString::fromLatin1(GetParam())});
     }
 
-    QByteArray send(const QByteArray& request) const { return exchange(port_, request); }
+    QByteArray send(const QByteArray& request) const { return exchange(port_.number(), request); }
 
-    const quint16 port_ = freePort();
+    const FreePort port_;
     Site site_;
     Gateway gateway_{site_};
 };

@@ -5,6 +5,7 @@
 #include "platform/windows/handle.h"
 #include "support/client.h"
 #include "support/deadline.h"
+#include "support/free_port.h"
 #include "support/messages.h"
 #include "support/paused_download.h"
 #include "support/settings.h"
@@ -98,8 +99,8 @@ protected:
 
     void writeSettings() {
         Settings settings;
-        port_ = freePort();
-        settings.Port = QByteArray::number(port_);
+        port_.emplace();
+        settings.Port = port_->text();
         store(folder_.filePath(settingsName_), settings.toXml());
     }
 
@@ -145,7 +146,7 @@ protected:
     const QString product_ = top_ + u"/Quorin5";
     const QTemporaryDir folder_{QDir::tempPath() + u"/quorin service XXXXXX"};
     const QString settingsName_ = u"settings größer.xml"_s;
-    quint16 port_ = 0;
+    std::optional<FreePort> port_;
     std::string output_; // of run()
     std::string errors_;
 };
@@ -159,7 +160,7 @@ TEST_F(ServiceTest, ServesAndStops) {
     store(product_ + u"/QuorinGatewayHttp/wwwroot/fwfiles/file.bin", "content");
     start();
     ASSERT_TRUE(waitFor(SERVICE_RUNNING)) << log();
-    EXPECT_EQ(exchange(port_, get("/fwfiles/file.bin")), streamedReply("content"));
+    EXPECT_EQ(exchange(port_->number(), get("/fwfiles/file.bin")), streamedReply("content"));
     requestStop();
     ASSERT_TRUE(waitFor(SERVICE_STOPPED));
     EXPECT_EQ(status().dwWin32ExitCode, DWORD{NO_ERROR});
@@ -307,7 +308,7 @@ TEST_F(ServiceTest, SecondGatewayReportsExitCode) {
     QProcess first;
     first.start(QStringLiteral(QUORIN_PROGRAM),
                 {u"run"_s, folder_.filePath(settingsName_), u"primary"_s});
-    ASSERT_TRUE(Client(port_).isConnected());
+    ASSERT_TRUE(Client(port_->number()).isConnected());
     start();
     ASSERT_TRUE(waitFor(SERVICE_STOPPED));
     EXPECT_EQ(status().dwWin32ExitCode, DWORD{ERROR_SERVICE_SPECIFIC_ERROR});
@@ -323,7 +324,7 @@ TEST_F(ServiceTest, StopFinishesDownload) {
     store(product_ + u"/QuorinGatewayHttp/wwwroot/fwfiles/large.bin", content);
     start();
     ASSERT_TRUE(waitFor(SERVICE_RUNNING)) << log();
-    const auto client = startDownload(port_, "/fwfiles/large.bin", kLargeSize);
+    const auto client = startDownload(port_->number(), "/fwfiles/large.bin", kLargeSize);
     requestStop();
     // The client does not read: the service cannot stop before it has shown progress.
     EXPECT_TRUE(waitUntil([this] { return status().dwCheckPoint >= 3; }));

@@ -2,6 +2,7 @@
 
 #include "platform/control_pipe.h"
 #include "support/deadline.h"
+#include "support/free_port.h"
 #include "support/lifecycle_fixture.h"
 #include "support/system.h"
 
@@ -48,7 +49,8 @@ TEST_F(StatusCommandTest, ReportsMissingGateway) {
 
 TEST_F(StatusCommandTest, DescribesRunningGateway) {
     Settings settings;
-    settings.SecondaryPort = QByteArray::number(freePort());
+    const FreePort port;
+    settings.SecondaryPort = port.text();
     site_.writeSettings(settings);
     const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
     startServing(u"secondary"_s);

@@ -3,9 +3,9 @@
 #include "check/finding_codes.h"
 #include "check/settings_record.h"
 #include "platform/control_pipe.h"
+#include "support/free_port.h"
 #include "support/print.h"
 #include "support/settings.h"
-#include "support/site.h"
 #include "support/system.h"
 
 #include <QDir>
@@ -42,7 +42,8 @@ protected:
         return {status};
     }
 
-    quint16 port_ = test::freePort();
+    const test::FreePort claim_;
+    const quint16 port_ = claim_.number();
 };
 
 TEST_F(PortCheckTest, AcceptsFreePort) {

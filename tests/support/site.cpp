@@ -10,8 +10,6 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
-#include <QTcpServer>
 
 #include <gtest/gtest.h>
 
@@ -50,17 +48,6 @@ void claimMachine(const QString& productFolder) {
 
 } // namespace
 
-quint16 freePort() {
-    // Below the ephemeral ports, so that no other process is given the port in the meantime.
-    for (;;) {
-        const auto port = quint16(QRandomGenerator::global()->bounded(15000, 32000));
-        QTcpServer probe;
-        if (probe.listen(QHostAddress::AnyIPv4, port)) {
-            return port;
-        }
-    }
-}
-
 Site::Site() {
     if (kOnWindows && siteCount++ == 0) {
         claimMachine(appDataPath(platform::kProductFolder.toString()));
@@ -79,8 +66,8 @@ Site::~Site() {
 
 void Site::writeSettings(Settings settings) {
     if (settings.Port == "0") {
-        port_ = freePort();
-        settings.Port = QByteArray::number(port_);
+        port_.emplace();
+        settings.Port = port_->text();
     }
     store(settingsPath(), settings.toXml());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/free_port.h"
 #include "support/print.h"
 #include "support/settings.h"
 #include "support/stub_record.h"
@@ -10,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -32,8 +34,8 @@ public:
     void writeSettings(Settings settings = {});
 
     [[nodiscard]] QString settingsPath() const { return path(QStringLiteral("settings.xml")); }
-    // Returns the port that writeSettings() chose.
-    [[nodiscard]] quint16 port() const noexcept { return port_; }
+    // Returns the port that writeSettings() chose, or 0.
+    [[nodiscard]] quint16 port() const noexcept { return port_ ? port_->number() : quint16{0}; }
 
     // The common application data folder of this site's gateways, and a path below it.
     [[nodiscard]] QString appDataFolder() const;
@@ -72,14 +74,11 @@ private:
 
     QTemporaryDir folder_;
     std::vector<std::shared_ptr<void>> resources_;
-    quint16 port_ = 0;
+    std::optional<FreePort> port_;
 };
 
 // The name of a file in the machine's product folder that marks the folder as used by tests: tests
 // may remove it.
 inline constexpr QStringView kClaim = u"/claimed-by-tests";
-
-// Returns a port that is not in use.
-[[nodiscard]] quint16 freePort();
 
 } // namespace quorin::test

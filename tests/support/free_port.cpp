@@ -1,0 +1,18 @@
+#include "support/free_port.h"
+
+#include <QRandomGenerator>
+#include <QTcpServer>
+
+namespace quorin::test {
+
+FreePort::FreePort() {
+    QTcpServer probe;
+    do {
+        claim_ = std::make_unique<QUdpSocket>();
+        // Below the ephemeral ports, so that no connection is given the port in the meantime.
+        number_ = quint16(QRandomGenerator::global()->bounded(15000, 32000));
+    } while (!claim_->bind(QHostAddress::LocalHost, number_, QUdpSocket::DontShareAddress) ||
+             !probe.listen(QHostAddress::AnyIPv4, number_));
+}
+
+} // namespace quorin::test
