@@ -18,6 +18,7 @@
 
 #include <QCoreApplication>
 #include <QLocalSocket>
+#include <QNetworkProxy>
 #include <QThreadPool>
 #include <QVariant>
 
@@ -58,6 +59,8 @@ TcpServer::TcpServer(QCoreApplication* application, const QString& documentRoot)
     queueWatcher_->start(QThread::InheritPriority);
     openControlPipe();
 
+    // Otherwise Qt searches for a proxy, and listens through a SOCKS proxy that the system names.
+    setProxy(QNetworkProxy::NoProxy);
     setListenBacklogSize(platform::longestListenBacklog());
     connect(this, &QTcpServer::acceptError, this, &TcpServer::recoverFromAcceptError);
     admissionTimer_.setInterval(std::chrono::duration_cast<std::chrono::milliseconds>(kIdlePoll));

@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QNetworkProxy>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThreadPool>
@@ -25,6 +26,14 @@ using namespace Qt::StringLiterals;
 
 namespace quorin::test {
 namespace {
+
+// Directs all connections to a proxy that does not exist, as the settings of a system may do.
+class ProxyForAll final : public QNetworkProxyFactory {
+public:
+    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& /*query*/) override {
+        return {QNetworkProxy(QNetworkProxy::Socks5Proxy, u"127.0.0.1"_s, 9)};
+    }
+};
 
 class TcpServerTest : public testing::Test {
 protected:
@@ -111,6 +120,15 @@ TEST_F(TcpServerTest, AcceptsAfterExceptionOfLog) {
     qunsetenv("QUORIN_STUB_THROWS");
     EXPECT_EQ(log_.lines().filter(u"5 "_s),
               QStringList(u"5 [End] too many tcp connection arrived MaxUserSession:0"_s));
+}
+
+TEST_F(TcpServerTest, DoesNotListenThroughProxy) {
+    QNetworkProxyFactory::setApplicationProxyFactory(new ProxyForAll); // Qt deletes it
+    TcpServer server(QCoreApplication::instance(), data_.path(u"root"_s));
+    const bool isListening = server.listen(QHostAddress(QHostAddress::AnyIPv4), 0);
+    QNetworkProxyFactory::setApplicationProxyFactory(nullptr);
+    ASSERT_TRUE(isListening) << server.errorString().toStdString();
+    EXPECT_TRUE(Client(server.serverPort()).isConnected());
 }
 
 TEST_F(TcpServerTest, IgnoresMissingController) {
