@@ -38,7 +38,6 @@ protected:
     }
 
     void start(Gateway& gateway) {
-        clock_.set(0s);
         clock_.attachTo(gateway);
         gateway.start();
         ASSERT_EQ(requestSmallFile(), streamedReply(small_));

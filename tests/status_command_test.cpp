@@ -69,7 +69,7 @@ TEST_F(StatusCommandTest, DescribesRunningGateway) {
     EXPECT_EQ(status(), 3);
 }
 
-// A gateway that is about to start writes its own description.
+// The description is removed before another gateway can start and write its own.
 TEST_F(StatusCommandTest, DoesNotDescribeStoppingGateway) {
     gateway_.setEnvironment(u"QUORIN_STUB_BLOCKS"_s, u"Server End"_s);
     startServing();

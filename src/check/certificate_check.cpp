@@ -24,7 +24,6 @@ namespace quorin::check {
 namespace {
 
 constexpr qint64 kDaysToRenew = 30;
-constexpr qint64 kSecondsOfDay = std::chrono::seconds(std::chrono::days(1)).count();
 
 // A certificate, its key, and why the search for it rejected others.
 struct SearchResult {
@@ -93,7 +92,8 @@ void checkFoundCertificate(const QString& name, const SearchResult& result, cons
                            Findings& findings) {
     const QSslCertificate& certificate = result.found.certificate;
     // Complete days; QDateTime::daysTo() would count midnights.
-    const qint64 daysLeft = now.secsTo(certificate.expiryDate()) / kSecondsOfDay;
+    const qint64 daysLeft =
+        std::chrono::seconds(now.secsTo(certificate.expiryDate())) / std::chrono::days(1);
     Finding finding = describeCertificate(name, certificate, daysLeft);
     findings.push_back(finding);
     if (result.found.privateKey.isNull()) {
